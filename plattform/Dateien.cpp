@@ -1,0 +1,152 @@
+#include "plattform/Dateien.hpp"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+namespace mobilsteg {
+
+namespace fs = std::filesystem;
+
+Deskriptor& Deskriptor::operator=(Deskriptor&& anderer) noexcept {
+    if (this != &anderer) {
+        schliesse();
+        nummer_ = anderer.nummer_;
+        anderer.nummer_ = -1;
+    }
+    return *this;
+}
+
+void Deskriptor::schliesse() {
+    if (nummer_ >= 0)
+        ::close(nummer_);
+    nummer_ = -1;
+}
+
+namespace {
+
+bool schreibeAlles(int ziel, std::string_view inhalt) {
+    while (!inhalt.empty()) {
+        const ssize_t n = ::write(ziel, inhalt.data(), inhalt.size());
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return false;
+        inhalt.remove_prefix(static_cast<std::size_t>(n));
+    }
+    return true;
+}
+
+} // namespace
+
+std::optional<std::string> liesDatei(const std::string& pfad) {
+    // Non-blocking, so that a pipe lying about under that name cannot hold the caller for ever.
+    const Deskriptor datei(::open(pfad.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat lage {};
+    if (!datei || ::fstat(datei.nummer(), &lage) != 0 || !S_ISREG(lage.st_mode))
+        return std::nullopt;
+    std::string inhalt(static_cast<std::size_t>(lage.st_size), '\0');
+    std::size_t gelesen = 0;
+    while (true) {
+        if (gelesen == inhalt.size())
+            inhalt.resize(inhalt.size() + 4096); // it may have grown since
+        const ssize_t n = ::read(datei.nummer(), inhalt.data() + gelesen, inhalt.size() - gelesen);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return std::nullopt;
+        if (n == 0)
+            break;
+        gelesen += static_cast<std::size_t>(n);
+    }
+    inhalt.resize(gelesen);
+    return inhalt;
+}
+
+bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit) {
+    std::string neben = pfad + ".XXXXXX";
+    const int nummer = ::mkostemp(neben.data(), O_CLOEXEC);
+    if (nummer < 0)
+        return false;
+    const Deskriptor datei(nummer);
+    ::fchmod(nummer, S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
+    const bool geschrieben =
+        schreibeAlles(nummer, inhalt) && (haltbarkeit == Haltbarkeit::fluechtig || ::fsync(nummer) == 0);
+    if (geschrieben && ::rename(neben.c_str(), pfad.c_str()) == 0)
+        return true;
+    ::unlink(neben.c_str());
+    return false;
+}
+
+bool haengeAn(const std::string& pfad, std::string_view inhalt) {
+    const Deskriptor datei(::open(pfad.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK));
+    return datei && schreibeAlles(datei.nummer(), inhalt);
+}
+
+bool legeOrdnerAn(const std::string& pfad) {
+    std::error_code fehler;
+    const fs::path ordner = fs::path(pfad).parent_path();
+    fs::create_directories(ordner, fehler);
+    return fs::is_directory(ordner, fehler);
+}
+
+bool istAusfuehrbar(const std::string& pfad) {
+    std::error_code fehler;
+    return fs::is_regular_file(pfad, fehler) && ::access(pfad.c_str(), X_OK) == 0;
+}
+
+bool existiert(const std::string& pfad) {
+    std::error_code fehler;
+    return fs::exists(pfad, fehler);
+}
+
+void sichereStandardstroeme() {
+    while (true) {
+        const int nummer = ::open("/dev/null", O_RDWR);
+        if (nummer < 0)
+            return;
+        if (nummer > STDERR_FILENO) {
+            ::close(nummer);
+            return;
+        }
+    }
+}
+
+std::string fehlerbeschreibung(int nummer) {
+    switch (nummer) {
+    case ENOENT:
+        return "Datei oder Ordner nicht gefunden";
+    case EACCES:
+    case EPERM:
+        return "Keine Berechtigung";
+    case ENOEXEC:
+        return "Kein ausführbares Programm";
+    case EMFILE:
+    case ENFILE:
+        return "Zu viele offene Dateien";
+    case ENOMEM:
+        return "Nicht genug Speicher";
+    case EAGAIN:
+        return "Das System kann gerade keinen weiteren Prozess starten";
+    case ENOSPC:
+        return "Kein Platz auf dem Datenträger";
+    case EROFS:
+        return "Der Datenträger ist schreibgeschützt";
+    case E2BIG:
+        return "Zu viele oder zu lange Argumente";
+    case ENOTDIR:
+        return "Kein Ordner";
+    case EADDRINUSE:
+        return "Der Port ist belegt";
+    default:
+        return std::string(std::strerror(nummer)) + " (Fehler " + std::to_string(nummer) + ")";
+    }
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace mobilsteg {
+
+/// Owns one file descriptor; every descriptor of the program is close-on-exec.
+class Deskriptor {
+public:
+    Deskriptor() = default;
+    explicit Deskriptor(int nummer) : nummer_(nummer) {}
+    Deskriptor(Deskriptor&& anderer) noexcept : nummer_(anderer.nummer_) { anderer.nummer_ = -1; }
+    Deskriptor& operator=(Deskriptor&& anderer) noexcept;
+    ~Deskriptor() { schliesse(); }
+
+    [[nodiscard]] int nummer() const { return nummer_; }
+    explicit operator bool() const { return nummer_ >= 0; }
+    void schliesse();
+
+private:
+    int nummer_ = -1;
+};
+
+enum class Haltbarkeit {
+    fluechtig, ///< whole or not at all for readers, but a power cut may lose it
+    dauerhaft  ///< flushed to the disk before the old file is replaced
+};
+
+// All of these block on the disk only and may be called on any queue.
+
+/// The whole file as bytes; absent when it cannot be read.
+[[nodiscard]] std::optional<std::string> liesDatei(const std::string& pfad);
+
+/// Replaces the file in one step; readers see the old or the new content. False: the old one stands.
+bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit);
+
+/// Appends to a file that exists, in one write. False: it could not be opened or written.
+bool haengeAn(const std::string& pfad, std::string_view inhalt);
+
+/// Creates the folder in which `pfad` lies, with all parents. False: it is not there afterwards.
+bool legeOrdnerAn(const std::string& pfad);
+
+/// Whether a regular file lies there that this user may execute.
+[[nodiscard]] bool istAusfuehrbar(const std::string& pfad);
+
+[[nodiscard]] bool existiert(const std::string& pfad);
+
+/// Makes sure that descriptors 0 to 2 are taken, so that no socket or pipe ever lands on them and is
+/// handed to a tool as its standard stream.
+void sichereStandardstroeme();
+
+/// A German description of an `errno` value.
+[[nodiscard]] std::string fehlerbeschreibung(int nummer);
+
+} // namespace mobilsteg

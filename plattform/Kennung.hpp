@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace mobilsteg {
+
+/// A fresh random UUID in its canonical text form, lower case.
+[[nodiscard]] std::string neueKennung();
+
+} // namespace mobilsteg

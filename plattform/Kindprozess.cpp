@@ -1,0 +1,166 @@
+#include "plattform/Kindprozess.hpp"
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#ifdef __APPLE__
+#include <sys/event.h>
+#else
+extern "C" { // glibc 2.36 forgot it in its header
+#include <sys/pidfd.h>
+}
+#endif
+
+#include <cerrno>
+#include <csignal>
+#include <thread>
+
+extern char** environ; // NOLINT(readability-redundant-declaration): macOS declares it nowhere
+
+namespace mobilsteg {
+
+namespace {
+
+struct Rohr {
+    Deskriptor lesen;
+    Deskriptor schreiben;
+};
+
+std::optional<Rohr> neuesRohr() {
+    int enden[2] = {-1, -1};
+#ifdef __APPLE__
+    if (::pipe(enden) != 0)
+        return std::nullopt;
+    ::fcntl(enden[0], F_SETFD, FD_CLOEXEC);
+    ::fcntl(enden[1], F_SETFD, FD_CLOEXEC);
+#else
+    if (::pipe2(enden, O_CLOEXEC) != 0)
+        return std::nullopt;
+#endif
+    ::fcntl(enden[0], F_SETFL, O_NONBLOCK);
+    return Rohr{Deskriptor(enden[0]), Deskriptor(enden[1])};
+}
+
+Deskriptor endeMelder(pid_t nummer) {
+#ifdef __APPLE__
+    Deskriptor melder(::kqueue());
+    struct kevent wunsch {};
+    EV_SET(&wunsch, static_cast<uintptr_t>(nummer), EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
+    // It fails for a process that has ended already: then asking now and then is all that is needed.
+    if (!melder || ::kevent(melder.nummer(), &wunsch, 1, nullptr, 0, nullptr) != 0)
+        return {};
+    return melder;
+#else
+    return Deskriptor(::pidfd_open(nummer, 0)); // close-on-exec by itself
+#endif
+}
+
+/// What the child does between its birth and the tool's first instruction.
+class Startplan {
+public:
+    Startplan(int ausgabe, int fehler) {
+        ::posix_spawn_file_actions_init(&griffe_);
+        ::posix_spawnattr_init(&eigenschaften_);
+        ::posix_spawn_file_actions_adddup2(&griffe_, ausgabe, STDOUT_FILENO);
+        ::posix_spawn_file_actions_adddup2(&griffe_, fehler, STDERR_FILENO);
+        short merkmale = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+        // Close-on-exec marks are ours; this catches what a library opened without one. An adb server that
+        // the tool leaves behind would otherwise hold our ports and pipes for days.
+#ifdef __APPLE__
+        merkmale |= POSIX_SPAWN_CLOEXEC_DEFAULT;
+        ::posix_spawn_file_actions_addinherit_np(&griffe_, STDIN_FILENO);
+#else
+        ::posix_spawn_file_actions_addclosefrom_np(&griffe_, STDERR_FILENO + 1);
+#endif
+        sigset_t standard;
+        sigemptyset(&standard);
+        for (const int signal : {SIGPIPE, SIGTERM, SIGINT, SIGHUP, SIGCHLD})
+            sigaddset(&standard, signal);
+        sigset_t maske;
+        sigemptyset(&maske);
+        ::posix_spawnattr_setsigdefault(&eigenschaften_, &standard);
+        ::posix_spawnattr_setsigmask(&eigenschaften_, &maske);
+        ::posix_spawnattr_setflags(&eigenschaften_, merkmale);
+    }
+    ~Startplan() {
+        ::posix_spawn_file_actions_destroy(&griffe_);
+        ::posix_spawnattr_destroy(&eigenschaften_);
+    }
+    Startplan(const Startplan&) = delete;
+    Startplan& operator=(const Startplan&) = delete;
+
+    [[nodiscard]] const posix_spawn_file_actions_t* griffe() const {
+        return &griffe_;
+    }
+    [[nodiscard]] const posix_spawnattr_t* eigenschaften() const {
+        return &eigenschaften_;
+    }
+
+private:
+    posix_spawn_file_actions_t griffe_{};
+    posix_spawnattr_t eigenschaften_{};
+};
+
+Startversuch misslungen(const std::string& programm, int nummer) {
+    return {std::nullopt, programm + ": " + fehlerbeschreibung(nummer)};
+}
+
+} // namespace
+
+Startversuch starteProzess(const std::string& programm, const std::vector<std::string>& argumente) {
+    auto ausgabe = neuesRohr();
+    auto fehler = ausgabe ? neuesRohr() : std::nullopt;
+    if (!fehler)
+        return misslungen(programm, errno);
+
+    std::vector<char*> worte;
+    worte.reserve(argumente.size() + 2);
+    worte.push_back(const_cast<char*>(programm.c_str())); // posix_spawn takes them as char*, but changes none
+    for (const auto& argument : argumente)
+        worte.push_back(const_cast<char*>(argument.c_str()));
+    worte.push_back(nullptr);
+
+    const Startplan plan(ausgabe->schreiben.nummer(), fehler->schreiben.nummer());
+    pid_t nummer = -1;
+    const int ergebnis =
+        ::posix_spawn(&nummer, programm.c_str(), plan.griffe(), plan.eigenschaften(), worte.data(), environ);
+    if (ergebnis != 0)
+        return misslungen(programm, ergebnis);
+
+    Startversuch versuch;
+    versuch.kind.emplace();
+    versuch.kind->nummer = nummer;
+    versuch.kind->ausgabe = std::move(ausgabe->lesen);
+    versuch.kind->fehler = std::move(fehler->lesen);
+    versuch.kind->ende = endeMelder(nummer);
+    return versuch;
+}
+
+bool Kindprozess::istBeendet() const {
+    siginfo_t lage{};
+    return ::waitid(P_PID, static_cast<id_t>(nummer), &lage, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+           lage.si_pid != 0;
+}
+
+void Kindprozess::bitteUmEnde() const {
+    ::kill(nummer, SIGTERM);
+}
+
+std::optional<int> Kindprozess::ernte() {
+    int lage = 0;
+    pid_t fertig = 0;
+    do {
+        fertig = ::waitpid(nummer, &lage, WNOHANG);
+    } while (fertig < 0 && errno == EINTR);
+    if (fertig == 0) {
+        std::thread([zurueckgelassen = nummer] { ::waitpid(zurueckgelassen, nullptr, 0); }).detach();
+        return std::nullopt;
+    }
+    if (fertig < 0)
+        return -1; // somebody else reaped it: there is no status to be had
+    return WIFSIGNALED(lage) ? WTERMSIG(lage) : WEXITSTATUS(lage);
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "plattform/Dateien.hpp"
+
+#include <sys/types.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace mobilsteg {
+
+/// A started tool with the read ends of its two output pipes (non-blocking). Standard input and the
+/// environment are inherited as they are; no other descriptor is.
+struct Kindprozess {
+    pid_t nummer = -1;
+    Deskriptor ausgabe;
+    Deskriptor fehler;
+    /// Becomes readable when the process has ended. Absent where the system has no such thing; then
+    /// `istBeendet` must be asked now and then.
+    Deskriptor ende;
+
+    /// Whether it has ended. It stays unreaped, so its number cannot have gone to another process yet.
+    [[nodiscard]] bool istBeendet() const;
+
+    /// Sends SIGTERM. Only while it is unreaped.
+    void bitteUmEnde() const;
+
+    /// Reaps it: exit code, or the number of the signal that ended it. Absent while it still runs; then it
+    /// is reaped on a thread of its own whenever it ends.
+    [[nodiscard]] std::optional<int> ernte();
+};
+
+/// Either a process or the reason why there is none.
+struct Startversuch {
+    std::optional<Kindprozess> kind;
+    std::string grund; ///< German, only without `kind`
+};
+
+/// Starts `programm` (absolute path, no search, no shell) with `argumente` as they are. Does not block.
+[[nodiscard]] Startversuch starteProzess(const std::string& programm,
+                                         const std::vector<std::string>& argumente);
+
+} // namespace mobilsteg

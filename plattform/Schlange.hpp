@@ -1,0 +1,51 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace mobilsteg {
+
+using Aufgabe = std::function<void()>;
+using Dauer = std::chrono::nanoseconds;
+
+/// Keeps a repetition alive; the repetition ends with the last copy. May be let go of on any queue; a run
+/// that has already begun is not interrupted.
+using Wecker = std::shared_ptr<void>;
+
+/// A serial queue: its jobs run one at a time, in the order in which they were handed over.
+class Schlange {
+public:
+    explicit Schlange(std::string bezeichnung) : bezeichnung_(std::move(bezeichnung)) {}
+    virtual ~Schlange() = default;
+    Schlange(const Schlange&) = delete;
+    Schlange& operator=(const Schlange&) = delete;
+
+    /// Queues `aufgabe` and returns at once. Callable from everywhere, the queue itself included.
+    virtual void async(Aufgabe aufgabe) = 0;
+
+    /// Queues `aufgabe` and blocks until it has run. Calling it on the queue itself can only deadlock, so it
+    /// ends the program instead (a programming error).
+    virtual void sync(Aufgabe aufgabe) = 0;
+
+    /// Runs `aufgabe` after `erste` and from then on every `periode`, on the grid that the first firing
+    /// set. Firings missed while the queue was busy are merged into one that runs as soon as it is free.
+    [[nodiscard]] virtual Wecker wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) = 0;
+
+    /// Whether the caller runs as a job of this queue.
+    [[nodiscard]] virtual bool istHier() const = 0;
+
+    [[nodiscard]] const std::string& bezeichnung() const { return bezeichnung_; }
+
+private:
+    std::string bezeichnung_;
+};
+
+/// Says on standard error what was done wrong on which queue, and aborts. For programming errors only.
+[[noreturn]] void schlangenFehler(const Schlange& schlange, const char* was);
+
+/// The first point of the grid `letzte + n * periode` (n >= 1) that lies after `jetzt`.
+[[nodiscard]] Dauer naechsterTakt(Dauer letzte, Dauer periode, Dauer jetzt);
+
+} // namespace mobilsteg

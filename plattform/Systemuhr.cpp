@@ -1,0 +1,46 @@
+#include "plattform/Uhr.hpp"
+
+#include <array>
+#include <ctime>
+#include <thread>
+
+namespace mobilsteg {
+
+Uhr::Zeitpunkt Systemuhr::wand() const {
+    return std::chrono::system_clock::now();
+}
+
+Dauer Systemuhr::monoton() const {
+    return std::chrono::steady_clock::now().time_since_epoch();
+}
+
+void Systemuhr::schlafe(Dauer dauer) {
+    std::this_thread::sleep_for(dauer);
+}
+
+namespace {
+
+std::string geformt(const std::tm& zeit, const char* muster) {
+    std::array<char, 64> text{};
+    const std::size_t laenge = std::strftime(text.data(), text.size(), muster, &zeit);
+    return {text.data(), laenge};
+}
+
+} // namespace
+
+std::string ortszeit(Uhr::Zeitpunkt zeit) {
+    const std::time_t sekunden = std::chrono::system_clock::to_time_t(zeit);
+    std::tm teile{};
+    tzset(); // localtime_r alone may keep the zone of the program's start
+    localtime_r(&sekunden, &teile);
+    return geformt(teile, "%d.%m.%Y %H:%M:%S");
+}
+
+std::string isoZeit(Uhr::Zeitpunkt zeit) {
+    const std::time_t sekunden = std::chrono::system_clock::to_time_t(zeit);
+    std::tm teile{};
+    gmtime_r(&sekunden, &teile);
+    return geformt(teile, "%Y-%m-%dT%H:%M:%SZ");
+}
+
+} // namespace mobilsteg

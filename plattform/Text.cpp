@@ -1,0 +1,149 @@
+#include "plattform/Text.hpp"
+
+#include <algorithm>
+#include <array>
+
+namespace mobilsteg {
+
+namespace {
+
+constexpr std::string_view ersatzzeichen = "\xEF\xBF\xBD";
+
+bool istFolgebyte(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+}
+
+struct Folge {
+    std::size_t laenge; ///< bytes that belong together
+    bool gueltig;
+};
+
+/// The sequence that begins `rest`. An invalid one is as long as the longest prefix of something valid, so
+/// that a cut-off character becomes one replacement and not several.
+Folge naechsteFolge(std::string_view rest) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(rest[i]); };
+    const unsigned char erstes = byte(0);
+    if (erstes < 0x80)
+        return {1, true};
+    unsigned char unten = 0x80;
+    unsigned char oben = 0xBF;
+    std::size_t soll = 0;
+    if (erstes >= 0xC2 && erstes <= 0xDF) {
+        soll = 2;
+    } else if (erstes >= 0xE0 && erstes <= 0xEF) {
+        soll = 3;
+        if (erstes == 0xE0)
+            unten = 0xA0; // shorter forms are not allowed
+        if (erstes == 0xED)
+            oben = 0x9F; // surrogates are not characters
+    } else if (erstes >= 0xF0 && erstes <= 0xF4) {
+        soll = 4;
+        if (erstes == 0xF0)
+            unten = 0x90;
+        if (erstes == 0xF4)
+            oben = 0x8F;
+    } else {
+        return {1, false};
+    }
+    if (rest.size() < 2 || byte(1) < unten || byte(1) > oben)
+        return {1, false};
+    std::size_t laenge = 2;
+    while (laenge < soll && laenge < rest.size() && istFolgebyte(rest[laenge]))
+        ++laenge;
+    return {laenge, laenge == soll};
+}
+
+constexpr std::array<std::string_view, 25> weissraum = {
+    " ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\xC2\x85", "\xC2\xA0", "\u1680",
+    "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006",   "\u2007",   "\u2008",
+    "\u2009", "\u200A", "\u2028", "\u2029", "\u202F", "\u205F", "\u3000"};
+
+} // namespace
+
+std::vector<std::string_view> teile(std::string_view text, char trenner) {
+    std::vector<std::string_view> stuecke;
+    std::size_t anfang = 0;
+    while (anfang < text.size()) {
+        const std::size_t ende = std::min(text.find(trenner, anfang), text.size());
+        if (ende > anfang)
+            stuecke.push_back(text.substr(anfang, ende - anfang));
+        anfang = ende + 1;
+    }
+    return stuecke;
+}
+
+std::string_view beschnitten(std::string_view text) {
+    const auto kuerze = [&](auto trifft, auto schneide) {
+        while (true) {
+            const auto* treffer = std::find_if(weissraum.begin(), weissraum.end(), trifft);
+            if (treffer == weissraum.end())
+                return;
+            schneide(treffer->size());
+        }
+    };
+    kuerze([&](std::string_view w) { return text.starts_with(w); },
+           [&](std::size_t n) { text.remove_prefix(n); });
+    kuerze([&](std::string_view w) { return text.ends_with(w); },
+           [&](std::size_t n) { text.remove_suffix(n); });
+    return text;
+}
+
+std::string_view ohneRandblanks(std::string_view text) {
+    const std::size_t anfang = text.find_first_not_of(" \t");
+    if (anfang == std::string_view::npos)
+        return {};
+    return text.substr(anfang, text.find_last_not_of(" \t") - anfang + 1);
+}
+
+std::string alsUtf8(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size());
+    while (!bytes.empty()) {
+        const Folge folge = naechsteFolge(bytes);
+        text += folge.gueltig ? bytes.substr(0, folge.laenge) : ersatzzeichen;
+        bytes.remove_prefix(folge.laenge);
+    }
+    return text;
+}
+
+std::string_view ersteZeichen(std::string_view text, std::size_t anzahl) {
+    std::size_t i = 0;
+    while (i < text.size()) {
+        if (!istFolgebyte(text[i]) && anzahl-- == 0)
+            break;
+        ++i;
+    }
+    return text.substr(0, i);
+}
+
+std::size_t zeichenzahl(std::string_view text) {
+    return text.size() - static_cast<std::size_t>(std::count_if(text.begin(), text.end(), istFolgebyte));
+}
+
+std::string inGrossbuchstaben(std::string_view text) {
+    std::string gross(text);
+    for (char& c : gross)
+        if (c >= 'a' && c <= 'z')
+            c = static_cast<char>(c - 'a' + 'A');
+    return gross;
+}
+
+std::string inKleinbuchstaben(std::string_view text) {
+    std::string klein(text);
+    for (char& c : klein)
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    return klein;
+}
+
+std::string verbunden(const std::vector<std::string>& stuecke, std::string_view dazwischen) {
+    std::string text;
+    for (const auto& stueck : stuecke) {
+        if (&stueck != &stuecke.front())
+            text += dazwischen;
+        text += stueck;
+    }
+    return text;
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,197 @@
+#include "plattform/probe/DateiEinstellungen.hpp"
+
+#include "plattform/Dateien.hpp"
+
+#include <nlohmann/json.hpp>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <mutex>
+#include <optional>
+
+namespace mobilsteg {
+
+using nlohmann::json;
+
+namespace {
+
+/// Tells one version of a replaced file from the next without reading it.
+struct Stempel {
+    dev_t geraet = 0;
+    ino_t nummer = 0;
+    off_t laenge = -1;
+    std::int64_t sekunden = 0;
+    std::int64_t nanosekunden = 0;
+    bool operator==(const Stempel&) const = default;
+};
+
+Stempel stempel(const std::string& pfad) {
+    struct stat lage {};
+    if (::stat(pfad.c_str(), &lage) != 0)
+        return {};
+#ifdef __APPLE__
+    const timespec& zeit = lage.st_mtimespec;
+#else
+    const timespec& zeit = lage.st_mtim;
+#endif
+    return {lage.st_dev, lage.st_ino, lage.st_size, zeit.tv_sec, zeit.tv_nsec};
+}
+
+/// Held across processes while one of them changes the file. Its own file is never replaced, so that all
+/// of them lock the same one.
+class Sperre {
+public:
+    explicit Sperre(const std::string& pfad)
+        : datei_(::open((pfad + ".sperre").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644)) {
+        while (datei_ && ::flock(datei_.nummer(), LOCK_EX) != 0 && errno == EINTR) {
+        }
+    }
+
+private:
+    Deskriptor datei_;
+};
+
+struct Inhalt {
+    json werte = json::object();
+    bool verstanden = true; ///< false: something lies there that is no settings file
+};
+
+Inhalt lies(const std::string& pfad) {
+    struct stat lage {};
+    if (::lstat(pfad.c_str(), &lage) != 0 && errno == ENOENT)
+        return {};
+    const auto bytes = liesDatei(pfad);
+    if (!bytes)
+        return {json::object(), false};
+    json werte = json::parse(*bytes, nullptr, false);
+    if (!werte.is_object())
+        return {json::object(), false};
+    return {std::move(werte), true};
+}
+
+/// Moves what lies at `pfad` to the first free second name. False: it is still there.
+bool legeBeiseite(const std::string& pfad) {
+    for (int n = 1; n < 1000; ++n) {
+        const std::string zweiter = pfad + (n == 1 ? ".defekt" : ".defekt-" + std::to_string(n));
+        struct stat lage {};
+        if (::lstat(zweiter.c_str(), &lage) == 0)
+            continue;
+        return ::rename(pfad.c_str(), zweiter.c_str()) == 0;
+    }
+    return false;
+}
+
+} // namespace
+
+struct DateiEinstellungen::Innen {
+    std::string pfad;
+    mutable std::mutex schloss; // guards all below
+    mutable json gelesen = json::object();
+    mutable std::optional<Stempel> stand;
+    json offen = json::object(); ///< changes of this run that no disk has taken yet; null means removed
+
+    json wert(const std::string& schluessel) const {
+        const std::lock_guard wache(schloss);
+        if (const auto eigener = offen.find(schluessel); eigener != offen.end())
+            return *eigener;
+        if (const Stempel jetzt = stempel(pfad); stand != jetzt) {
+            gelesen = lies(pfad).werte;
+            stand = jetzt;
+        }
+        const auto treffer = gelesen.find(schluessel);
+        return treffer == gelesen.end() ? json() : *treffer;
+    }
+
+    /// Runs `aenderung` on what the file holds now and stores the result.
+    void aendere(const std::function<void(json&)>& aenderung) {
+        const std::lock_guard wache(schloss);
+        legeOrdnerAn(pfad);
+        const Sperre sperre(pfad);
+        Inhalt inhalt = lies(pfad);
+        json werte = inhalt.werte;
+        aenderung(offen);
+        for (const auto& [schluessel, wert] : offen.items()) {
+            if (wert.is_null())
+                werte.erase(schluessel);
+            else
+                werte[schluessel] = wert;
+        }
+        if (inhalt.verstanden && werte == inhalt.werte && existiert(pfad)) {
+            offen = json::object();
+            return;
+        }
+        if (!inhalt.verstanden && !legeBeiseite(pfad))
+            return;
+        const std::string bytes = werte.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+        if (schreibeAtomar(pfad, bytes, Haltbarkeit::dauerhaft))
+            offen = json::object();
+        stand.reset();
+    }
+
+    void setze(const std::string& schluessel, const json& wert) {
+        aendere([&](json& aenderungen) { aenderungen[schluessel] = wert; });
+    }
+};
+
+DateiEinstellungen::DateiEinstellungen(std::string pfad) : innen_(std::make_unique<Innen>()) {
+    innen_->pfad = std::move(pfad);
+}
+
+DateiEinstellungen::~DateiEinstellungen() = default;
+
+std::optional<std::string> DateiEinstellungen::text(const std::string& schluessel) const {
+    const json wert = innen_->wert(schluessel);
+    return wert.is_string() ? std::optional(wert.get<std::string>()) : std::nullopt;
+}
+
+std::optional<bool> DateiEinstellungen::flagge(const std::string& schluessel) const {
+    const json wert = innen_->wert(schluessel);
+    return wert.is_boolean() ? std::optional(wert.get<bool>()) : std::nullopt;
+}
+
+std::optional<Einstellungen::Tabelle> DateiEinstellungen::tabelle(const std::string& schluessel) const {
+    const json wert = innen_->wert(schluessel);
+    if (!wert.is_object())
+        return std::nullopt;
+    Tabelle tabelle;
+    for (const auto& [name, zahl] : wert.items()) {
+        if (!zahl.is_number_integer() || (zahl.is_number_unsigned() && zahl.get<std::uint64_t>() > INT64_MAX))
+            return std::nullopt;
+        tabelle[name] = zahl.get<std::int64_t>();
+    }
+    return tabelle;
+}
+
+void DateiEinstellungen::setzeText(const std::string& schluessel, const std::string& wert) {
+    innen_->setze(schluessel, wert);
+}
+
+void DateiEinstellungen::setzeFlagge(const std::string& schluessel, bool wert) {
+    innen_->setze(schluessel, wert);
+}
+
+void DateiEinstellungen::setzeTabelle(const std::string& schluessel, const Tabelle& wert) {
+    innen_->setze(schluessel, json(wert));
+}
+
+void DateiEinstellungen::entferne(const std::string& schluessel) {
+    innen_->setze(schluessel, json());
+}
+
+std::string DateiEinstellungen::textOderNeu(const std::string& schluessel, const std::string& wert) {
+    std::string stehender = wert;
+    innen_->aendere([&](json& aenderungen) {
+        const Inhalt jetzt = lies(innen_->pfad);
+        const auto treffer = jetzt.werte.find(schluessel);
+        if (treffer != jetzt.werte.end() && treffer->is_string())
+            stehender = treffer->get<std::string>();
+        else
+            aenderungen[schluessel] = wert;
+    });
+    return stehender;
+}
+
+} // namespace mobilsteg
