@@ -1,0 +1,47 @@
+#pragma once
+
+#include "handy/Lauf.hpp"
+#include "plattform/Buendel.hpp"
+#include "plattform/Orte.hpp"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace mobilsteg {
+
+/// Where the adb tool is and which devices it sees.
+class Adb {
+public:
+    /// One line of `adb devices -l`.
+    struct Geraet {
+        std::string serial;
+        std::string zustand; ///< as adb prints it; only "device" is ready
+        std::string modell;  ///< the name for people; empty when adb named no model
+
+        bool operator==(const Geraet&) const = default;
+    };
+
+    Adb(Laeufer laeufer, Orte orte, std::optional<std::string> ressourcen);
+
+    /// The paths that are tried, in this order. PATH is not consulted.
+    [[nodiscard]] std::vector<std::string> kandidaten() const;
+
+    /// The first candidate that can be executed; absent when there is none. Looks at the disk only.
+    [[nodiscard]] std::optional<std::string> finden() const;
+
+    /// The devices that the adb at `pfad` lists, in its order; empty also when adb failed. Blocks for up to
+    /// 10 s, because adb may have to start its server first.
+    [[nodiscard]] std::vector<Geraet> geraete(const std::string& pfad) const;
+
+    /// Reads the listing's text. Pure.
+    [[nodiscard]] static std::vector<Geraet> lies(std::string_view ausgabe);
+
+private:
+    Laeufer laeufer_;
+    Orte orte_;
+    std::optional<std::string> ressourcen_;
+};
+
+} // namespace mobilsteg

@@ -1,0 +1,165 @@
+#include "handy/CurlHttp.hpp"
+
+#include <curl/curl.h>
+
+#include <fcntl.h>
+
+#include <chrono>
+#include <mutex>
+
+namespace mobilsteg {
+
+namespace {
+
+using Zeit = std::chrono::steady_clock;
+
+// The phone's answers have a few kilobytes. Whoever sends more is not the phone.
+constexpr std::size_t groessterKoerper = 4U << 20U;
+// As many as the platform's own client follows before it gives up.
+constexpr long meisteUmleitungen = 20;
+
+struct Grenzen {
+    std::chrono::milliseconds stille; ///< longest time without a byte in either direction
+    std::chrono::milliseconds gesamt;
+};
+
+Grenzen grenzen(HttpAnfrage::Weg weg) {
+    using std::chrono::seconds;
+    return weg == HttpAnfrage::Weg::direkt ? Grenzen{seconds(3), seconds(4)}
+                                           : Grenzen{seconds(10), seconds(12)};
+}
+
+/// One request's body and signs of life.
+struct Vorgang {
+    std::string koerper;
+    std::chrono::milliseconds stille{};
+    Zeit::time_point letztesZeichen = Zeit::now();
+    curl_off_t bewegt = 0;
+};
+
+std::size_t sammle(const char* bytes, std::size_t eins, std::size_t anzahl, void* ziel) {
+    auto& koerper = static_cast<Vorgang*>(ziel)->koerper;
+    if (koerper.size() + eins * anzahl > groessterKoerper)
+        return 0; // anything but the full count aborts the transfer
+    koerper.append(bytes, eins * anzahl);
+    return eins * anzahl;
+}
+
+int pruefeStille(void* ziel, curl_off_t, curl_off_t herunter, curl_off_t, curl_off_t hinauf) {
+    auto& vorgang = *static_cast<Vorgang*>(ziel);
+    if (herunter + hinauf != vorgang.bewegt) {
+        vorgang.bewegt = herunter + hinauf;
+        vorgang.letztesZeichen = Zeit::now();
+    }
+    return Zeit::now() - vorgang.letztesZeichen > vorgang.stille ? 1 : 0;
+}
+
+// libcurl opens its sockets without the mark; a tool started meanwhile would inherit the connection.
+int markiereSocket(void*, curl_socket_t nummer, curlsocktype) {
+    ::fcntl(nummer, F_SETFD, FD_CLOEXEC);
+    return CURL_SOCKOPT_OK;
+}
+
+/// A body that a redirect answered with must not stand before the final one.
+std::size_t bemerkeKopf(const char* zeile, std::size_t eins, std::size_t anzahl, void* ziel) {
+    if (std::string_view(zeile, eins * anzahl).starts_with("HTTP/"))
+        static_cast<Vorgang*>(ziel)->koerper.clear();
+    return eins * anzahl;
+}
+
+void bereiteCurlVor() {
+    static std::once_flag einmal;
+    std::call_once(einmal, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+}
+
+} // namespace
+
+struct CurlHttp::Sitzung {
+    explicit Sitzung(HttpAnfrage::Weg w) : weg(w), griff(curl_easy_init()) {}
+    ~Sitzung() {
+        if (griff != nullptr)
+            curl_easy_cleanup(griff);
+    }
+    Sitzung(const Sitzung&) = delete;
+    Sitzung& operator=(const Sitzung&) = delete;
+
+    void richteEin(Vorgang& vorgang) const {
+        const Grenzen g = grenzen(weg);
+        vorgang.stille = g.stille;
+        curl_easy_reset(griff); // forgets the last request
+        curl_easy_setopt(griff, CURLOPT_NOSIGNAL, 1L);
+        curl_easy_setopt(griff, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(g.stille.count()));
+        curl_easy_setopt(griff, CURLOPT_TIMEOUT_MS, static_cast<long>(g.gesamt.count()));
+        curl_easy_setopt(griff, CURLOPT_NOPROGRESS, 0L);
+        curl_easy_setopt(griff, CURLOPT_XFERINFOFUNCTION, pruefeStille);
+        curl_easy_setopt(griff, CURLOPT_XFERINFODATA, &vorgang);
+        curl_easy_setopt(griff, CURLOPT_WRITEFUNCTION, sammle);
+        curl_easy_setopt(griff, CURLOPT_WRITEDATA, &vorgang);
+        curl_easy_setopt(griff, CURLOPT_HEADERFUNCTION, bemerkeKopf);
+        curl_easy_setopt(griff, CURLOPT_HEADERDATA, &vorgang);
+        curl_easy_setopt(griff, CURLOPT_SOCKOPTFUNCTION, markiereSocket);
+        curl_easy_setopt(griff, CURLOPT_FOLLOWLOCATION, 1L);
+        curl_easy_setopt(griff, CURLOPT_MAXREDIRS, meisteUmleitungen);
+        curl_easy_setopt(griff, CURLOPT_PROTOCOLS_STR, "http,https");
+        curl_easy_setopt(griff, CURLOPT_ACCEPT_ENCODING, "");
+        // A connection kept from an earlier request may still lead to the phone that was plugged in then, and
+        // proves nothing about the path of now.
+        curl_easy_setopt(griff, CURLOPT_FRESH_CONNECT, 1L);
+        curl_easy_setopt(griff, CURLOPT_FORBID_REUSE, 1L);
+        // Set in both cases: an unset proxy or exception list would be read from the environment.
+        if (weg == HttpAnfrage::Weg::direkt) {
+            curl_easy_setopt(griff, CURLOPT_PROXY, "");
+            curl_easy_setopt(griff, CURLOPT_NOPROXY, "*");
+        } else {
+            curl_easy_setopt(griff, CURLOPT_PROXY, "socks5h://127.0.0.1:1080");
+            curl_easy_setopt(griff, CURLOPT_NOPROXY, "");
+        }
+    }
+
+    HttpAnfrage::Weg weg;
+    CURL* griff;
+};
+
+CurlHttp::CurlHttp() {
+    bereiteCurlVor();
+}
+
+CurlHttp::~CurlHttp() = default;
+
+CurlHttp::Sitzung& CurlHttp::sitzung(HttpAnfrage::Weg weg) {
+    auto& platz = weg == HttpAnfrage::Weg::direkt ? direkt_ : durchProxy_;
+    if (!platz)
+        platz = std::make_unique<Sitzung>(weg);
+    return *platz;
+}
+
+std::optional<HttpErgebnis> CurlHttp::hole(const HttpAnfrage& anfrage) {
+    const Sitzung& s = sitzung(anfrage.weg);
+    if (s.griff == nullptr)
+        return std::nullopt;
+    Vorgang vorgang;
+    s.richteEin(vorgang);
+    curl_easy_setopt(s.griff, CURLOPT_URL, anfrage.url.c_str());
+
+    // Without "Expect:" curl would wait a second for a leave to send larger bodies that the phone never
+    // gives.
+    curl_slist* kopf = curl_slist_append(nullptr, "Expect:");
+    for (const auto& [name, wert] : anfrage.kopf)
+        kopf = curl_slist_append(kopf, (name + ": " + wert).c_str());
+    curl_easy_setopt(s.griff, CURLOPT_HTTPHEADER, kopf);
+    if (anfrage.methode == "POST") {
+        curl_easy_setopt(s.griff, CURLOPT_POST, 1L);
+        curl_easy_setopt(s.griff, CURLOPT_POSTFIELDSIZE_LARGE,
+                         static_cast<curl_off_t>(anfrage.koerper.size()));
+        curl_easy_setopt(s.griff, CURLOPT_POSTFIELDS, anfrage.koerper.data());
+    }
+    const CURLcode ausgang = curl_easy_perform(s.griff);
+    curl_slist_free_all(kopf);
+    long status = 0;
+    curl_easy_getinfo(s.griff, CURLINFO_RESPONSE_CODE, &status);
+    if (ausgang != CURLE_OK || status == 0)
+        return std::nullopt;
+    return HttpErgebnis{static_cast<int>(status), std::move(vorgang.koerper)};
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace mobilsteg {
+
+struct HttpAnfrage {
+    /// Which way the request takes out of the Mac.
+    enum class Weg {
+        direkt,     ///< never through any proxy, whatever the system or the environment says
+        durchProxy, ///< through the phone's SOCKS proxy at 127.0.0.1:1080, which also resolves the name
+    };
+
+    Weg weg = Weg::direkt;
+    std::string methode = "GET"; ///< "GET" or "POST"
+    std::string url;
+    std::vector<std::pair<std::string, std::string>> kopf;
+    std::string koerper;
+};
+
+struct HttpErgebnis {
+    int status = 0;
+    std::string koerper;
+};
+
+class Http {
+public:
+    virtual ~Http() = default;
+
+    /// Sends the request, follows redirects, and blocks until the answer is complete: for up to 4 s
+    /// (3 s without a sign of life) directly, 12 s (10 s) through the proxy. Not on the main queue.
+    /// Absent: no HTTP answer came, whatever the reason.
+    [[nodiscard]] virtual std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) = 0;
+};
+
+} // namespace mobilsteg
