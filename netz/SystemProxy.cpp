@@ -1,0 +1,93 @@
+#include "netz/SystemProxy.hpp"
+
+#include "plattform/Text.hpp"
+
+namespace mobilsteg {
+
+namespace {
+
+constexpr double fragenSekunden = 5;
+constexpr double aendernSekunden = 10;
+const std::string merkschluessel = "proxy.dienst";
+
+} // namespace
+
+SystemProxy::SystemProxy(Laeufer laeufer, Orte orte, Einstellungen& einstellungen)
+    : laeufer_(std::move(laeufer)), orte_(std::move(orte)), einstellungen_(einstellungen) {}
+
+Ergebnis SystemProxy::networksetup(const std::vector<std::string>& argumente, double sekunden) const {
+    return laeufer_(orte_.imSystem("/usr/sbin/networksetup"), argumente, sekunden);
+}
+
+std::optional<std::string> SystemProxy::dienst() const {
+    // Without a default route the tool still ends with status 0: only its text tells.
+    const auto route = laeufer_(orte_.imSystem("/sbin/route"), {"-n", "get", "default"}, fragenSekunden);
+    const auto reihenfolge = networksetup({"-listnetworkserviceorder"}, fragenSekunden);
+    return dienstFuer(schnittstelle(route.ausgabe), reihenfolge.ausgabe);
+}
+
+std::optional<std::string> SystemProxy::setzen(const std::string& dienst, int port) {
+    const auto adresse =
+        networksetup({"-setsocksfirewallproxy", dienst, "127.0.0.1", std::to_string(port)}, aendernSekunden);
+    if (adresse.status != 0)
+        return fehlertext(adresse);
+    const auto an = networksetup({"-setsocksfirewallproxystate", dienst, "on"}, aendernSekunden);
+    if (an.status != 0)
+        return fehlertext(an);
+    einstellungen_.setzeText(merkschluessel, dienst);
+    return std::nullopt;
+}
+
+std::optional<std::string> SystemProxy::entfernen(const std::string& dienst) {
+    const auto aus = networksetup({"-setsocksfirewallproxystate", dienst, "off"}, aendernSekunden);
+    if (aus.status != 0)
+        return fehlertext(aus);
+    einstellungen_.entferne(merkschluessel);
+    return std::nullopt;
+}
+
+std::optional<std::string> SystemProxy::gemerkterDienst() const {
+    return einstellungen_.text(merkschluessel);
+}
+
+std::optional<std::string> SystemProxy::schnittstelle(std::string_view routeAusgabe) {
+    for (const auto zeile : teile(routeAusgabe, '\n')) {
+        if (zeile.find("interface:") == std::string_view::npos)
+            continue;
+        const auto stuecke = teile(zeile, ':');
+        if (stuecke.empty())
+            return std::nullopt;
+        return std::string(ohneRandblanks(stuecke.back()));
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> SystemProxy::dienstFuer(const std::optional<std::string>& schnittstelle,
+                                                   std::string_view reihenfolge) {
+    std::optional<std::string> laufender;
+    std::optional<std::string> ersatz;
+    for (const auto roh : teile(reihenfolge, '\n')) {
+        const auto zeile = ohneRandblanks(roh);
+        if (zeile.starts_with("(Hardware Port:")) {
+            // The line belongs to the service above it. The parenthesis keeps en1 from matching en10.
+            if (schnittstelle && laufender &&
+                zeile.find("Device: " + *schnittstelle + ")") != std::string_view::npos)
+                return laufender;
+        } else if (const auto zu = zeile.find(')'); zeile.starts_with('(') && zu != std::string_view::npos) {
+            laufender = ohneRandblanks(zeile.substr(zu + 1));
+            if (!ersatz && !zeile.starts_with("(*)"))
+                ersatz = laufender;
+        }
+    }
+    return ersatz;
+}
+
+std::string SystemProxy::fehlertext(const Ergebnis& ergebnis) {
+    const std::string roh = ergebnis.fehler + " " + ergebnis.ausgabe;
+    const auto text = beschnitten(roh);
+    if (!text.empty())
+        return std::string(text);
+    return "networksetup: Rückgabe " + std::to_string(ergebnis.status);
+}
+
+} // namespace mobilsteg

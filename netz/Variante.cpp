@@ -1,0 +1,22 @@
+#include "netz/Variante.hpp"
+
+namespace mobilsteg {
+
+Variante::Variante(const Buendel& buendel, const Einstellungen& einstellungen)
+    : einstellungen_(einstellungen), bundleB2B_(buendel.kennung.ends_with("vpnlotse")) {}
+
+std::string Variante::profil() const {
+    return einstellungen_.text("profil").value_or(bundleB2B_ ? "vpn" : "reise");
+}
+
+Variante::Art Variante::aktuell() const {
+    return profil() == "vpn" ? Art::vpn : Art::reise;
+}
+
+std::string Variante::anzeigename() const {
+    if (bundleB2B_)
+        return "Mobilsteg VPN-Lotse";
+    return aktuell() == Art::vpn ? "Mobilsteg Bordlotse · VPN" : "Mobilsteg Bordlotse";
+}
+
+} // namespace mobilsteg

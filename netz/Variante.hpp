@@ -1,0 +1,34 @@
+#pragma once
+
+#include "plattform/Buendel.hpp"
+#include "plattform/Einstellungen.hpp"
+
+#include <string>
+
+namespace mobilsteg {
+
+/// Which edition this is and which profile its user works in. Callable on any queue.
+class Variante {
+public:
+    enum class Art { reise, vpn };
+
+    Variante(const Buendel& buendel, const Einstellungen& einstellungen);
+
+    /// Whether this is the edition for company VPNs; told from the package's identifier.
+    [[nodiscard]] bool bundleB2B() const { return bundleB2B_; }
+
+    /// The text of the profile: the stored one, else the edition's own.
+    [[nodiscard]] std::string profil() const;
+
+    /// The active variant; asks the settings each time.
+    [[nodiscard]] Art aktuell() const;
+
+    /// The edition's name as the user reads it.
+    [[nodiscard]] std::string anzeigename() const;
+
+private:
+    const Einstellungen& einstellungen_;
+    bool bundleB2B_;
+};
+
+} // namespace mobilsteg
