@@ -1,0 +1,44 @@
+#include "kabel/Aushang.hpp"
+
+#include <vector>
+
+namespace mobilsteg {
+
+Aushang::Aushang(Schlange& haupt, Zustand anfang)
+    : haupt_(haupt), zustand_(std::move(anfang)), gemeldet_(zustand_) {}
+
+void Aushang::veroeffentliche(Aenderung aenderung) {
+    haupt_.async([this, aenderung = std::move(aenderung)] { aendere(aenderung); });
+}
+
+void Aushang::aendere(const Aenderung& aenderung) {
+    aenderung(zustand_);
+    if (meldungBestellt_)
+        return;
+    // The report goes behind the changes that wait already, so that a tick's burst is told once.
+    meldungBestellt_ = true;
+    haupt_.async([this] { melde(); });
+}
+
+Aushang::Beobachtung Aushang::beobachte(Beobachter beobachter) {
+    auto beobachtung = std::make_shared<Beobachter>(std::move(beobachter));
+    beobachter_.push_back(beobachtung);
+    return beobachtung;
+}
+
+void Aushang::melde() {
+    meldungBestellt_ = false;
+    if (zustand_ == gemeldet_)
+        return;
+    gemeldet_ = zustand_;
+    beobachter_.remove_if([](const auto& b) { return b.expired(); });
+    // An observer may end its own or another observation while it runs.
+    std::vector<Beobachtung> jetzige;
+    for (const auto& b : beobachter_)
+        jetzige.push_back(b.lock());
+    for (const auto& b : jetzige)
+        if (b)
+            (*b)(gemeldet_);
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "handy/Antwort.hpp"
+#include "kabel/Phase.hpp"
+#include "plattform/Uhr.hpp"
+
+#include <optional>
+#include <string>
+
+namespace mobilsteg {
+
+/// The facts that the state document tells, gathered at one moment of the work queue.
+struct Standangaben {
+    std::string app;
+    Uhr::Zeitpunkt zeit;
+    Phase phase;
+    std::string austritt;
+    std::string handy;
+    std::string id;
+    std::string name;
+    bool proxyGesetzt = false;
+    bool volltunnel = false;
+    bool vpnDurch = false;
+    bool nurVPN = false;
+    bool proxyAutomatisch = false;
+    std::string dienst;
+    std::string adb;
+};
+
+/// The document as bytes: JSON, UTF-8, keys sorted, indented. `antwort` adds what the phone told in this
+/// tick. Absent: it cannot be written as JSON. Pure.
+[[nodiscard]] std::optional<std::string> standDokument(const Standangaben& angaben,
+                                                       const std::optional<Antwort>& antwort);
+
+/// Whoever serves the document to others on this Mac.
+class Standausgabe {
+public:
+    virtual ~Standausgabe() = default;
+
+    /// Begins to serve; once, from any queue. A failure is silent.
+    virtual void starte() = 0;
+
+    /// From now on these bytes are served. From any queue; does not block.
+    virtual void setzeDokument(std::string bytes) = 0;
+};
+
+} // namespace mobilsteg

@@ -1,0 +1,120 @@
+#include "kabel/Verbindung.hpp"
+
+#include "netz/ProxySteuerung.hpp"
+#include "plattform/Text.hpp"
+
+#include <algorithm>
+
+namespace mobilsteg {
+
+namespace {
+
+constexpr int apiPort = 8080;
+constexpr double forwardSekunden = 10;
+constexpr double abbauSekunden = 5;
+
+std::string tcp(int port) {
+    return "tcp:" + std::to_string(port);
+}
+
+} // namespace
+
+Verbindung::Verbindung(Adb adb, Laeufer laeufer, Handy handy)
+    : adb_(std::move(adb)), laeufer_(std::move(laeufer)), handy_(std::move(handy)) {}
+
+bool Verbindung::findeAdb() {
+    if (!adbPfad_)
+        adbPfad_ = adb_.finden();
+    return adbPfad_.has_value();
+}
+
+Verbindung::Fund Verbindung::sucheHandy() {
+    const auto geraete = adb_.geraete(*adbPfad_);
+    const auto inZustand = [&](const char* zustand) {
+        return std::find_if(geraete.begin(), geraete.end(),
+                            [&](const auto& g) { return g.zustand == zustand; });
+    };
+    const auto bereit = inZustand("device");
+    if (bereit == geraete.end())
+        return inZustand("unauthorized") == geraete.end() ? Fund::keins : Fund::unautorisiert;
+    if (serial_ == bereit->serial)
+        return Fund::dasselbe;
+    serial_ = bereit->serial;
+    forwards_ = false;
+    handyName_ = bereit->modell.empty() ? bereit->serial : bereit->modell;
+    return Fund::neues;
+}
+
+void Verbindung::vergissHandy() {
+    serial_.reset();
+    forwards_ = false;
+}
+
+Ergebnis Verbindung::leiteEinenWeiter(int lokal, int amHandy) const {
+    return laeufer_(*adbPfad_, {"-s", *serial_, "forward", tcp(lokal), tcp(amHandy)}, forwardSekunden);
+}
+
+Ergebnis Verbindung::leiteGastseiteWeiter(std::vector<std::string>& zeilen) {
+    Ergebnis letztes;
+    // With 8080 still in use it is tried twice; whoever held it may just have let go.
+    for (const int port : {handy_.gastPort, apiPort, 18080, 18081, 18082, 28080}) {
+        letztes = leiteEinenWeiter(port, apiPort);
+        if (letztes.status == 0) {
+            if (port != apiPort || handy_.gastPort != apiPort)
+                zeilen.push_back("Gästeseite lokal auf Port " + std::to_string(port) +
+                                 (port != apiPort ? " (8080 belegt)" : ""));
+            handy_.gastPort = port;
+            break;
+        }
+        if (letztes.fehler.find("already in use") == std::string::npos)
+            break;
+    }
+    return letztes;
+}
+
+std::vector<std::string> Verbindung::leiteWeiter() {
+    std::vector<std::string> zeilen;
+    if (forwards_)
+        return zeilen;
+    const Ergebnis socks = leiteEinenWeiter(socksPort, socksPort);
+    const Ergebnis gastseite = leiteGastseiteWeiter(zeilen);
+    forwards_ = socks.status == 0 && gastseite.status == 0;
+    if (!forwards_) {
+        const auto& grund = socks.status != 0 ? socks.fehler : gastseite.fehler;
+        zeilen.push_back(std::string("adb forward scheitert: ") + (socks.status != 0 ? "1080 " : "") +
+                         (gastseite.status != 0 ? "Gästeseite " : "") + "-- " +
+                         std::string(beschnitten(grund)));
+    }
+    return zeilen;
+}
+
+std::optional<Antwort> Verbindung::meldeAn(const std::string& id, const std::string& name,
+                                           const std::vector<std::string>& vpnZiele) {
+    auto antwort = handy_.anmelden(id, name, vpnZiele);
+    if (!antwort)
+        forwards_ = false; // adb loses them silently when its server restarts
+    return antwort;
+}
+
+std::optional<std::string> Verbindung::beweise() {
+    auto adresse = handy_.austrittsIP();
+    if (adresse) {
+        austritt_ = *adresse;
+        zuletztGueltig_ = true;
+    }
+    return adresse;
+}
+
+void Verbindung::verwirfBeweis() {
+    zuletztGueltig_ = false;
+    austritt_.clear();
+}
+
+void Verbindung::baueAb() {
+    if (!adbPfad_ || !serial_)
+        return;
+    for (const int port : {socksPort, handy_.gastPort})
+        (void)laeufer_(*adbPfad_, {"-s", *serial_, "forward", "--remove", tcp(port)}, abbauSekunden);
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "handy/Adb.hpp"
+#include "handy/Handy.hpp"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace mobilsteg {
+
+/// The chain from the adb tool to the proven path, one link per operation. Holds what one tick leaves for the
+/// next; says what it found and leaves the consequences to its caller. Work queue only; every operation that
+/// runs a tool or asks the phone blocks.
+class Verbindung {
+public:
+    Verbindung(Adb adb, Laeufer laeufer, Handy handy);
+
+    /// Finds the adb tool, once found for good. False: there is none.
+    [[nodiscard]] bool findeAdb();
+
+    enum class Fund { keins, unautorisiert, dasselbe, neues };
+
+    /// Looks for the first usable phone. A new one's name is in `handyName()`; its forwards are still to
+    /// come.
+    [[nodiscard]] Fund sucheHandy();
+
+    /// The phone is gone: nothing of it is in place any more.
+    void vergissHandy();
+
+    /// Sets the two forwards up unless they stand. Returns what is to be logged.
+    [[nodiscard]] std::vector<std::string> leiteWeiter();
+
+    /// Registers with the phone. Absent: no answer; the forwards are then built anew next time.
+    [[nodiscard]] std::optional<Antwort> meldeAn(const std::string& id, const std::string& name,
+                                                 const std::vector<std::string>& vpnZiele);
+
+    /// Fetches the exit address through the phone; on success the path counts as proven.
+    [[nodiscard]] std::optional<std::string> beweise();
+
+    /// The path no longer counts as proven.
+    void verwirfBeweis();
+
+    /// Removes the forwards from adb, whatever comes of it (5 s each at most).
+    void baueAb();
+
+    [[nodiscard]] Handy& handy() { return handy_; }
+    [[nodiscard]] bool bewiesen() const { return zuletztGueltig_; }
+    [[nodiscard]] const std::string& austritt() const { return austritt_; }
+    [[nodiscard]] const std::string& handyName() const { return handyName_; }
+    [[nodiscard]] const std::optional<std::string>& adbPfad() const { return adbPfad_; }
+    [[nodiscard]] const std::optional<std::string>& serial() const { return serial_; }
+
+private:
+    [[nodiscard]] Ergebnis leiteEinenWeiter(int lokal, int amHandy) const;
+    [[nodiscard]] Ergebnis leiteGastseiteWeiter(std::vector<std::string>& zeilen);
+
+    Adb adb_;
+    Laeufer laeufer_;
+    Handy handy_;
+
+    std::optional<std::string> adbPfad_;
+    std::optional<std::string> serial_;
+    std::string handyName_;
+    bool forwards_ = false;
+    bool zuletztGueltig_ = false; // the path through the phone is proven
+    std::string austritt_;
+};
+
+} // namespace mobilsteg
