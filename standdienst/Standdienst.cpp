@@ -1,0 +1,231 @@
+#include "standdienst/Standdienst.hpp"
+
+#include "plattform/Text.hpp"
+
+#include <asio/buffer.hpp>
+#include <asio/io_context.hpp>
+#include <asio/ip/tcp.hpp>
+#include <asio/post.hpp>
+#include <asio/steady_timer.hpp>
+#include <asio/write.hpp>
+
+#include <fcntl.h>
+
+#include <array>
+#include <atomic>
+#include <list>
+#include <mutex>
+
+namespace mobilsteg {
+
+namespace {
+
+using asio::ip::tcp;
+using Fehler = std::error_code;
+
+constexpr std::size_t groessterBlock = 8192;
+// How long the listener rests when the system has no descriptor left for a new connection.
+constexpr auto atempause = std::chrono::milliseconds(200);
+
+void nichtVererben(int nummer) {
+    ::fcntl(nummer, F_SETFD, FD_CLOEXEC);
+}
+
+constexpr std::string_view corsBlock = "Access-Control-Allow-Origin: *\r\n"
+                                       "Access-Control-Allow-Methods: GET, OPTIONS\r\n"
+                                       "Access-Control-Allow-Headers: *\r\n"
+                                       "Access-Control-Allow-Private-Network: true\r\n";
+
+class Klient;
+using Klienten = std::list<std::shared_ptr<Klient>>;
+
+} // namespace
+
+struct Standdienst::Innen : std::enable_shared_from_this<Innen> {
+    Innen(AsioSchlange& s, std::uint16_t p, Grenzen g)
+        : schlange(s), horcher(s.kontext()), pause(s.kontext()), wunschport(p), grenzen(g) {}
+
+    void horche();
+    void nimmAn();
+    void bediene(tcp::socket socket);
+    [[nodiscard]] std::string dokument() const {
+        const std::lock_guard wache(schloss);
+        return json;
+    }
+
+    AsioSchlange& schlange;
+    tcp::acceptor horcher;
+    asio::steady_timer pause;
+    std::uint16_t wunschport;
+    Grenzen grenzen;
+    std::atomic<std::uint16_t> port{0};
+    Klienten offene; // oldest first
+
+    mutable std::mutex schloss; // guards json; never held while sending
+    std::string json = "{}";
+};
+
+namespace {
+
+/// One client: one chunk in, one answer out. It takes itself from the list when it is done.
+class Klient : public std::enable_shared_from_this<Klient> {
+public:
+    Klient(tcp::socket socket, Dauer stille)
+        : socket_(std::move(socket)), zeitgeber_(socket_.get_executor(), stille) {}
+
+    /// `dokument` yields what is to be served when the request has come; `fertig` runs once, at the end.
+    void beginne(std::function<std::string()> dokument, std::function<void()> fertig) {
+        fertig_ = std::move(fertig);
+        // A client that keeps neither speaking nor reading would otherwise hold its place for ever.
+        zeitgeber_.async_wait([schwach = weak_from_this()](const Fehler& fehler) {
+            if (const auto selbst = schwach.lock(); selbst && !fehler)
+                selbst->trenne();
+        });
+        socket_.async_read_some(asio::buffer(block_),
+                                [selbst = shared_from_this(), dokument = std::move(dokument)](
+                                    const Fehler&, std::size_t n) { selbst->antworte(n, dokument()); });
+    }
+
+    /// Ends it now; what is under way is cancelled.
+    void trenne() {
+        Fehler egal;
+        socket_.close(egal);
+        zeitgeber_.cancel();
+        if (const auto fertig = std::exchange(fertig_, nullptr))
+            fertig();
+    }
+
+private:
+    void antworte(std::size_t n, const std::string& dokument) {
+        if (!socket_.is_open())
+            return;
+        antwort_ = Standdienst::antwort(std::string_view(block_.data(), n), dokument);
+        asio::async_write(
+            socket_, asio::buffer(antwort_),
+            [selbst = shared_from_this()](const Fehler&, std::size_t) { selbst->verabschiede(); });
+    }
+
+    /// Closing with unread bytes resets the connection, and the reset may overtake the answer: so the rest of
+    /// a long request is read away before the close.
+    void verabschiede() {
+        Fehler fehler;
+        socket_.shutdown(tcp::socket::shutdown_send, fehler);
+        if (fehler)
+            return trenne();
+        socket_.async_read_some(asio::buffer(block_),
+                                [selbst = shared_from_this()](const Fehler& ende, std::size_t n) {
+                                    selbst->weggelesen_ += n;
+                                    if (ende || selbst->weggelesen_ > meistesWeglesen)
+                                        return selbst->trenne();
+                                    selbst->verabschiede();
+                                });
+    }
+
+    static constexpr std::size_t meistesWeglesen = 1U << 20U;
+
+    tcp::socket socket_;
+    asio::steady_timer zeitgeber_;
+    std::array<char, groessterBlock> block_{};
+    std::string antwort_;
+    std::size_t weggelesen_ = 0;
+    std::function<void()> fertig_;
+};
+
+} // namespace
+
+std::string Standdienst::antwort(std::string_view anfrage, std::string_view dokument) {
+    const auto worte = teile(anfrage, ' ');
+    if (!worte.empty() && worte.front() == "OPTIONS")
+        return "HTTP/1.1 204 No Content\r\n" + std::string(corsBlock) +
+               "Content-Length: 0\r\nConnection: close\r\n\r\n";
+    std::string text =
+        "HTTP/1.1 200 OK\r\nContent-Type: application/json; charset=utf-8\r\nCache-Control: no-store\r\n";
+    text += corsBlock;
+    text += "Content-Length: " + std::to_string(dokument.size()) + "\r\nConnection: close\r\n\r\n";
+    text += dokument;
+    return text;
+}
+
+void Standdienst::Innen::horche() {
+    Fehler fehler;
+    const tcp::endpoint stelle(asio::ip::address_v4::loopback(), wunschport);
+    horcher.open(stelle.protocol(), fehler);
+    if (!fehler)
+        nichtVererben(horcher.native_handle());
+    // A restart may follow so closely that the last run's connections still linger.
+    if (!fehler)
+        horcher.set_option(tcp::acceptor::reuse_address(true), fehler);
+    if (!fehler)
+        horcher.bind(stelle, fehler);
+    if (!fehler)
+        horcher.listen(asio::socket_base::max_listen_connections, fehler);
+    if (fehler) {
+        Fehler egal;
+        horcher.close(egal);
+        return;
+    }
+    port = horcher.local_endpoint().port();
+    nimmAn();
+}
+
+void Standdienst::Innen::nimmAn() {
+    horcher.async_accept([selbst = shared_from_this()](const Fehler& fehler, tcp::socket socket) {
+        if (fehler == asio::error::operation_aborted)
+            return;
+        if (!fehler) {
+            nichtVererben(socket.native_handle());
+            selbst->bediene(std::move(socket));
+            return selbst->nimmAn();
+        }
+        selbst->pause.expires_after(atempause);
+        selbst->pause.async_wait([selbst](const Fehler& abbruch) {
+            if (!abbruch)
+                selbst->nimmAn();
+        });
+    });
+}
+
+void Standdienst::Innen::bediene(tcp::socket socket) {
+    if (offene.size() >= grenzen.verbindungen)
+        offene.front()->trenne();
+    auto verbindung = std::make_shared<Klient>(std::move(socket), grenzen.stille);
+    const auto platz = offene.insert(offene.end(), verbindung);
+    const auto innen = weak_from_this();
+    verbindung->beginne(
+        [innen] {
+            const auto selbst = innen.lock();
+            return selbst ? selbst->dokument() : std::string("{}");
+        },
+        [innen, platz] {
+            if (const auto selbst = innen.lock())
+                selbst->offene.erase(platz);
+        });
+}
+
+Standdienst::Standdienst(AsioSchlange& schlange, std::uint16_t port, Grenzen grenzen)
+    : innen_(std::make_shared<Innen>(schlange, port, grenzen)) {}
+
+Standdienst::~Standdienst() {
+    innen_->schlange.sync([innen = innen_] {
+        Fehler egal;
+        innen->horcher.close(egal);
+        innen->pause.cancel();
+        while (!innen->offene.empty())
+            innen->offene.front()->trenne();
+    });
+}
+
+void Standdienst::starte() {
+    innen_->schlange.sync([innen = innen_] { innen->horche(); });
+}
+
+void Standdienst::setzeDokument(std::string bytes) {
+    const std::lock_guard wache(innen_->schloss);
+    innen_->json = std::move(bytes);
+}
+
+std::uint16_t Standdienst::port() const {
+    return innen_->port;
+}
+
+} // namespace mobilsteg
