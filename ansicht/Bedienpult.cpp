@@ -1,0 +1,62 @@
+#include "ansicht/Bedienpult.hpp"
+
+#include "kabel/Kabel.hpp"
+
+namespace mobilsteg {
+
+namespace {
+
+struct Sammler {
+    std::vector<Angebot>& liste;
+
+    void operator()(const Schalter& s) const { liste.push_back({{s.was, s.an ? "aus" : "an"}, s.text}); }
+    void operator()(const Knopf& k) const { liste.push_back({k.aktion, k.hilfe.empty() ? k.text : k.hilfe}); }
+    void operator()(const Wahl& w) const {
+        for (const auto& m : w.moeglichkeiten)
+            if (m.wert != w.gewaehlt)
+                liste.push_back({{w.was, m.wert}, w.bezeichnung + ": " + m.text});
+    }
+    void operator()(const Reihe& r) const {
+        for (const auto& teil : r.teile)
+            std::visit(*this, teil);
+    }
+    template <typename Anderes>
+    void operator()(const Anderes&) const {}
+};
+
+} // namespace
+
+std::vector<Angebot> angebote(const Baum& baum) {
+    std::vector<Angebot> liste;
+    for (const auto& element : baum)
+        std::visit(Sammler{liste}, element);
+    return liste;
+}
+
+Bedienpult::Bedienpult(Kabel& kabel, std::function<void()> beenden)
+    : kabel_(kabel), beenden_(std::move(beenden)) {}
+
+void Bedienpult::bediene(const Aktion& aktion) {
+    const bool an = aktion.wert == "an";
+    switch (aktion.was) {
+    case Bedienung::experte:
+        return kabel_.setzeExperte(an);
+    case Bedienung::proxy:
+        return kabel_.proxyUmschalten();
+    case Bedienung::automatisch:
+        return kabel_.setzeProxyAutomatisch(an);
+    case Bedienung::profil:
+        return kabel_.setzeProfil(aktion.wert);
+    case Bedienung::hinweisWeg:
+        return kabel_.setzeBrowserHinweisWeg(true);
+    case Bedienung::beenden:
+        return beenden_();
+    case Bedienung::volltunnel:
+    case Bedienung::vpnDurch:
+    case Bedienung::nurVPN:
+    case Bedienung::browser:
+        return; // no panel shows these yet
+    }
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,104 @@
+#include "ansicht/terminal/Eingabe.hpp"
+
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace mobilsteg {
+
+namespace {
+
+// A line that never ends must not fill the memory; what exceeds this is no command.
+constexpr std::size_t laengsteZeile = 64U * 1024U;
+
+} // namespace
+
+// Shared with the reading thread, which nothing can interrupt and which therefore may outlive the owner.
+struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
+    std::mutex schloss;
+    std::condition_variable neues;
+    std::deque<std::string> zeilen;
+    bool zuEnde = false;
+    Schlange* haupt = nullptr; // gone once the owner is
+    std::function<void(const std::string&)> befehl;
+
+    void nimmAuf(std::string zeile) {
+        const std::lock_guard wache(schloss);
+        zeilen.push_back(std::move(zeile));
+        neues.notify_one();
+        if (haupt != nullptr)
+            haupt->async([selbst = shared_from_this()] { selbst->arbeiteAb(); });
+    }
+
+    void beende() {
+        const std::lock_guard wache(schloss);
+        zuEnde = true;
+        neues.notify_one();
+    }
+
+    /// On the main queue. A dialog may have taken the line meanwhile; then there is nothing to do.
+    void arbeiteAb() {
+        std::unique_lock wache(schloss);
+        if (zeilen.empty() || haupt == nullptr)
+            return;
+        const std::string zeile = std::move(zeilen.front());
+        zeilen.pop_front();
+        wache.unlock();
+        befehl(zeile);
+    }
+
+    void lies() {
+        std::string rest;
+        std::array<char, 4096> block{};
+        while (true) {
+            const ssize_t n = ::read(STDIN_FILENO, block.data(), block.size());
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0)
+                break;
+            rest.append(block.data(), static_cast<std::size_t>(n));
+            std::size_t ende = 0;
+            while ((ende = rest.find('\n')) != std::string::npos) {
+                nimmAuf(rest.substr(0, ende));
+                rest.erase(0, ende + 1);
+            }
+            if (rest.size() > laengsteZeile)
+                rest.resize(laengsteZeile);
+        }
+        if (!rest.empty())
+            nimmAuf(rest);
+        beende();
+    }
+};
+
+Eingabe::Eingabe(Schlange& haupt, std::function<void(const std::string&)> befehl)
+    : innen_(std::make_shared<Innen>()) {
+    innen_->haupt = &haupt;
+    innen_->befehl = std::move(befehl);
+}
+
+Eingabe::~Eingabe() {
+    const std::lock_guard wache(innen_->schloss);
+    innen_->haupt = nullptr;
+}
+
+void Eingabe::beginne() {
+    std::thread([innen = innen_] { innen->lies(); }).detach();
+}
+
+std::optional<std::string> Eingabe::naechste() {
+    std::unique_lock wache(innen_->schloss);
+    innen_->neues.wait(wache, [&] { return !innen_->zeilen.empty() || innen_->zuEnde; });
+    if (innen_->zeilen.empty())
+        return std::nullopt;
+    std::string zeile = std::move(innen_->zeilen.front());
+    innen_->zeilen.pop_front();
+    return zeile;
+}
+
+} // namespace mobilsteg
