@@ -1,0 +1,46 @@
+#include "app/Befehlszeile.hpp"
+
+namespace mobilsteg {
+
+Befehlszeile Befehlszeile::lies(const std::vector<std::string>& worte) {
+    Befehlszeile zeile;
+    for (std::size_t i = 0; i < worte.size(); ++i) {
+        const std::string& wort = worte[i];
+        const auto ordner = [&](std::optional<std::string>& ziel) {
+            if (i + 1 == worte.size() || worte[i + 1].empty())
+                zeile.fehler = wort + " braucht einen Ordner";
+            else
+                ziel = worte[++i];
+        };
+        if (wort == "--terminal")
+            zeile.tat = zeile.tat == Tat::menueleiste ? Tat::terminal : zeile.tat;
+        else if (wort == "--hilfe" || wort == "-h" || wort == "--help")
+            zeile.tat = Tat::hilfe;
+        else if (wort == "--version")
+            zeile.tat = Tat::version;
+        else if (wort == "--heim")
+            ordner(zeile.heim);
+        else if (wort == "--wurzel")
+            ordner(zeile.wurzel);
+        else
+            zeile.fehler = "Unbekannte Option: " + wort;
+        if (!zeile.fehler.empty())
+            break;
+    }
+    return zeile;
+}
+
+std::string hilfetext(const std::string& programm) {
+    return "Aufruf: " + programm +
+           " [OPTIONEN]\n"
+           "\n"
+           "Bringt den Mac über das USB-Kabel mit dem Android-Handy ins Netz.\n"
+           "\n"
+           "  --terminal     das Feld im Terminal statt in der Menüleiste\n"
+           "  --heim DIR     DIR statt des eigenen Heimordners\n"
+           "  --wurzel DIR   alle Werkzeuge des Systems unterhalb von DIR suchen\n"
+           "  --hilfe        diese Hilfe\n"
+           "  --version      die Version\n";
+}
+
+} // namespace mobilsteg

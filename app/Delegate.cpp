@@ -1,0 +1,32 @@
+#include "app/Delegate.hpp"
+
+#include "kabel/Kabel.hpp"
+
+#include <csignal>
+
+namespace mobilsteg {
+
+Delegate::Delegate(std::function<void(int)> beende) : beende_(std::move(beende)) {}
+
+void Delegate::applicationDidFinishLaunching() {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        signalQuellen_.push_back(beiSignal(signal, signalQ_, [this](int s) { beendeNachSignal(s); }));
+    Kabel::gemeinsam().start();
+}
+
+void Delegate::applicationWillTerminate() {
+    const std::lock_guard wache(einmal_);
+    if (aufgeraeumt_)
+        return;
+    Kabel& kabel = Kabel::gemeinsam();
+    kabel.q().sync([&] { kabel.aufraeumen(); });
+    aufgeraeumt_ = true;
+}
+
+void Delegate::beendeNachSignal(int signal) {
+    Kabel::gemeinsam().protokoll("Signal " + std::to_string(signal) + " -- räume auf und beende");
+    applicationWillTerminate();
+    beende_(0);
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "plattform/AsioSchlange.hpp"
+#include "plattform/Signale.hpp"
+
+#include <functional>
+#include <mutex>
+#include <vector>
+
+namespace mobilsteg {
+
+class Kabel;
+
+/// What happens at the program's beginning and at each of its ends.
+class Delegate {
+public:
+    /// `beende` ends the process with a status and does not return.
+    explicit Delegate(std::function<void(int)> beende);
+
+    /// Main queue, once: the signals' handling, then the controller's clock.
+    void applicationDidFinishLaunching();
+
+    /// Any queue but the controller's: takes everything back and returns when that is done. The second call,
+    /// also a simultaneous one, only waits for the first.
+    void applicationWillTerminate();
+
+private:
+    void beendeNachSignal(int signal);
+
+    std::function<void(int)> beende_;
+    std::mutex einmal_;
+    bool aufgeraeumt_ = false;
+    AsioSchlange signalQ_{"signale"};
+    std::vector<Signalquelle> signalQuellen_;
+};
+
+} // namespace mobilsteg

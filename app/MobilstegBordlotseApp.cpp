@@ -1,0 +1,42 @@
+#include "app/MobilstegBordlotseApp.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace mobilsteg {
+
+namespace {
+
+Orte orte(const Befehlszeile& zeile) {
+    return {zeile.heim ? absoluterPfad(*zeile.heim) : eigenesHeim(),
+            zeile.wurzel ? absoluterPfad(*zeile.wurzel) : std::string()};
+}
+
+} // namespace
+
+MobilstegBordlotseApp::MobilstegBordlotseApp(const Befehlszeile& zeile, const std::string& kennung,
+                                             Schlange& haupt)
+    : orte_(orte(zeile)), buendel_(ordnerBuendel(kennung, eigenesProgramm())),
+      einstellungen_(orte_.imHeim("/Library/Preferences/" + kennung + ".json")) {
+    Kabel::richteEin([this, &haupt] { return baueKabel(haupt); });
+}
+
+std::unique_ptr<Kabel> MobilstegBordlotseApp::baueKabel(Schlange& haupt) {
+    const auto abbruch = [](const std::string& warum) {
+        // On the work queue: take everything back first, so that even a wrong number leaves no proxy behind.
+        Kabel& kabel = Kabel::gemeinsam();
+        kabel.protokoll("Programmierfehler: " + warum);
+        kabel.aufraeumen();
+        std::fprintf(stderr, "Programmierfehler: %s\n", warum.c_str());
+        std::abort();
+    };
+    return std::make_unique<Kabel>(Kabel::Anschluesse{haupt, takt_, uhr_, lauf, http_, einstellungen_,
+                                                      standdienst_, buendel_, orte_, rechnername(), abbruch});
+}
+
+// No flushing either: whoever prints flushes at once, and a stalled reader of our output could hold us here.
+void beendeProzess(int status) {
+    std::_Exit(status);
+}
+
+} // namespace mobilsteg

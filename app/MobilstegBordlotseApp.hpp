@@ -1,0 +1,43 @@
+#pragma once
+
+#include "app/Befehlszeile.hpp"
+#include "handy/CurlHttp.hpp"
+#include "kabel/Kabel.hpp"
+#include "plattform/AsioSchlange.hpp"
+#include "plattform/probe/DateiEinstellungen.hpp"
+#include "standdienst/Standdienst.hpp"
+
+#include <memory>
+#include <string>
+
+namespace mobilsteg {
+
+/// The program put together: makes every adapter, hands them to the one controller, and outlives it.
+class MobilstegBordlotseApp {
+public:
+    /// `haupt` is the main queue, which the front brings.
+    MobilstegBordlotseApp(const Befehlszeile& zeile, const std::string& kennung, Schlange& haupt);
+
+    [[nodiscard]] Kabel& kabel() { return Kabel::gemeinsam(); }
+
+private:
+    [[nodiscard]] std::unique_ptr<Kabel> baueKabel(Schlange& haupt);
+
+    Orte orte_;
+    Buendel buendel_;
+    Systemuhr uhr_;
+    DateiEinstellungen einstellungen_;
+    CurlHttp http_;
+    AsioSchlange standQ_{"standdienst"};
+    Standdienst standdienst_{standQ_};
+    AsioSchlange takt_{"kabel.takt"};
+};
+
+/// Runs the program in the terminal until its user or a signal ends it; returns the exit status.
+int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung);
+
+/// Ends the process at once, without running what only an orderly return would: other queues may be in the
+/// middle of anything.
+[[noreturn]] void beendeProzess(int status);
+
+} // namespace mobilsteg

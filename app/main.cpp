@@ -1,0 +1,37 @@
+#include "app/Befehlszeile.hpp"
+#include "app/MobilstegBordlotseApp.hpp"
+#include "plattform/Dateien.hpp"
+
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+
+using namespace mobilsteg;
+
+int main(int anzahl, char** worte) {
+    sichereStandardstroeme();
+    std::signal(SIGPIPE, SIG_IGN); // a reader of our output that goes away must not take the clean-up with it
+
+    const std::string programm = std::filesystem::path(worte[0]).filename().string();
+    const auto zeile = Befehlszeile::lies({worte + 1, worte + anzahl});
+    if (!zeile.fehler.empty()) {
+        std::fprintf(stderr, "%s: %s\nHilfe: %s --hilfe\n", programm.c_str(), zeile.fehler.c_str(),
+                     programm.c_str());
+        return 2;
+    }
+    switch (zeile.tat) {
+    case Befehlszeile::Tat::hilfe:
+        std::fputs(hilfetext(programm).c_str(), stdout);
+        return 0;
+    case Befehlszeile::Tat::version:
+        std::printf("%s %s\n", programm.c_str(), MOBILSTEG_VERSION);
+        return 0;
+    case Befehlszeile::Tat::terminal:
+        return terminalbetrieb(zeile, MOBILSTEG_KENNUNG);
+    case Befehlszeile::Tat::menueleiste:
+        break;
+    }
+    std::fprintf(stderr, "%s: Keine Anzeige gefunden. Im Terminal läuft das Programm mit --terminal.\n",
+                 programm.c_str());
+    return 1;
+}
