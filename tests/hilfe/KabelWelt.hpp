@@ -1,0 +1,93 @@
+#pragma once
+
+#include "kabel/Kabel.hpp"
+#include "tests/hilfe/Ordner.hpp"
+#include "tests/hilfe/SpeicherEinstellungen.hpp"
+#include "tests/hilfe/VirtuelleWelt.hpp"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace mobilsteg {
+
+/// A phone as the cable sees it.
+struct Modellhandy {
+    std::string serial = "R5CT1";
+    std::string zustand = "device"; ///< as adb lists it
+    std::string modell = "SM_S911B";
+    bool teilt = true; ///< the phone app listens
+    std::string entscheid = "erlaubt";
+    std::optional<std::string> austritt = "203.0.113.7\n"; ///< nothing: its proxy is broken
+    std::string status;                                    ///< JSON of the answer's status; empty: none
+};
+
+/// The real controller over a small model of adb, phones and the Mac's tools, all in virtual time.
+class KabelWelt : public Http {
+public:
+    explicit KabelWelt(std::uint64_t samen = 1);
+    ~KabelWelt() override;
+
+    /// Makes the controller (again: as after a restart of the program) without starting its clock.
+    Kabel& baue();
+    /// Makes it and starts its clock.
+    Kabel& starte();
+    /// Lets the world go on until the tick at `sekunden` after the clock's start is over.
+    void laufeBisSekunde(double sekunden);
+    /// The clean-up as the program's end does it.
+    void raeumeAuf();
+
+    [[nodiscard]] const Zustand& zustand() const { return kabel->aushang().zustand(); }
+    [[nodiscard]] std::vector<std::string> protokoll() const; ///< the log's messages, without their times
+    [[nodiscard]] bool rief(const std::string& stueck) const; ///< whether a tool call held that piece
+
+    // The world, for the test to change at any time.
+    std::vector<Modellhandy> handys;
+    std::set<int> belegtePorts;        ///< held by other programs
+    std::string forwardFehler;         ///< not empty: adb forward fails with it
+    std::string schnittstelle = "en0"; ///< of the default route; empty: none
+    std::string dienste = "(1) USB LAN\n(Hardware Port: USB LAN, Device: en7)\n\n"
+                          "(2) Wi-Fi\n(Hardware Port: Wi-Fi, Device: en0)\n";
+    std::string networksetupFehler; ///< not empty: changes fail with it
+    Dauer dauerWerkzeug{};          ///< how long each tool takes
+    Dauer dauerHttp{};              ///< how long each request takes
+    std::string buendelkennung = "de.mobilsteg.bordlotse";
+    std::function<void(const std::string&)> vorWerkzeug; ///< told of each call before it acts
+
+    // What the world looks like.
+    std::map<int, std::string> forwards;  ///< local port → serial
+    std::map<std::string, bool> socksAn;  ///< network service → proxy on
+    std::vector<std::string> aufrufe;     ///< every tool call, its name and arguments
+    std::vector<std::string> anmeldungen; ///< bodies of the registrations
+    std::string abgebrochen;              ///< the programming error that ended the program
+
+    Ordner ordner;
+    VirtuelleWelt welt;
+    SpeicherEinstellungen einstellungen;
+    Schlange& haupt = welt.schlange("haupt");
+    Schlange* q = nullptr;
+    std::unique_ptr<Kabel> kabel;
+
+    /// The status service's side.
+    struct Ausgabe final : Standausgabe {
+        void starte() override { ++starts; }
+        void setzeDokument(std::string bytes) override { dokument = std::move(bytes); }
+        int starts = 0;
+        std::string dokument = "{}";
+    } standdienst;
+
+    // The phone's side.
+    [[nodiscard]] std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
+
+private:
+    Ergebnis werkzeug(const std::string& programm, const std::vector<std::string>& argumente);
+    Ergebnis adb(const std::vector<std::string>& worte);
+    Ergebnis networksetup(const std::vector<std::string>& worte);
+    [[nodiscard]] const Modellhandy* handyHinter(int port) const;
+};
+
+} // namespace mobilsteg

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "plattform/Einstellungen.hpp"
+
+#include <variant>
+
+namespace mobilsteg {
+
+/// Settings that live as long as the test; `werte` is there for the test to look at and to spoil.
+class SpeicherEinstellungen final : public Einstellungen {
+public:
+    using Wert = std::variant<std::string, bool, Tabelle>;
+
+    [[nodiscard]] std::optional<std::string> text(const std::string& k) const override {
+        return als<std::string>(k);
+    }
+    [[nodiscard]] std::optional<bool> flagge(const std::string& k) const override { return als<bool>(k); }
+    [[nodiscard]] std::optional<Tabelle> tabelle(const std::string& k) const override {
+        return als<Tabelle>(k);
+    }
+    void setzeText(const std::string& k, const std::string& w) override { werte[k] = w; }
+    void setzeFlagge(const std::string& k, bool w) override { werte[k] = w; }
+    void setzeTabelle(const std::string& k, const Tabelle& w) override { werte[k] = w; }
+    void entferne(const std::string& k) override { werte.erase(k); }
+    [[nodiscard]] std::string textOderNeu(const std::string& k, const std::string& w) override {
+        if (const auto stehender = text(k))
+            return *stehender;
+        werte[k] = w;
+        return w;
+    }
+
+    std::map<std::string, Wert> werte;
+
+private:
+    template <typename T>
+    [[nodiscard]] std::optional<T> als(const std::string& k) const {
+        const auto treffer = werte.find(k);
+        if (treffer == werte.end() || !std::holds_alternative<T>(treffer->second))
+            return std::nullopt;
+        return std::get<T>(treffer->second);
+    }
+};
+
+} // namespace mobilsteg

@@ -1,0 +1,415 @@
+// The link from the cable to the proven path, by the whole controller in virtual time.
+
+#include "tests/hilfe/KabelWelt.hpp"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+using namespace mobilsteg;
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+Modellhandy handy(const std::function<void(Modellhandy&)>& abweichung = {}) {
+    Modellhandy h;
+    if (abweichung)
+        abweichung(h);
+    return h;
+}
+
+/// A controller that has come to `faehrt` with its first tick.
+void fahreLos(KabelWelt& w) {
+    w.handys = {handy()};
+    w.starte();
+    w.laufeBisSekunde(1);
+    ASSERT_EQ(w.zustand().phase, Phase::Art::faehrt);
+    ASSERT_TRUE(w.socksAn["Wi-Fi"]);
+}
+
+TEST(Fahrt, kommtSchrittFuerSchrittAnsZiel) {
+    KabelWelt w;
+    w.starte();
+    EXPECT_EQ(w.zustand().phase, Phase::Art::start);
+    w.laufeBisSekunde(0.1);
+    EXPECT_TRUE(w.aufrufe.empty()) << "the first tick comes 0.2 s after the start";
+
+    w.laufeBisSekunde(0.3);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::keinHandy);
+    w.handys = {handy([](auto& h) { h.zustand = "unauthorized"; })};
+    w.laufeBisSekunde(3.3);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::nichtAutorisiert);
+    w.handys = {handy([](auto& h) { h.teilt = false; })};
+    w.laufeBisSekunde(6.3);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::weitergabeAus);
+    w.handys = {handy([](auto& h) { h.entscheid = "fragt"; })};
+    w.laufeBisSekunde(9.3);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::wartetAufHandy);
+    w.handys = {handy()};
+    w.laufeBisSekunde(12.3);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
+
+    EXPECT_THAT(w.protokoll(), ElementsAre("Kein Handy am Kabel — USB-Debugging an?",
+                                           "Am Handy „USB-Debugging zulassen“ bestätigen",
+                                           "In Mobilsteg: 2. oder 1. Klasse, Weitergabe an, Losfahren",
+                                           "Warte auf das Ja am Handy …", "Prüfe den Weg durch das Handy …",
+                                           "Beweis: draußen als 203.0.113.7",
+                                           "System-Proxy gesetzt auf Wi-Fi: 127.0.0.1:1080", "Fährt mit"));
+    EXPECT_EQ(w.zustand().handy, "Samsung Galaxy S23");
+    EXPECT_EQ(w.zustand().austritt, "203.0.113.7");
+    const auto anmeldung = nlohmann::json::parse(w.anmeldungen.back());
+    EXPECT_EQ(anmeldung,
+              (nlohmann::json{{"id", w.kabel->id()}, {"name", "Testmac"}, {"vpn", nlohmann::json::array()}}));
+}
+
+struct Verlust {
+    const char* name;
+    std::function<void(KabelWelt&)> geschieht;
+    Phase::Art phase;
+};
+
+/// However the link is lost, one tick later the Mac is on its own again.
+TEST(Fahrt, jederVerlustNimmtAllesZurueck) {
+    const Verlust faelle[] = {
+        {"abgesteckt", [](auto& w) { w.handys.clear(); }, Phase::Art::keinHandy},
+        {"offline", [](auto& w) { w.handys[0].zustand = "offline"; }, Phase::Art::keinHandy},
+        {"Debugging entzogen", [](auto& w) { w.handys[0].zustand = "unauthorized"; },
+         Phase::Art::nichtAutorisiert},
+        {"Weitergabe aus", [](auto& w) { w.handys[0].teilt = false; }, Phase::Art::weitergabeAus},
+        {"Forwards weg", [](auto& w) { w.forwards.clear(); }, Phase::Art::weitergabeAus},
+        {"abgelehnt", [](auto& w) { w.handys[0].entscheid = "abgelehnt"; }, Phase::Art::abgelehnt},
+        {"unentschieden", [](auto& w) { w.handys[0].entscheid = "Erlaubt"; }, Phase::Art::wartetAufHandy},
+    };
+    for (const auto& fall : faelle) {
+        SCOPED_TRACE(fall.name);
+        KabelWelt w;
+        fahreLos(w);
+        fall.geschieht(w);
+        w.laufeBisSekunde(3.3);
+        EXPECT_EQ(w.zustand().phase, fall.phase);
+        EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+        EXPECT_FALSE(w.zustand().proxyGesetzt);
+        EXPECT_EQ(w.zustand().austritt, "");
+        EXPECT_EQ(w.zustand().klasse, "");
+        EXPECT_THAT(w.protokoll(), Contains("System-Proxy entfernt von Wi-Fi"));
+        // What mended itself is proven anew, not believed.
+        w.handys = {handy()};
+        w.laufeBisSekunde(9.3);
+        EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
+        EXPECT_EQ(w.zustand().austritt, "203.0.113.7");
+        EXPECT_TRUE(w.socksAn["Wi-Fi"]);
+    }
+}
+
+TEST(Fahrt, ohneAdbWirdBeiJedemTaktNeuGesucht) {
+    KabelWelt w;
+    w.handys = {handy()};
+    const std::string adb = w.ordner.pfad() + "/wurzel/opt/homebrew/bin/adb";
+    std::filesystem::remove(adb);
+    w.starte();
+    w.laufeBisSekunde(4);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::keinAdb);
+    EXPECT_TRUE(w.aufrufe.empty());
+    w.ordner.lege("/wurzel/usr/local/bin/adb", "#!", true);
+    w.laufeBisSekunde(6.5);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
+}
+
+TEST(Fahrt, weichtBelegtenPortsAus) {
+    struct Fall {
+        const char* name;
+        std::set<int> belegt;
+        std::vector<std::string> versuche;
+        int port;
+        std::string zeile; ///< nothing: no line about the port
+    };
+    const std::vector<Fall> faelle = {
+        {"frei", {}, {"8080"}, 8080, ""},
+        {"8080 belegt",
+         {8080},
+         {"8080", "8080", "18080"},
+         18080,
+         "Gästeseite lokal auf Port 18080 (8080 belegt)"},
+        {"fast alle belegt",
+         {8080, 18080, 18081, 18082},
+         {"8080", "8080", "18080", "18081", "18082", "28080"},
+         28080,
+         "Gästeseite lokal auf Port 28080 (8080 belegt)"},
+    };
+    for (const auto& fall : faelle) {
+        SCOPED_TRACE(fall.name);
+        KabelWelt w;
+        w.handys = {handy()};
+        w.belegtePorts = fall.belegt;
+        w.starte();
+        w.laufeBisSekunde(1);
+        std::vector<std::string> versuche;
+        for (const auto& aufruf : w.aufrufe)
+            if (aufruf.ends_with(" tcp:8080"))
+                versuche.push_back(aufruf.substr(25, aufruf.size() - 34));
+        EXPECT_EQ(versuche, fall.versuche);
+        EXPECT_TRUE(w.forwards.contains(fall.port));
+        EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
+        if (fall.zeile.empty())
+            EXPECT_THAT(w.protokoll(), Not(Contains(HasSubstr("Gästeseite"))));
+        else
+            EXPECT_THAT(w.protokoll(), Contains(fall.zeile));
+    }
+}
+
+TEST(Fahrt, merktSichDenAusweichport) {
+    KabelWelt w;
+    w.handys = {handy()};
+    w.belegtePorts = {8080};
+    w.starte();
+    w.laufeBisSekunde(1);
+    w.belegtePorts.clear();
+    w.handys[0].teilt = false;
+    w.laufeBisSekunde(3.5); // the forwards count as lost
+    w.handys[0].teilt = true;
+    w.laufeBisSekunde(6.5);
+    EXPECT_TRUE(w.forwards.contains(18080));
+    EXPECT_FALSE(w.forwards.contains(8080));
+    w.belegtePorts = {18080};
+    w.handys[0].serial = "ANDERES";
+    w.laufeBisSekunde(9.5);
+    EXPECT_EQ(w.forwards[8080], "ANDERES");
+    EXPECT_THAT(w.protokoll(), Contains("Gästeseite lokal auf Port 8080"));
+}
+
+TEST(Fahrt, meldetGescheiterteForwards) {
+    struct Fall {
+        std::function<void(KabelWelt&)> macht;
+        const char* zeile;
+    };
+    const Fall faelle[] = {
+        {[](auto& w) { w.belegtePorts = {1080}; },
+         "adb forward scheitert: 1080 -- adb: error: cannot bind listener: Address already in use"},
+        {[](auto& w) {
+             w.belegtePorts = {8080, 18080, 18081, 18082, 28080};
+         },
+         "adb forward scheitert: Gästeseite -- adb: error: cannot bind listener: Address already in use"},
+        {[](auto& w) { w.forwardFehler = "\n adb: error: device offline \n"; },
+         "adb forward scheitert: 1080 Gästeseite -- adb: error: device offline"},
+    };
+    for (const auto& fall : faelle) {
+        SCOPED_TRACE(fall.zeile);
+        KabelWelt w;
+        w.handys = {handy()};
+        fall.macht(w);
+        w.starte();
+        w.laufeBisSekunde(1);
+        EXPECT_THAT(w.protokoll(), Contains(fall.zeile));
+        EXPECT_NE(w.zustand().phase, Phase::Art::faehrt);
+    }
+    KabelWelt w; // any other failure than a taken port ends the search
+    w.handys = {handy()};
+    w.forwardFehler = "adb: error: closed";
+    w.starte();
+    w.laufeBisSekunde(1);
+    EXPECT_FALSE(w.rief("tcp:18080"));
+}
+
+TEST(Fahrt, anderesHandyBekommtEigeneForwardsUndNamen) {
+    KabelWelt w;
+    fahreLos(w);
+    w.handys[0].serial = "PX8";
+    w.handys[0].modell = "";
+    w.laufeBisSekunde(3.3);
+    EXPECT_EQ(w.forwards, (std::map<int, std::string>{{1080, "PX8"}, {8080, "PX8"}}));
+    EXPECT_EQ(w.zustand().handy, "PX8") << "without a model the serial names it";
+}
+
+TEST(Fahrt, gescheiterterBeweisBautNichtsAbUndWirdWiederholt) {
+    KabelWelt w;
+    w.handys = {handy([](auto& h) { h.austritt.reset(); })};
+    w.starte();
+    w.laufeBisSekunde(3.5);
+    EXPECT_EQ(w.zustand().phase,
+              Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?"));
+    EXPECT_EQ(w.forwards.size(), 2U);
+    EXPECT_EQ(w.zustand().klasse, "2. Klasse") << "the link values stay on show";
+    EXPECT_FALSE(w.rief("networksetup"));
+    const auto zeilen = w.protokoll();
+    EXPECT_EQ(std::count(zeilen.begin(), zeilen.end(), "Prüfe den Weg durch das Handy …"), 2);
+
+    w.handys[0].austritt = "2001:db8::1";
+    w.laufeBisSekunde(6.5);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
+    w.handys[0].austritt.reset(); // proven once, it is not asked for again
+    w.laufeBisSekunde(20);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
+    EXPECT_EQ(w.zustand().austritt, "2001:db8::1");
+}
+
+TEST(Proxy, fehlerBleibtStehenSolangeDerWegBewiesenIst) {
+    KabelWelt w;
+    w.handys = {handy()};
+    w.networksetupFehler = "** Error: Command requires admin privileges.";
+    w.starte();
+    w.laufeBisSekunde(10);
+    const auto fehler =
+        Phase::proxyFehler("System-Proxy nicht gesetzt: ** Error: Command requires admin privileges.");
+    EXPECT_EQ(w.zustand().phase, fehler);
+    EXPECT_FALSE(w.zustand().proxyGesetzt);
+    EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
+
+    w.networksetupFehler.clear();
+    w.dienste = "";
+    w.handys.clear();
+    w.laufeBisSekunde(12.5);
+    w.handys = {handy()};
+    w.laufeBisSekunde(15.5);
+    EXPECT_EQ(w.zustand().phase,
+              Phase::proxyFehler("Keinen Netzwerkdienst gefunden — Proxy von Hand setzen"));
+}
+
+TEST(Proxy, schalterUndSelbsttaetigesSetzen) {
+    KabelWelt w;
+    w.baue();
+    w.haupt.sync([&] { w.kabel->setzeProxyAutomatisch(false); });
+    w.handys = {handy()};
+    w.haupt.sync([&] { w.kabel->start(); });
+    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
+    w.laufeBisSekunde(0.1);
+    EXPECT_EQ(w.zustand().meldung, "Erst muss das Handy freigeben.");
+    w.laufeBisSekunde(1);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
+    EXPECT_FALSE(w.zustand().proxyGesetzt);
+
+    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
+    w.welt.laufe({});
+    EXPECT_TRUE(w.zustand().proxyGesetzt);
+    EXPECT_EQ(w.zustand().meldung, "");
+    EXPECT_EQ(std::get<std::string>(w.einstellungen.werte["proxy.dienst"]), "Wi-Fi");
+    w.haupt.sync([&] { // twice quickly: off and on again
+        w.kabel->proxyUmschalten();
+        w.kabel->proxyUmschalten();
+    });
+    w.welt.laufe({});
+    EXPECT_TRUE(w.socksAn["Wi-Fi"]);
+    w.raeumeAuf();
+    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+    EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
+}
+
+TEST(Proxy, einVerungluecktesEntfernenWirdWiederholt) {
+    KabelWelt w;
+    fahreLos(w);
+    w.networksetupFehler = "kaputt";
+    w.handys.clear();
+    w.laufeBisSekunde(3.5);
+    EXPECT_TRUE(w.socksAn["Wi-Fi"]);
+    EXPECT_THAT(w.protokoll(), Contains("System-Proxy entfernt von Wi-Fi"));
+    w.networksetupFehler.clear();
+    w.laufeBisSekunde(6.5);
+    EXPECT_FALSE(w.socksAn["Wi-Fi"]) << "the remembered service lets the next tick try again";
+}
+
+TEST(Ende, nachEinemAbsturzRaeumtDerNaechsteStartAufVorDemErstenTakt) {
+    KabelWelt w;
+    fahreLos(w);
+    w.welt.laufe(1s);
+    w.kabel->q().sync([&] {}); // between two ticks the process dies
+    Kabel* const alter = w.kabel.release();
+    w.handys.clear();
+    w.aufrufe.clear();
+    const auto versatz = w.welt.jetzt();
+    w.starte();
+    w.welt.laufe(100ms);
+    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+    EXPECT_THAT(w.aufrufe, Contains("networksetup -setsocksfirewallproxystate Wi-Fi off"));
+    EXPECT_LT(w.welt.jetzt() - versatz, 200ms);
+    EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
+    w.welt.beende();
+    delete alter;
+}
+
+TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
+    KabelWelt w;
+    w.belegtePorts = {8080};
+    fahreLos(w);
+    w.aufrufe.clear();
+    w.raeumeAuf();
+    EXPECT_THAT(w.aufrufe, ElementsAre("networksetup -setsocksfirewallproxystate Wi-Fi off",
+                                       "adb -s R5CT1 forward --remove tcp:1080",
+                                       "adb -s R5CT1 forward --remove tcp:18080"));
+    EXPECT_TRUE(w.forwards.empty());
+    // The process may still live for a tick or a click.
+    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
+    w.welt.laufe(10s);
+    EXPECT_EQ(w.aufrufe.size(), 3U);
+}
+
+TEST(Ende, aufraeumenWartetDenLaufendenTaktAb) {
+    KabelWelt w;
+    w.dauerHttp = 2s;
+    w.handys = {handy()};
+    w.starte();
+    w.laufeBisSekunde(3); // in the middle of the proof
+    EXPECT_EQ(w.zustand().phase, Phase::Art::pruefung);
+    w.raeumeAuf();
+    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+    EXPECT_TRUE(w.forwards.empty());
+    EXPECT_EQ(w.welt.verklemmte(), 0U);
+}
+
+TEST(Takt, langeTakteVerschmelzenUndUeberlappenNie) {
+    KabelWelt w;
+    w.dauerWerkzeug = 4s; // every look at the devices takes longer than a period
+    std::vector<Dauer> anfaenge;
+    w.vorWerkzeug = [&](const std::string& aufruf) {
+        if (aufruf == "adb devices -l")
+            anfaenge.push_back(w.welt.jetzt());
+    };
+    w.starte();
+    w.laufeBisSekunde(14);
+    // Each begins as soon as the one before has ended, not once per missed firing.
+    EXPECT_THAT(anfaenge, ElementsAre(200ms, 4200ms, 8200ms, 12200ms));
+}
+
+TEST(Takt, zehnMinutenFahrtMitFunkloechern) {
+    KabelWelt w;
+    w.dauerWerkzeug = 30ms;
+    w.dauerHttp = 80ms;
+    w.handys = {handy()};
+    w.starte();
+    for (int minute = 0; minute < 10; ++minute) {
+        w.laufeBisSekunde(minute * 60 + 40);
+        EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
+        EXPECT_TRUE(w.socksAn["Wi-Fi"]);
+        w.handys[0].teilt = false;
+        w.laufeBisSekunde(minute * 60 + 50);
+        EXPECT_EQ(w.zustand().phase, Phase::Art::weitergabeAus);
+        EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+        w.handys[0].teilt = true;
+    }
+    const auto blicke = std::count(w.aufrufe.begin(), w.aufrufe.end(), "adb devices -l");
+    EXPECT_EQ(blicke, 197) << "one tick every three seconds";
+}
+
+TEST(Aushang, beobachterHoerenVonEinemTaktEinmalUndVonNichtsNie) {
+    KabelWelt w;
+    w.starte();
+    int gehoert = 0;
+    const auto beobachtung = w.kabel->aushang().beobachte([&](const Zustand&) { ++gehoert; });
+    w.laufeBisSekunde(0.5);
+    EXPECT_EQ(gehoert, 1);
+    w.laufeBisSekunde(30); // the same phase tick after tick
+    EXPECT_EQ(gehoert, 1);
+}
+
+TEST(Aushang, unmoeglicheZahlenBeendenDasProgramm) {
+    KabelWelt w;
+    w.handys = {handy([](auto& h) {
+        h.status = R"({"guests":[{"IP":"kabel:Testmac","BytesUp":9223372036854775807,"BytesDown":1}]})";
+    })};
+    w.starte();
+    w.laufeBisSekunde(1);
+    EXPECT_NE(w.abgebrochen, "");
+}
+
+} // namespace

@@ -1,0 +1,51 @@
+#include "kabel/Protokoll.hpp"
+
+#include "tests/hilfe/Ordner.hpp"
+#include "tests/hilfe/VirtuelleWelt.hpp"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+using namespace mobilsteg;
+using namespace std::chrono_literals;
+
+namespace {
+
+TEST(Protokoll, schreibtZeilenUndLaesstWiederholungenWeg) {
+    const Ordner ordner;
+    VirtuelleWelt welt;
+    Protokoll protokoll(ordner.pfad() + "/fehlt/noch/b.log", welt.uhr());
+    protokoll.schreibe("Fährt mit");
+    protokoll.schreibe("Fährt mit");
+    welt.laufe(24h);
+    protokoll.schreibe("B");
+    protokoll.schreibe("Fährt mit");
+    EXPECT_EQ(ordner.lies("/fehlt/noch/b.log"), "14.03.2025 09:41:07  Fährt mit\n"
+                                                "15.03.2025 09:41:07  B\n"
+                                                "15.03.2025 09:41:07  Fährt mit\n");
+}
+
+TEST(Protokoll, haengtAnWasSchonDaIst) {
+    const Ordner ordner;
+    VirtuelleWelt welt;
+    const std::string pfad = ordner.lege("/b.log", "alt\n");
+    Protokoll(pfad, welt.uhr()).schreibe("neu");
+    EXPECT_EQ(ordner.lies("/b.log"), "alt\n14.03.2025 09:41:07  neu\n");
+}
+
+TEST(Protokoll, unbeschreiblicherOrtStoertNiemand) {
+    const Ordner ordner;
+    VirtuelleWelt welt;
+    ordner.lege("/belegt", "eine Datei, kein Ordner");
+    Protokoll protokoll(ordner.pfad() + "/belegt/b.log", welt.uhr());
+    protokoll.schreibe("verloren");
+    EXPECT_EQ(ordner.lies("/belegt"), "eine Datei, kein Ordner");
+
+    // A folder under the log's own name can be neither opened nor replaced.
+    std::filesystem::create_directory(ordner.pfad() + "/b.log");
+    Protokoll(ordner.pfad() + "/b.log", welt.uhr()).schreibe("verloren");
+    EXPECT_TRUE(std::filesystem::is_directory(ordner.pfad() + "/b.log"));
+}
+
+} // namespace
