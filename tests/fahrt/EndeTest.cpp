@@ -1,0 +1,127 @@
+// Every way in which the program ends, and what it may leave behind: nothing.
+
+#include "tests/fahrt/Fahrtbank.hpp"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <csignal>
+
+using namespace mobilsteg;
+using testing::HasSubstr;
+
+namespace {
+
+struct Abschnitt {
+    const char* name;
+    std::vector<std::string> handy; ///< the phone's options; nothing: no phone
+    const char* befehl;             ///< for the phone before the start; may be empty
+    const char* phase;              ///< the log's last line when the signal comes
+    int signal;
+};
+
+class InJederPhase : public testing::TestWithParam<Abschnitt> {};
+
+TEST_P(InJederPhase, raeumtEinSignalAllesAuf) {
+    const auto& abschnitt = GetParam();
+    Fahrtbank bank;
+    std::unique_ptr<Probehandy> handy;
+    if (!abschnitt.handy.empty())
+        handy = bank.handy(abschnitt.handy);
+    if (*abschnitt.befehl != '\0')
+        handy->sage(abschnitt.befehl);
+    bank.starte();
+    ASSERT_TRUE(warteBis([&] { return bank.protokoll().ends_with(std::string(abschnitt.phase) + "\n"); }))
+        << bank.protokoll();
+    bank.programm->sende(abschnitt.signal);
+    bank.programm->sende(abschnitt.signal); // a second one changes nothing
+    EXPECT_EQ(bank.programm->warteAufEnde(), 0) << bank.ausgabe();
+    EXPECT_EQ(bank.zeilenMit("Signal " + std::to_string(abschnitt.signal) + " -- räume auf und beende"), 1);
+    EXPECT_EQ(bank.zeilenMit("Signal"), 1);
+    EXPECT_EQ(bank.adb({"forward", "--list"}), "");
+    EXPECT_TRUE(portFrei(1081)) << "an adb server that the program started must not have inherited it";
+    EXPECT_FALSE(bank.proxyAn());
+}
+
+const Abschnitt abschnitte[] = {
+    {"keinHandy", {}, "", "Kein Handy am Kabel — USB-Debugging an?", SIGTERM},
+    {"nichtAutorisiert",
+     {"--stecken", "--ohne-debugging"},
+     "",
+     "Am Handy „USB-Debugging zulassen“ bestätigen",
+     SIGINT},
+    {"weitergabeAus",
+     {"--stecken", "--weitergabe-aus"},
+     "",
+     "In Mobilsteg: 2. oder 1. Klasse, Weitergabe an, Losfahren",
+     SIGHUP},
+    {"wartetAufHandy", {"--stecken"}, "", "Warte auf das Ja am Handy …", SIGTERM},
+    {"abgelehnt", {"--stecken"}, "ablehnen", "Am Handy abgelehnt", SIGTERM},
+    {"pruefung", {"--stecken", "--erlaubt"}, "proxy stumm", "Prüfe den Weg durch das Handy …", SIGTERM},
+    {"faehrt", {"--stecken", "--erlaubt"}, "", "Fährt mit", SIGTERM},
+};
+INSTANTIATE_TEST_SUITE_P(Ende, InJederPhase, testing::ValuesIn(abschnitte),
+                         [](const auto& fall) { return std::string(fall.param.name); });
+
+TEST(Ende, nachEinemAbschussRaeumtDerNaechsteStartDenProxyWegBevorDerErsteTaktEndet) {
+    Fahrtbank bank;
+    auto handy = bank.handy();
+    bank.starte();
+    bank.erwartePhase("Fährt mit");
+    ASSERT_TRUE(bank.proxyAn());
+    bank.programm->sende(SIGKILL);
+    bank.programm->warteAufEnde();
+    EXPECT_TRUE(bank.proxyAn()) << "a killed process cannot have taken it back";
+    handy->sage("weitergabe aus");
+    const std::string alterStand = bank.stand();
+    bank.starte();
+    ASSERT_TRUE(warteBis([&] { return bank.stand() != alterStand; }))
+        << "the document is written at a tick's end";
+    EXPECT_FALSE(bank.proxyAn());
+    EXPECT_EQ(bank.ordner.lies("/heim/Library/Preferences/de.mobilsteg.bordlotse.json").find("proxy.dienst"),
+              std::string::npos);
+}
+
+TEST(Ende, derStandImDienstIstDieDatei) {
+    Fahrtbank bank;
+    const auto handy = bank.handy();
+    bank.starte("mobilsteg-vpnlotse");
+    bank.erwartePhase("Fährt mit");
+    // A tick may pass between the two looks.
+    EXPECT_TRUE(warteBis([&] {
+        const std::string antwort = frage(1081, "GET /stand HTTP/1.1\r\nHost: x\r\n\r\n");
+        return antwort.ends_with("\r\n\r\n" + bank.stand());
+    }));
+    EXPECT_EQ(nlohmann::json::parse(bank.stand())["app"], "mobilsteg-vpnlotse");
+    EXPECT_EQ(
+        frage(1081, "OPTIONS /stand HTTP/1.1\r\n\r\n"),
+        "HTTP/1.1 204 No Content\r\nAccess-Control-Allow-Origin: *\r\nAccess-Control-Allow-Methods: GET, "
+        "OPTIONS\r\nAccess-Control-Allow-Headers: *\r\nAccess-Control-Allow-Private-Network: true\r\n"
+        "Content-Length: 0\r\nConnection: close\r\n\r\n");
+}
+
+TEST(Befehlszeile, sagtWasFalschIst) {
+    struct Fall {
+        std::vector<std::string> worte;
+        int status;
+        const char* text;
+    };
+    const Fall faelle[] = {
+        {{"--unsinn"}, 2, "Unbekannte Option: --unsinn"},
+        {{"--heim"}, 2, "--heim braucht einen Ordner"},
+        {{"--hilfe"}, 0, "--wurzel DIR"},
+        {{"--version"}, 0, "mobilsteg-bordlotse 1."},
+        {{}, 1, "--terminal"},
+    };
+    ::unsetenv("DISPLAY");
+    ::unsetenv("WAYLAND_DISPLAY");
+    ::unsetenv("QT_QPA_PLATFORM");
+    for (const auto& fall : faelle) {
+        const auto ergebnis = lauf(programmpfad("mobilsteg-bordlotse"), fall.worte, 10);
+        EXPECT_EQ(ergebnis.status, fall.status) << fall.text;
+        EXPECT_THAT(ergebnis.ausgabe + ergebnis.fehler, HasSubstr(fall.text));
+        EXPECT_EQ(ergebnis.fehler.empty(), fall.status == 0);
+    }
+}
+
+} // namespace

@@ -1,0 +1,245 @@
+#include "tests/fahrt/Fahrtbank.hpp"
+
+#include "plattform/Dateien.hpp"
+#include "plattform/Text.hpp"
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+namespace mobilsteg {
+
+namespace {
+
+sockaddr_in loopback(int port) {
+    sockaddr_in stelle{};
+    stelle.sin_family = AF_INET;
+    stelle.sin_port = htons(static_cast<std::uint16_t>(port));
+    stelle.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return stelle;
+}
+
+int horche(int port) {
+    const int nummer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int ja = 1;
+    ::setsockopt(nummer, SOL_SOCKET, SO_REUSEADDR, &ja, sizeof ja);
+    const auto stelle = loopback(port);
+    if (::bind(nummer, reinterpret_cast<const sockaddr*>(&stelle), sizeof stelle) != 0 ||
+        ::listen(nummer, 5) != 0) {
+        ::close(nummer);
+        return -1;
+    }
+    return nummer;
+}
+
+/// A port that nobody uses now; an adb server of the test will.
+int freierPort() {
+    const int nummer = horche(0);
+    sockaddr_in stelle{};
+    socklen_t laenge = sizeof stelle;
+    ::getsockname(nummer, reinterpret_cast<sockaddr*>(&stelle), &laenge);
+    ::close(nummer);
+    return ntohs(stelle.sin_port);
+}
+
+std::string hinter(const std::string& text, const std::string& marke) {
+    const auto stelle = text.find(marke);
+    if (stelle == std::string::npos)
+        return "";
+    const auto anfang = stelle + marke.size();
+    return text.substr(anfang, text.find('\n', anfang) - anfang);
+}
+
+} // namespace
+
+std::string programmpfad(const std::string& name) {
+    return BIN_ORDNER "/" + name;
+}
+
+bool warteBis(const std::function<bool()>& bedingung, double sekunden) {
+    const auto frist = std::chrono::steady_clock::now() + std::chrono::duration<double>(sekunden);
+    while (!bedingung()) {
+        if (std::chrono::steady_clock::now() > frist)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
+
+bool portFrei(int port) {
+    const int nummer = horche(port);
+    if (nummer >= 0)
+        ::close(nummer);
+    return nummer >= 0;
+}
+
+Portbesetzer::Portbesetzer(int port) : nummer_(horche(port)) {
+    EXPECT_GE(nummer_, 0) << "Port " << port << " ist schon belegt";
+}
+
+Portbesetzer::~Portbesetzer() {
+    ::close(nummer_);
+}
+
+std::string frage(int port, const std::string& bytes) {
+    const int nummer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const auto stelle = loopback(port);
+    std::string antwort;
+    if (::connect(nummer, reinterpret_cast<const sockaddr*>(&stelle), sizeof stelle) == 0 &&
+        ::send(nummer, bytes.data(), bytes.size(), MSG_NOSIGNAL) >= 0) {
+        char block[4096];
+        for (ssize_t n = 0; (n = ::recv(nummer, block, sizeof block, 0)) > 0;)
+            antwort.append(block, static_cast<std::size_t>(n));
+    }
+    ::close(nummer);
+    return antwort;
+}
+
+Programm::Programm(const std::vector<std::string>& worte, const std::string& ausgabe) {
+    int rohr[2];
+    EXPECT_EQ(::pipe2(rohr, O_CLOEXEC), 0);
+    std::vector<char*> argumente;
+    for (const auto& wort : worte)
+        argumente.push_back(const_cast<char*>(wort.c_str()));
+    argumente.push_back(nullptr);
+    nummer_ = ::fork();
+    if (nummer_ == 0) {
+        const int ziel = ::open(ausgabe.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+        ::dup2(rohr[0], STDIN_FILENO);
+        ::dup2(ziel, STDOUT_FILENO);
+        ::dup2(ziel, STDERR_FILENO);
+        ::close(ziel); // a program's own descriptors are what is tested
+        ::execv(argumente[0], argumente.data());
+        ::_exit(127);
+    }
+    ::close(rohr[0]);
+    eingabe_ = rohr[1];
+}
+
+Programm::~Programm() {
+    ::close(eingabe_);
+    if (!status_) {
+        sende(SIGKILL);
+        warteAufEnde();
+    }
+}
+
+void Programm::sende(int signal) const {
+    ::kill(nummer_, signal);
+}
+
+void Programm::tippe(const std::string& zeile) const {
+    const std::string bytes = zeile + "\n";
+    EXPECT_EQ(::write(eingabe_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+}
+
+std::optional<int> Programm::warteAufEnde(double sekunden) {
+    (void)warteBis(
+        [&] {
+            int lage = 0;
+            if (!status_ && ::waitpid(nummer_, &lage, WNOHANG) == nummer_)
+                status_ = WIFEXITED(lage) ? WEXITSTATUS(lage) : 128 + WTERMSIG(lage);
+            return status_.has_value();
+        },
+        sekunden);
+    return status_;
+}
+
+Probehandy::Probehandy(const std::string& ordner, const std::vector<std::string>& optionen) {
+    std::vector<std::string> worte = {
+        programmpfad("mobilsteg-probehandy"), "--port", "0", "--steuerport", "0", "--ordner", ordner};
+    worte.insert(worte.end(), optionen.begin(), optionen.end());
+    std::filesystem::create_directories(ordner);
+    const std::string ausgabe = ordner + "/ausgabe";
+    programm_ = std::make_unique<Programm>(worte, ausgabe);
+    EXPECT_TRUE(warteBis([&] {
+        const std::string text = liesDatei(ausgabe).value_or("");
+        adbPort_ = hinter(text, "probehandy: adb 127.0.0.1:");
+        steuerport_ = hinter(text, "probehandy: steuerung 127.0.0.1:");
+        return !steuerport_.empty();
+    })) << liesDatei(ausgabe).value_or("");
+}
+
+std::string Probehandy::sage(const std::string& befehl) const {
+    std::vector<std::string> worte = {"--sage", steuerport_};
+    for (const auto wort : teile(befehl, ' '))
+        worte.emplace_back(wort);
+    const auto ergebnis = lauf(programmpfad("mobilsteg-probehandy"), worte, 10);
+    EXPECT_EQ(ergebnis.status, 0) << befehl << ": " << ergebnis.ausgabe << ergebnis.fehler;
+    return ergebnis.ausgabe;
+}
+
+Fahrtbank::Fahrtbank() {
+    ::setenv("ANDROID_ADB_SERVER_PORT", std::to_string(freierPort()).c_str(), 1);
+    EXPECT_TRUE(portFrei(1080)) << "Port 1080 ist belegt: die Fahrt braucht ihn";
+    const auto aufbau = lauf("/bin/sh", {QUELL_ORDNER "/probe/mac/aufbauen", ordner.pfad() + "/mac"}, 10);
+    EXPECT_EQ(aufbau.status, 0) << aufbau.fehler;
+    adbPfad_ = ordner.pfad() + "/mac/opt/homebrew/bin/adb";
+    for (const char* kennung : {"bordlotse", "vpnlotse"})
+        ordner.lege(std::string("/heim/Library/Preferences/de.mobilsteg.") + kennung + ".json",
+                    R"({"profil":"reise","b2b.erklaert":true,"austritt.dienst":"http://austritt.probe/"})");
+}
+
+Fahrtbank::~Fahrtbank() {
+    programm.reset();
+    (void)lauf(adbPfad_, {"kill-server"}, 10);
+}
+
+std::unique_ptr<Probehandy> Fahrtbank::handy(std::vector<std::string> optionen) {
+    optionen.insert(optionen.end(), {"--adb-server", std::getenv("ANDROID_ADB_SERVER_PORT")});
+    (void)lauf(adbPfad_, {"start-server"}, 20);
+    return std::make_unique<Probehandy>(ordner.pfad() + "/handy" + std::to_string(++handys_), optionen);
+}
+
+void Fahrtbank::starte(const std::string& name) {
+    programm = std::make_unique<Programm>(std::vector<std::string>{programmpfad(name), "--terminal", "--heim",
+                                                                   ordner.pfad() + "/heim", "--wurzel",
+                                                                   ordner.pfad() + "/mac"},
+                                          ordner.pfad() + "/ausgabe");
+}
+
+void Fahrtbank::erwartePhase(const std::string& anfang, double sekunden) const {
+    EXPECT_TRUE(warteBis([&] { return hinter(stand(), "\"phase\": \"").starts_with(anfang); }, sekunden))
+        << "erwartet: " << anfang << "\n"
+        << stand() << protokoll() << ausgabe();
+}
+
+std::string Fahrtbank::stand() const {
+    return ordner.lies("/heim/Library/Application Support/Mobilsteg Bordlotse/stand.json");
+}
+
+std::string Fahrtbank::protokoll() const {
+    return ordner.lies("/heim/Library/Logs/MobilstegBordlotse.log");
+}
+
+int Fahrtbank::zeilenMit(const std::string& stueck) const {
+    int anzahl = 0;
+    const std::string text = protokoll();
+    for (const auto zeile : teile(text, '\n'))
+        anzahl += zeile.find(stueck) != std::string::npos ? 1 : 0;
+    return anzahl;
+}
+
+std::string Fahrtbank::adb(const std::vector<std::string>& worte) const {
+    return std::string(beschnitten(lauf(adbPfad_, worte, 20).ausgabe));
+}
+
+bool Fahrtbank::proxyAn(const std::string& dienst) const {
+    return lauf(ordner.pfad() + "/mac/usr/sbin/networksetup", {"-getsocksfirewallproxy", dienst}, 10)
+               .ausgabe.find("Enabled: Yes") != std::string::npos;
+}
+
+std::string Fahrtbank::ausgabe() const {
+    return ordner.lies("/ausgabe");
+}
+
+} // namespace mobilsteg

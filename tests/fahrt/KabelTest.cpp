@@ -1,0 +1,97 @@
+// The cable's ups and downs with the shipped program and the real adb.
+
+#include "tests/fahrt/Fahrtbank.hpp"
+
+#include <gmock/gmock.h>
+
+using namespace mobilsteg;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+TEST(Kabel, vonDerStrassensperreBisZurFahrtUndZurueck) {
+    Fahrtbank bank;
+    const auto handy = bank.handy({"--stecken", "--ohne-debugging", "--weitergabe-aus"});
+    bank.starte();
+    bank.erwartePhase("Am Handy „USB-Debugging zulassen“");
+    handy->sage("debugging an");
+    bank.erwartePhase("In Mobilsteg");
+    handy->sage("weitergabe an");
+    bank.erwartePhase("Warte auf das Ja");
+    handy->sage("erlauben");
+    bank.erwartePhase("Fährt mit");
+    EXPECT_THAT(bank.stand(), AllOf(HasSubstr(R"("austritt": "203.0.113.7")"), HasSubstr(R"("faehrt": true)"),
+                                    HasSubstr(R"("dienst": "Wi-Fi")")));
+    EXPECT_TRUE(bank.proxyAn());
+    EXPECT_THAT(handy->sage("zustand"), HasSubstr("austritt.probe")) << "the name is resolved on the phone";
+
+    handy->sage("ziehen");
+    bank.erwartePhase("Kein Handy am Kabel", 4); // within one tick
+    EXPECT_FALSE(bank.proxyAn());
+    EXPECT_EQ(bank.adb({"forward", "--list"}), "");
+    bank.programm->tippe("beenden");
+    EXPECT_EQ(bank.programm->warteAufEnde(), 0);
+    EXPECT_EQ(bank.zeilenMit("Signal"), 0);
+    EXPECT_THAT(bank.ausgabe(), HasSubstr("Samsung Galaxy S23"));
+}
+
+TEST(Kabel, ausweichportWennJemandAuf8080Sitzt) {
+    Fahrtbank bank;
+    const Portbesetzer jemand(8080);
+    const auto handy = bank.handy();
+    bank.starte();
+    bank.erwartePhase("Fährt mit");
+    EXPECT_THAT(bank.adb({"forward", "--list"}),
+                AllOf(HasSubstr("tcp:18080 tcp:8080"), Not(HasSubstr("tcp:8080 tcp:8080"))));
+    EXPECT_EQ(bank.zeilenMit("Gästeseite lokal auf Port 18080 (8080 belegt)"), 1);
+}
+
+TEST(Kabel, anderesHandyBekommtNeueForwardsUndSeinenNamen) {
+    Fahrtbank bank;
+    const auto erstes = bank.handy();
+    bank.starte();
+    bank.erwartePhase("Fährt mit");
+    erstes->sage("ziehen");
+    const auto zweites = bank.handy({"--stecken", "--erlaubt", "--modell", "Pixel_8"});
+    EXPECT_TRUE(warteBis([&] { return bank.stand().find(zweites->serial()) != std::string::npos; }))
+        << bank.stand();
+    bank.erwartePhase("Fährt mit");
+    EXPECT_THAT(bank.adb({"forward", "--list"}),
+                AllOf(HasSubstr(zweites->serial() + " tcp:1080 tcp:1080"), Not(HasSubstr(erstes->serial()))));
+    EXPECT_TRUE(warteBis([&] { return bank.ausgabe().find("Google Pixel-8") != std::string::npos; }));
+}
+
+TEST(Kabel, weitergabeAusUndKaputterProxy) {
+    Fahrtbank bank;
+    const auto handy = bank.handy();
+    handy->sage("proxy kaputt");
+    bank.starte();
+    bank.erwartePhase("Der Proxy des Handys antwortet nicht");
+    EXPECT_FALSE(bank.proxyAn());
+    handy->sage("proxy heil");
+    bank.erwartePhase("Fährt mit");
+    handy->sage("weitergabe aus");
+    bank.erwartePhase("In Mobilsteg", 5);
+    EXPECT_FALSE(bank.proxyAn());
+    handy->sage("weitergabe an");
+    bank.erwartePhase("Fährt mit");
+    EXPECT_TRUE(bank.proxyAn());
+}
+
+TEST(Kabel, einNeuerAdbServerReisstNurKurzHeraus) {
+    Fahrtbank bank;
+    const auto handy = bank.handy();
+    bank.starte();
+    bank.erwartePhase("Fährt mit");
+    (void)bank.adb({"kill-server"}); // all forwards are gone with it
+    bank.erwartePhase("Kein Handy am Kabel", 10);
+    EXPECT_FALSE(bank.proxyAn());
+    handy->sage("ziehen hart");
+    handy->sage("stecken");
+    bank.erwartePhase("Fährt mit");
+    EXPECT_TRUE(bank.proxyAn());
+}
+
+} // namespace
