@@ -52,10 +52,13 @@ void Bedienpult::bediene(const Aktion& aktion) {
     case Bedienung::beenden:
         return beenden_();
     case Bedienung::volltunnel:
+        return kabel_.setzeVolltunnelAn(an);
     case Bedienung::vpnDurch:
+        return kabel_.setzeVpnDurch(an);
     case Bedienung::nurVPN:
+        return kabel_.setzeNurVPN(an);
     case Bedienung::browser:
-        return; // no panel shows these yet
+        return; // no panel shows it yet
     }
 }
 

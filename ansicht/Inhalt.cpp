@@ -66,6 +66,12 @@ Baum einfacheBedienung(const Zustand& z) {
         return b;
     if (!z.profilIstVpn() && z.volltunnelLaeuft)
         b.emplace_back(Zeile{"Volltunnel", "aktiv — alles fährt mit"});
+    if (z.profilIstVpn()) {
+        b.emplace_back(
+            Schalter{Bedienung::volltunnel, "Funkloch-Schutz (Volltunnel, Admin-Passwort)", z.volltunnelAn});
+        b.emplace_back(
+            Schalter{Bedienung::nurVPN, "Nur den VPN durchs Handy — alles andere direkt", z.nurVPN});
+    }
     return b;
 }
 
@@ -93,6 +99,22 @@ Baum messung(const Zustand& z) {
     return b;
 }
 
+Baum tunnelbedienung(const Zustand& z) {
+    Baum b;
+    b.emplace_back(Schalter{Bedienung::volltunnel, "Volltunnel: alles vom Mac durchs Handy (Admin-Passwort)",
+                            z.volltunnelAn});
+    b.emplace_back(Zeile{"Volltunnel", z.volltunnelLaeuft ? "aktiv — Standardroute über utun" : "aus"});
+    b.emplace_back(Schalter{Bedienung::vpnDurch,
+                            "VPNs durch das Handy (Tailscale, Firmen-VPN) — sonst direkt", z.vpnDurch});
+    b.emplace_back(
+        Schalter{Bedienung::nurVPN, "Nur VPNs durchs Handy (Standardroute bleibt, Rest direkt)", z.nurVPN});
+    b.emplace_back(
+        fussnote("An: VPN-Clients fahren gebündelt mit und überleben Funklöcher; Screen Sharing über "
+                 "Tailscale läuft dann auch durchs Handy. Aus: Tailscale & Co. gehen direkt über das "
+                 "WLAN."));
+    return b;
+}
+
 Baum expertenblock(const Zustand& z) {
     Baum b;
     b.emplace_back(Trenner{});
@@ -101,9 +123,13 @@ Baum expertenblock(const Zustand& z) {
     fuegeAn(b, messung(z));
     b.emplace_back(Schalter{Bedienung::automatisch, "System-Proxy automatisch setzen", z.proxyAutomatisch});
     b.emplace_back(knopf(Bedienung::proxy, z.proxyGesetzt ? "Proxy entfernen" : "Proxy jetzt setzen"));
-    b.emplace_back(Zeile{"Volltunnel", z.volltunnelLaeuft ? "aktiv — Standardroute über utun" : "aus"});
+    fuegeAn(b, tunnelbedienung(z));
     b.emplace_back(
         fussnote("Protokoll: ~/Library/Logs/MobilstegBordlotse.log · Zustand: 127.0.0.1:1081/stand"));
+    b.emplace_back(Wahl{Bedienung::profil,
+                        "Profil",
+                        {{"reise", "Reise (Bordlotse)"}, {"vpn", "Firmen-VPN (VPN-Lotse)"}},
+                        z.profil});
     return b;
 }
 

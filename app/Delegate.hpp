@@ -1,6 +1,8 @@
 #pragma once
 
 #include "plattform/AsioSchlange.hpp"
+#include "plattform/Dialog.hpp"
+#include "plattform/Einstellungen.hpp"
 #include "plattform/Signale.hpp"
 
 #include <functional>
@@ -15,9 +17,10 @@ class Kabel;
 class Delegate {
 public:
     /// `beende` ends the process with a status and does not return.
-    explicit Delegate(std::function<void(int)> beende);
+    Delegate(Einstellungen& einstellungen, Dialog& dialog, std::function<void(int)> beende);
 
-    /// Main queue, once: the signals' handling, then the controller's clock.
+    /// Main queue, once: the first start's questions, the signals' handling, then the controller's clock.
+    /// Blocks until the questions are answered.
     void applicationDidFinishLaunching();
 
     /// Any queue but the controller's: takes everything back and returns when that is done. The second call,
@@ -27,6 +30,8 @@ public:
 private:
     void beendeNachSignal(int signal);
 
+    Einstellungen& einstellungen_;
+    Dialog& dialog_;
     std::function<void(int)> beende_;
     std::mutex einmal_;
     bool aufgeraeumt_ = false;

@@ -15,13 +15,13 @@ Orte orte(const Befehlszeile& zeile) {
 } // namespace
 
 MobilstegBordlotseApp::MobilstegBordlotseApp(const Befehlszeile& zeile, const std::string& kennung,
-                                             Schlange& haupt)
+                                             Schlange& haupt, Dialog& dialog)
     : orte_(orte(zeile)), buendel_(ordnerBuendel(kennung, eigenesProgramm())),
       einstellungen_(orte_.imHeim("/Library/Preferences/" + kennung + ".json")) {
-    Kabel::richteEin([this, &haupt] { return baueKabel(haupt); });
+    Kabel::richteEin([this, &haupt, &dialog] { return baueKabel(haupt, dialog); });
 }
 
-std::unique_ptr<Kabel> MobilstegBordlotseApp::baueKabel(Schlange& haupt) {
+std::unique_ptr<Kabel> MobilstegBordlotseApp::baueKabel(Schlange& haupt, Dialog& dialog) {
     const auto abbruch = [](const std::string& warum) {
         // On the work queue: take everything back first, so that even a wrong number leaves no proxy behind.
         Kabel& kabel = Kabel::gemeinsam();
@@ -30,8 +30,9 @@ std::unique_ptr<Kabel> MobilstegBordlotseApp::baueKabel(Schlange& haupt) {
         std::fprintf(stderr, "Programmierfehler: %s\n", warum.c_str());
         std::abort();
     };
-    return std::make_unique<Kabel>(Kabel::Anschluesse{haupt, takt_, uhr_, lauf, http_, einstellungen_,
-                                                      standdienst_, buendel_, orte_, rechnername(), abbruch});
+    return std::make_unique<Kabel>(Kabel::Anschluesse{haupt, takt_, volltunnelQ_, uhr_, lauf, http_,
+                                                      einstellungen_, standdienst_, skript_, dialog, buendel_,
+                                                      orte_, rechnername(), abbruch});
 }
 
 // No flushing either: whoever prints flushes at once, and a stalled reader of our output could hold us here.

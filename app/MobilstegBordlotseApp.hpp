@@ -5,6 +5,7 @@
 #include "kabel/Kabel.hpp"
 #include "plattform/AsioSchlange.hpp"
 #include "plattform/probe/DateiEinstellungen.hpp"
+#include "plattform/probe/OsascriptSkript.hpp"
 #include "standdienst/Standdienst.hpp"
 
 #include <memory>
@@ -15,22 +16,26 @@ namespace mobilsteg {
 /// The program put together: makes every adapter, hands them to the one controller, and outlives it.
 class MobilstegBordlotseApp {
 public:
-    /// `haupt` is the main queue, which the front brings.
-    MobilstegBordlotseApp(const Befehlszeile& zeile, const std::string& kennung, Schlange& haupt);
+    /// `haupt` is the main queue; the front brings it and the dialogs.
+    MobilstegBordlotseApp(const Befehlszeile& zeile, const std::string& kennung, Schlange& haupt,
+                          Dialog& dialog);
 
     [[nodiscard]] Kabel& kabel() { return Kabel::gemeinsam(); }
+    [[nodiscard]] Einstellungen& einstellungen() { return einstellungen_; }
 
 private:
-    [[nodiscard]] std::unique_ptr<Kabel> baueKabel(Schlange& haupt);
+    [[nodiscard]] std::unique_ptr<Kabel> baueKabel(Schlange& haupt, Dialog& dialog);
 
     Orte orte_;
     Buendel buendel_;
     Systemuhr uhr_;
     DateiEinstellungen einstellungen_;
     CurlHttp http_;
+    OsascriptSkript skript_{orte_};
     AsioSchlange standQ_{"standdienst"};
     Standdienst standdienst_{standQ_};
     AsioSchlange takt_{"kabel.takt"};
+    AsioSchlange volltunnelQ_{"volltunnel.start"};
 };
 
 /// Runs the program in the terminal until its user or a signal ends it; returns the exit status.

@@ -3,24 +3,29 @@
 #include "ansicht/Tafel.hpp"
 #include "ansicht/terminal/Befehle.hpp"
 #include "ansicht/terminal/Eingabe.hpp"
+#include "ansicht/terminal/Terminaldialog.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "app/Delegate.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
 
 #include <cstdio>
+#include <optional>
 
 namespace mobilsteg {
 
 int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
     AsioSchlange haupt("haupt", AsioSchlange::Faden::rufer);
-    MobilstegBordlotseApp app(zeile, kennung, haupt);
+    std::function<void(const std::string&)> befehl;
+    Eingabe eingabe(haupt, [&](const std::string& befehlszeile) { befehl(befehlszeile); });
+    Terminaldialog dialog(stdout, eingabe);
+    MobilstegBordlotseApp app(zeile, kennung, haupt, dialog);
     Kabel& kabel = app.kabel();
     const bool bundleB2B = kabel.variante().bundleB2B();
 
     Terminaltafel terminal(stdout);
-    Tafel tafel(kabel.aushang(), bundleB2B, [&](const Baum& baum) { terminal.zeichne(baum); });
+    std::optional<Tafel> tafel;
     Bedienpult pult(kabel, [&] { haupt.halt(); });
-    Eingabe eingabe(haupt, [&](const std::string& befehlszeile) {
+    befehl = [&](const std::string& befehlszeile) {
         if (befehlszeile.empty())
             return;
         // Not the drawn tree: two lines may come before it is drawn again.
@@ -29,11 +34,14 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
             pult.bediene(*verstanden.aktion);
         else
             terminal.sage(verstanden.antwort);
-    });
+    };
 
-    Delegate delegate(beendeProzess);
+    Delegate delegate(app.einstellungen(), dialog, beendeProzess);
+    haupt.async([&] {
+        delegate.applicationDidFinishLaunching();
+        tafel.emplace(kabel.aushang(), bundleB2B, [&](const Baum& baum) { terminal.zeichne(baum); });
+    });
     eingabe.beginne();
-    haupt.async([&] { delegate.applicationDidFinishLaunching(); });
     haupt.laufe();
 
     delegate.applicationWillTerminate();

@@ -28,8 +28,10 @@ void Kabel::start() {
 }
 
 void Kabel::raeumeUebriggebliebenesWeg() {
-    if (!aufgeraeumt_)
-        proxy_.nimmUebriggebliebenenWeg();
+    if (aufgeraeumt_)
+        return;
+    proxy_.nimmUebriggebliebenenWeg();
+    tunnel_.nimmUebriggebliebenenWeg();
 }
 
 void Kabel::schritt() {
@@ -128,6 +130,7 @@ void Kabel::verloren() {
 
 void Kabel::aufraeumen() {
     aufgeraeumt_ = true;
+    tunnel_.gibAuf();
     volltunnelWeg();
     proxyWeg();
     verbindung_.baueAb();
@@ -152,8 +155,9 @@ void Kabel::schreibeStand(const Phase& phase, const std::optional<Antwort>& antw
     angaben.id = id_;
     angaben.name = a_.rechnername;
     angaben.proxyGesetzt = proxy_.gesetzt();
-    angaben.vpnDurch = vpnDurchIntern_;
-    angaben.nurVPN = nurVPNIntern_;
+    angaben.volltunnel = tunnel_.laeuft();
+    angaben.vpnDurch = tunnel_.wunsch.vpnDurch;
+    angaben.nurVPN = tunnel_.wunsch.nurVPN;
     angaben.proxyAutomatisch = proxyAutomatisch_;
     angaben.dienst = proxy_.dienst().value_or("");
     angaben.adb = verbindung_.adbPfad().value_or("");

@@ -10,7 +10,10 @@
 #include "kabel/Verbindung.hpp"
 #include "netz/ProxySteuerung.hpp"
 #include "netz/Variante.hpp"
+#include "netz/VolltunnelSteuerung.hpp"
+#include "plattform/Adminskript.hpp"
 #include "plattform/Buendel.hpp"
+#include "plattform/Dialog.hpp"
 #include "plattform/Einstellungen.hpp"
 #include "plattform/Orte.hpp"
 #include "plattform/Schlange.hpp"
@@ -35,12 +38,15 @@ public:
     /// What the controller is handed. All references outlive it.
     struct Anschluesse {
         Schlange& haupt;
-        Schlange& q; ///< "kabel.takt"
+        Schlange& q;           ///< "kabel.takt"
+        Schlange& volltunnelQ; ///< "volltunnel.start": only the full tunnel's blocking start
         Uhr& uhr;
         Laeufer laeufer;
         Http& http;
         Einstellungen& einstellungen;
         Standausgabe& standdienst;
+        Adminskript& skript;
+        Dialog& dialog;
         Buendel buendel;
         Orte orte;
         std::string rechnername;
@@ -71,6 +77,14 @@ public:
     void setzeProxyAutomatisch(bool an);
     void setzeExperte(bool an);
     void setzeProfil(const std::string& profil);
+
+    /// The first activation asks back and blocks until that is answered.
+    void setzeVolltunnelAn(bool an);
+    void setzeVpnDurch(bool an);
+    void setzeNurVPN(bool an);
+
+    /// Takes profile and tunnel switches over as they are stored; a switch that is not stored counts as off.
+    void profilUebernehmen();
     void setzeBrowserHinweisWeg(bool weg);
 
     // --- what others read --------------------------------------------------------------------------------
@@ -99,10 +113,13 @@ private:
     void proxyAn();
     void proxyWeg();
 
+    void volltunnelNachziehen();
+    void volltunnelNeuStarten();
+    void volltunnelGestartet(const Tunnelauftrag& auftrag, const std::optional<std::string>& grund);
+    void volltunnelWeg();
+    void volltunnelPruefen();
+
     // Steps whose work is not built yet; they do nothing.
-    void volltunnelNachziehen() {}
-    void volltunnelWeg() {}
-    void volltunnelPruefen() {}
     void messeVerbindungen() {}
     void vpnsLesen() {}
     void browserLesen() {}
@@ -110,6 +127,8 @@ private:
 
     // On the main queue.
     void rotiere();
+    void volltunnelAnGeaendert(bool alt);
+    void schalteVolltunnelAus(bool speichern);
 
     [[nodiscard]] static Zustand anfangszustand(const Einstellungen& einstellungen, const Variante& variante);
 
@@ -123,18 +142,20 @@ private:
     // On q only.
     Verbindung verbindung_;
     ProxySteuerung proxy_;
+    VolltunnelSteuerung tunnel_;
     Anzeige anzeige_;
     Phase phaseIntern_;
     std::optional<Antwort> letzteAntwort_; // valid only in the tick that fetched it
     std::vector<std::string> vpnZieleIntern_;
     bool experteIntern_;
-    bool vpnDurchIntern_;
-    bool nurVPNIntern_;
     std::int64_t tick_ = 0;
     bool aufgeraeumt_ = false;
 
     std::atomic<bool> proxyAutomatisch_; // read on q, written on the main queue
-    std::uint64_t rotation_ = 0;         // main queue only
+
+    // On the main queue only.
+    std::uint64_t rotation_ = 0;
+    bool volltunnelOhneSpeichern_ = false;
 
     Wecker anzeigetakt_;
     Wecker takt_;

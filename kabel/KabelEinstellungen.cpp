@@ -49,9 +49,10 @@ Kabel::Kabel(Anschluesse anschluesse)
       aushang_(a_.haupt, anfangszustand(a_.einstellungen, variante_)),
       verbindung_(Adb(a_.laeufer, a_.orte, a_.buendel.ressourcen), a_.laeufer,
                   Handy(a_.http, austrittsdienst(a_.einstellungen))),
-      proxy_(SystemProxy(a_.laeufer, a_.orte, a_.einstellungen)), experteIntern_(aushang_.zustand().experte),
-      vpnDurchIntern_(aushang_.zustand().vpnDurch), nurVPNIntern_(aushang_.zustand().nurVPN),
-      proxyAutomatisch_(aushang_.zustand().proxyAutomatisch) {}
+      proxy_(SystemProxy(a_.laeufer, a_.orte, a_.einstellungen)),
+      tunnel_({a_.haupt, a_.uhr, a_.skript, variante_, a_.buendel.ressourcen, a_.orte},
+              {aushang_.zustand().volltunnelAn, aushang_.zustand().vpnDurch, aushang_.zustand().nurVPN}),
+      experteIntern_(aushang_.zustand().experte), proxyAutomatisch_(aushang_.zustand().proxyAutomatisch) {}
 
 void Kabel::setzeProxyAutomatisch(bool an) {
     aushang_.aendere([&](Zustand& z) { z.proxyAutomatisch = an; });
@@ -68,6 +69,22 @@ void Kabel::setzeExperte(bool an) {
 void Kabel::setzeProfil(const std::string& profil) {
     aushang_.aendere([&](Zustand& z) { z.profil = profil; });
     a_.einstellungen.setzeText("profil", profil);
+}
+
+void Kabel::profilUebernehmen() {
+    const auto gespeichert = [this](const char* name) {
+        return a_.einstellungen.flagge(name).value_or(false);
+    };
+    const bool an = gespeichert("volltunnel");
+    const bool vpnDurch = gespeichert("vpnDurch");
+    const bool nurVPN = gespeichert("nurVPN");
+    if (aushang_.zustand().volltunnelAn != an)
+        setzeVolltunnelAn(an);
+    if (aushang_.zustand().vpnDurch != vpnDurch)
+        setzeVpnDurch(vpnDurch);
+    if (aushang_.zustand().nurVPN != nurVPN)
+        setzeNurVPN(nurVPN);
+    setzeProfil(a_.einstellungen.text("profil").value_or(aushang_.zustand().profil));
 }
 
 void Kabel::setzeBrowserHinweisWeg(bool weg) {

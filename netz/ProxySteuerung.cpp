@@ -29,4 +29,8 @@ void ProxySteuerung::nimmUebriggebliebenenWeg() {
         (void)proxy_.entfernen(*gemerkt);
 }
 
+std::string ProxySteuerung::dienstFuerTunnel() const {
+    return dienst_ ? *dienst_ : proxy_.dienst().value_or("Wi-Fi");
+}
+
 } // namespace mobilsteg

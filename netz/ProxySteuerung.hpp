@@ -37,6 +37,9 @@ public:
     /// The service on which this run last set the proxy; stays after it was taken away.
     [[nodiscard]] const std::optional<std::string>& dienst() const { return dienst_; }
 
+    /// The service that a full tunnel is to take over: the proxy's, else the default route's, else "Wi-Fi".
+    [[nodiscard]] std::string dienstFuerTunnel() const;
+
 private:
     SystemProxy proxy_;
     bool gesetzt_ = false;

@@ -23,6 +23,9 @@ public:
     /// The active variant; asks the settings each time.
     [[nodiscard]] Art aktuell() const;
 
+    /// Why the full tunnel needs the administrator's password, for the system's dialog.
+    [[nodiscard]] std::string adminGrund() const;
+
     /// The edition's name as the user reads it.
     [[nodiscard]] std::string anzeigename() const;
 

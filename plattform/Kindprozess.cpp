@@ -15,6 +15,7 @@ extern "C" { // glibc 2.36 forgot it in its header
 
 #include <cerrno>
 #include <csignal>
+#include <system_error>
 #include <thread>
 
 extern char** environ; // NOLINT(readability-redundant-declaration): macOS declares it nowhere
@@ -60,17 +61,23 @@ Deskriptor endeMelder(pid_t nummer) {
 /// What the child does between its birth and the tool's first instruction.
 class Startplan {
 public:
-    Startplan(int ausgabe, int fehler) {
+    Startplan(int eingabe, int ausgabe, int fehler) {
         ::posix_spawn_file_actions_init(&griffe_);
         ::posix_spawnattr_init(&eigenschaften_);
-        ::posix_spawn_file_actions_adddup2(&griffe_, ausgabe, STDOUT_FILENO);
+        if (eingabe >= 0)
+            ::posix_spawn_file_actions_adddup2(&griffe_, eingabe, STDIN_FILENO);
+        if (ausgabe >= 0)
+            ::posix_spawn_file_actions_adddup2(&griffe_, ausgabe, STDOUT_FILENO);
+        else
+            ::posix_spawn_file_actions_addopen(&griffe_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         ::posix_spawn_file_actions_adddup2(&griffe_, fehler, STDERR_FILENO);
         short merkmale = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
         // Close-on-exec marks are ours; this catches what a library opened without one. An adb server that
         // the tool leaves behind would otherwise hold our ports and pipes for days.
 #ifdef __APPLE__
         merkmale |= POSIX_SPAWN_CLOEXEC_DEFAULT;
-        ::posix_spawn_file_actions_addinherit_np(&griffe_, STDIN_FILENO);
+        if (eingabe < 0)
+            ::posix_spawn_file_actions_addinherit_np(&griffe_, STDIN_FILENO);
 #else
         ::posix_spawn_file_actions_addclosefrom_np(&griffe_, STDERR_FILENO + 1);
 #endif
@@ -109,7 +116,8 @@ Startversuch misslungen(const std::string& programm, int nummer) {
 
 } // namespace
 
-Startversuch starteProzess(const std::string& programm, const std::vector<std::string>& argumente) {
+Startversuch starteProzess(const std::string& programm, const std::vector<std::string>& argumente,
+                           const Startwunsch& wunsch) {
     auto ausgabe = neuesRohr();
     auto fehler = ausgabe ? neuesRohr() : std::nullopt;
     if (!fehler)
@@ -122,7 +130,8 @@ Startversuch starteProzess(const std::string& programm, const std::vector<std::s
         worte.push_back(const_cast<char*>(argument.c_str()));
     worte.push_back(nullptr);
 
-    const Startplan plan(ausgabe->schreiben.nummer(), fehler->schreiben.nummer());
+    const Startplan plan(wunsch.eingabe, wunsch.ohneAusgabe ? -1 : ausgabe->schreiben.nummer(),
+                         fehler->schreiben.nummer());
     pid_t nummer = -1;
     const int ergebnis =
         ::posix_spawn(&nummer, programm.c_str(), plan.griffe(), plan.eigenschaften(), worte.data(), environ);
@@ -132,7 +141,8 @@ Startversuch starteProzess(const std::string& programm, const std::vector<std::s
     Startversuch versuch;
     versuch.kind.emplace();
     versuch.kind->nummer = nummer;
-    versuch.kind->ausgabe = std::move(ausgabe->lesen);
+    if (!wunsch.ohneAusgabe)
+        versuch.kind->ausgabe = std::move(ausgabe->lesen);
     versuch.kind->fehler = std::move(fehler->lesen);
     versuch.kind->ende = endeMelder(nummer);
     return versuch;
@@ -148,6 +158,22 @@ void Kindprozess::bitteUmEnde() const {
     ::kill(nummer, SIGTERM);
 }
 
+namespace {
+
+int alsStatus(int lage) {
+    return WIFSIGNALED(lage) ? WTERMSIG(lage) : WEXITSTATUS(lage);
+}
+
+} // namespace
+
+int Kindprozess::warteUndErnte() {
+    int lage = 0;
+    while (::waitpid(nummer, &lage, 0) < 0)
+        if (errno != EINTR)
+            return -1;
+    return alsStatus(lage);
+}
+
 std::optional<int> Kindprozess::ernte() {
     int lage = 0;
     pid_t fertig = 0;
@@ -155,12 +181,16 @@ std::optional<int> Kindprozess::ernte() {
         fertig = ::waitpid(nummer, &lage, WNOHANG);
     } while (fertig < 0 && errno == EINTR);
     if (fertig == 0) {
-        std::thread([zurueckgelassen = nummer] { ::waitpid(zurueckgelassen, nullptr, 0); }).detach();
+        try {
+            std::thread([zurueckgelassen = nummer] { ::waitpid(zurueckgelassen, nullptr, 0); }).detach();
+        } catch (const std::system_error&) {
+            // No thread to be had just now: it stays a zombie until this program ends, which harms nobody.
+        }
         return std::nullopt;
     }
     if (fertig < 0)
         return -1; // somebody else reaped it: there is no status to be had
-    return WIFSIGNALED(lage) ? WTERMSIG(lage) : WEXITSTATUS(lage);
+    return alsStatus(lage);
 }
 
 } // namespace mobilsteg

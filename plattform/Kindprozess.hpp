@@ -26,6 +26,9 @@ struct Kindprozess {
     /// Sends SIGTERM. Only while it is unreaped.
     void bitteUmEnde() const;
 
+    /// Waits for its end, however long, and reaps it: exit code, or the number of the signal that ended it.
+    [[nodiscard]] int warteUndErnte();
+
     /// Reaps it: exit code, or the number of the signal that ended it. Absent while it still runs; then it
     /// is reaped on a thread of its own whenever it ends.
     [[nodiscard]] std::optional<int> ernte();
@@ -37,8 +40,14 @@ struct Startversuch {
     std::string grund; ///< German, only without `kind`
 };
 
+/// Standard streams other than the usual ones.
+struct Startwunsch {
+    int eingabe = -1;         ///< a descriptor to read from; -1: standard input is inherited
+    bool ohneAusgabe = false; ///< standard output goes nowhere, and its read end is missing
+};
+
 /// Starts `programm` (absolute path, no search, no shell) with `argumente` as they are. Does not block.
-[[nodiscard]] Startversuch starteProzess(const std::string& programm,
-                                         const std::vector<std::string>& argumente);
+[[nodiscard]] Startversuch starteProzess(const std::string& programm, const std::vector<std::string>& argumente,
+                                         const Startwunsch& wunsch = {});
 
 } // namespace mobilsteg

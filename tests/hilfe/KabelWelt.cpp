@@ -1,6 +1,9 @@
 #include "tests/hilfe/KabelWelt.hpp"
 
+#include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -9,6 +12,7 @@ namespace mobilsteg {
 
 KabelWelt::KabelWelt(std::uint64_t samen) : welt(samen) {
     ordner.lege("/wurzel/opt/homebrew/bin/adb", "#!", true);
+    ordner.lege("/Resources/mobilsteg-volltunnel", "#!", true);
 }
 
 KabelWelt::~KabelWelt() {
@@ -19,11 +23,11 @@ Kabel& KabelWelt::baue() {
     q = &welt.schlange("kabel.takt");
     const auto laeufer = [this](const std::string& programm, const std::vector<std::string>& argumente,
                                 double) { return werkzeug(programm, argumente); };
-    const Buendel buendel{buendelkennung, std::nullopt, "1.0", "1"};
+    const Buendel buendel{buendelkennung, ordner.pfad() + "/Resources", "1.0", "1"};
     const Orte orte{ordner.pfad() + "/heim", ordner.pfad() + "/wurzel"};
-    kabel = std::make_unique<Kabel>(
-        Kabel::Anschluesse{haupt, *q, welt.uhr(), laeufer, *this, einstellungen, standdienst, buendel, orte,
-                           "Testmac", [this](const std::string& warum) { abgebrochen = warum; }});
+    kabel = std::make_unique<Kabel>(Kabel::Anschluesse{
+        haupt, *q, welt.schlange("volltunnel.start"), welt.uhr(), laeufer, *this, einstellungen, standdienst,
+        skript, dialog, buendel, orte, "Testmac", [this](const std::string& warum) { abgebrochen = warum; }});
     return *kabel;
 }
 
@@ -105,6 +109,62 @@ Ergebnis KabelWelt::networksetup(const std::vector<std::string>& worte) {
     if (worte.front() == "-setsocksfirewallproxystate")
         socksAn[worte.at(1)] = worte.at(2) == "on";
     return {0, "", ""};
+}
+
+std::string KabelWelt::stoppPfad() const {
+    return ordner.pfad() + "/heim/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp";
+}
+
+std::optional<Skriptfehler> KabelWelt::skript_(const std::string& quelle) {
+    EXPECT_TRUE(haupt.istHier()) << "the platform runs scripts on the main thread only";
+    skripte.push_back(quelle);
+    if (tunnel.passwort > Dauer{})
+        welt.uhr().schlafe(tunnel.passwort);
+    if (tunnel.skriptfehler)
+        return tunnel.skriptfehler;
+    meisteHelfer = std::max(meisteHelfer, ++helfer);
+    helferLebt(welt.jetzt() + tunnel.bisLaeuft);
+    return std::nullopt;
+}
+
+/// A helper of its own, looking at the files ten times a second as the real one does.
+void KabelWelt::helferLebt(Dauer bereitAb) {
+    const auto art = tunnel;
+    const auto platz = helferleben.size();
+    auto leben = [this, art, bereitAb, platz] {
+        const bool gerufen = existiert(stoppPfad());
+        if (!gerufen && art.zurueckgebaut && welt.jetzt() >= bereitAb)
+            schreibeAtomar(stoppPfad() + ".fehler", *art.zurueckgebaut, Haltbarkeit::fluechtig);
+        if (gerufen || (art.zurueckgebaut && welt.jetzt() >= bereitAb)) {
+            std::filesystem::remove(stoppPfad() + ".laeuft");
+            --helfer;
+            helferleben[platz].reset();
+        } else if (!art.stumm && welt.jetzt() >= bereitAb && !existiert(stoppPfad() + ".laeuft")) {
+            schreibeAtomar(stoppPfad() + ".laeuft", "", Haltbarkeit::fluechtig);
+        }
+    };
+    helferleben.push_back(welt.schlange("helfer").wiederhole(std::chrono::milliseconds(50),
+                                                             std::chrono::milliseconds(100), leben));
+}
+
+void KabelWelt::helferBautZurueck(const std::string& grund) {
+    helferleben.back().reset();
+    --helfer;
+    if (!grund.empty())
+        schreibeAtomar(stoppPfad() + ".fehler", grund, Haltbarkeit::fluechtig);
+    std::filesystem::remove(stoppPfad() + ".laeuft");
+}
+
+int KabelWelt::frage_(const Frage& frage) {
+    EXPECT_TRUE(haupt.istHier());
+    fragen.push_back(frage.nachricht);
+    if (antworten.empty()) {
+        ADD_FAILURE() << "unerwartete Frage: " << frage.nachricht;
+        return -1;
+    }
+    const int antwort = antworten.front();
+    antworten.erase(antworten.begin());
+    return antwort;
 }
 
 const Modellhandy* KabelWelt::handyHinter(int port) const {

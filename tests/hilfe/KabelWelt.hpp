@@ -26,6 +26,15 @@ struct Modellhandy {
     std::string status;                                    ///< JSON of the answer's status; empty: none
 };
 
+/// What the user at the password dialog and the helper behind it do.
+struct Modelltunnel {
+    Dauer passwort{};                          ///< how long the dialog stands open
+    std::optional<Skriptfehler> skriptfehler;  ///< what the script ends with instead
+    Dauer bisLaeuft = std::chrono::seconds(1); ///< how long the helper needs to come up
+    std::optional<std::string> zurueckgebaut;  ///< it gives up with that reason instead of coming up
+    bool stumm = false;                        ///< it never reports
+};
+
 /// The real controller over a small model of adb, phones and the Mac's tools, all in virtual time.
 class KabelWelt : public Http {
 public:
@@ -57,12 +66,18 @@ public:
     Dauer dauerHttp{};              ///< how long each request takes
     std::string buendelkennung = "de.mobilsteg.bordlotse";
     std::function<void(const std::string&)> vorWerkzeug; ///< told of each call before it acts
+    Modelltunnel tunnel;
+    std::vector<int> antworten; ///< to the coming questions; one more question fails the test
 
     // What the world looks like.
     std::map<int, std::string> forwards;  ///< local port → serial
     std::map<std::string, bool> socksAn;  ///< network service → proxy on
     std::vector<std::string> aufrufe;     ///< every tool call, its name and arguments
     std::vector<std::string> anmeldungen; ///< bodies of the registrations
+    std::vector<std::string> skripte;     ///< every AppleScript source that was run
+    std::vector<std::string> fragen;      ///< every question's first line
+    int helfer = 0;                       ///< helpers that live now
+    int meisteHelfer = 0;                 ///< at the same time, ever
     std::string abgebrochen;              ///< the programming error that ended the program
 
     Ordner ordner;
@@ -70,6 +85,7 @@ public:
     SpeicherEinstellungen einstellungen;
     Schlange& haupt = welt.schlange("haupt");
     Schlange* q = nullptr;
+    std::vector<Wecker> helferleben;
     std::unique_ptr<Kabel> kabel;
 
     /// The status service's side.
@@ -80,6 +96,24 @@ public:
         std::string dokument = "{}";
     } standdienst;
 
+    struct Skript final : Adminskript {
+        explicit Skript(KabelWelt& w) : welt(w) {}
+        std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override {
+            return welt.skript_(quelle);
+        }
+        KabelWelt& welt;
+    } skript{*this};
+
+    struct Fragender final : Dialog {
+        explicit Fragender(KabelWelt& w) : welt(w) {}
+        int frage(const Frage& f) override { return welt.frage_(f); }
+        KabelWelt& welt;
+    } dialog{*this};
+
+    /// The helper goes by itself and leaves that reason; empty: none.
+    void helferBautZurueck(const std::string& grund);
+    [[nodiscard]] std::string stoppPfad() const;
+
     // The phone's side.
     [[nodiscard]] std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
 
@@ -87,6 +121,9 @@ private:
     Ergebnis werkzeug(const std::string& programm, const std::vector<std::string>& argumente);
     Ergebnis adb(const std::vector<std::string>& worte);
     Ergebnis networksetup(const std::vector<std::string>& worte);
+    std::optional<Skriptfehler> skript_(const std::string& quelle);
+    int frage_(const Frage& frage);
+    void helferLebt(Dauer bereitAb);
     [[nodiscard]] const Modellhandy* handyHinter(int port) const;
 };
 

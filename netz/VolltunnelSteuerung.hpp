@@ -1,0 +1,63 @@
+#pragma once
+
+#include "netz/Volltunnel.hpp"
+
+#include <optional>
+#include <string>
+
+namespace mobilsteg {
+
+/// Decides when the full tunnel starts and stops: holds the wish, the flags, and whether a start is under
+/// way. Work queue only, but for `fuehreAus`.
+class VolltunnelSteuerung {
+public:
+    struct Wunsch {
+        bool an = false;
+        bool vpnDurch = false;
+        bool nurVPN = false;
+    };
+
+    VolltunnelSteuerung(Volltunnel::Anschluesse anschluesse, Wunsch wunsch);
+
+    Wunsch wunsch;
+
+    /// Whether a start is due: it is wished, the path is proven, none is under way, and no helper lives, not
+    /// even one that has not yet followed the request to go.
+    [[nodiscard]] bool startFaellig(bool bewiesen) const;
+
+    /// Marks a start as under way, and says what it is to be started with.
+    [[nodiscard]] Tunnelauftrag beginne(const std::string& dienst);
+
+    /// The start itself, on the queue "volltunnel.start"; blocks as `Volltunnel::start` does.
+    [[nodiscard]] std::optional<std::string> fuehreAus(const Tunnelauftrag& auftrag) {
+        return volltunnel_.start(auftrag);
+    }
+
+    /// The start has ended. `gelungen`: the helper came up. Returns whether it runs now.
+    bool beendeStart(bool gelungen);
+
+    /// Whether a running tunnel is not what is wanted now: the world may have changed while it was starting.
+    [[nodiscard]] bool ueberholt(const Tunnelauftrag& auftrag, bool bewiesen) const;
+
+    /// At the program's start: stops a helper that an earlier run left.
+    void nimmUebriggebliebenenWeg() { volltunnel_.stoppeUebriggebliebenen(); }
+
+    /// Stops a helper, also one that an earlier run left. False: there was none. Blocks for up to 10 s.
+    bool nimmWeg();
+
+    /// The program ends: a helper that is only just coming up must find the request to go.
+    void gibAuf();
+
+    /// Whether the helper has gone by itself since the last look; if so, it is stopped in form and its reason
+    /// (empty if it left none) is returned.
+    [[nodiscard]] std::optional<std::string> zurueckgebaut();
+
+    [[nodiscard]] bool laeuft() const { return volltunnel_.laeuft(); }
+    [[nodiscard]] const Volltunnel& volltunnel() const { return volltunnel_; }
+
+private:
+    Volltunnel volltunnel_;
+    bool startet_ = false;
+};
+
+} // namespace mobilsteg

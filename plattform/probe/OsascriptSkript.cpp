@@ -1,0 +1,88 @@
+#include "plattform/probe/OsascriptSkript.hpp"
+
+#include "plattform/Dateien.hpp"
+#include "plattform/Kindprozess.hpp"
+#include "plattform/Text.hpp"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <filesystem>
+
+namespace mobilsteg {
+
+namespace {
+
+/// A file without a name that holds the source, at its beginning.
+Deskriptor alsEingabe(const std::string& quelle) {
+    std::error_code egal;
+    std::string name = (std::filesystem::temp_directory_path(egal) / "bordlotse-XXXXXX").string();
+    Deskriptor datei(::mkostemp(name.data(), O_CLOEXEC));
+    if (!datei)
+        return {};
+    ::unlink(name.c_str());
+    const auto laenge = static_cast<ssize_t>(quelle.size());
+    if (::pwrite(datei.nummer(), quelle.data(), quelle.size(), 0) != laenge)
+        return {};
+    return datei;
+}
+
+/// Reads to the end; a dialog may stand open for hours meanwhile.
+std::string allesAus(const Deskriptor& rohr) {
+    std::string bytes;
+    std::array<char, 4096> block{};
+    while (true) {
+        pollfd fall{rohr.nummer(), POLLIN, 0};
+        ::poll(&fall, 1, -1);
+        const ssize_t n = ::read(rohr.nummer(), block.data(), block.size());
+        if (n > 0)
+            bytes.append(block.data(), static_cast<std::size_t>(n));
+        else if (n == 0 || (errno != EINTR && errno != EAGAIN))
+            return bytes;
+    }
+}
+
+} // namespace
+
+std::optional<Skriptfehler> OsascriptSkript::fuehreAus(const std::string& quelle) {
+    const Skriptfehler nichtGebaut{true, 0, std::nullopt};
+    const Deskriptor eingabe = alsEingabe(quelle);
+    if (!eingabe)
+        return nichtGebaut;
+    Startversuch versuch =
+        starteProzess(orte_.imSystem("/usr/bin/osascript"), {"-"}, {eingabe.nummer(), true});
+    if (!versuch.kind)
+        return nichtGebaut;
+    const std::string fehler = allesAus(versuch.kind->fehler);
+    if (versuch.kind->warteUndErnte() == 0)
+        return std::nullopt;
+    return lies(alsUtf8(fehler));
+}
+
+Skriptfehler OsascriptSkript::lies(std::string_view fehlerausgabe) {
+    constexpr std::string_view marke = "execution error: ";
+    Skriptfehler fehler;
+    const auto zeilen = teile(beschnitten(fehlerausgabe), '\n');
+    const auto zeile = zeilen.empty() ? std::string_view() : beschnitten(zeilen.back());
+    const auto anfang = zeile.find(marke);
+    const auto klammer = zeile.rfind('(');
+    if (anfang == std::string_view::npos || klammer == std::string_view::npos || !zeile.ends_with(')') ||
+        klammer < anfang + marke.size())
+        return fehler;
+    const auto zahl = zeile.substr(klammer + 1, zeile.size() - klammer - 2);
+    int nummer = 0;
+    if (std::from_chars(zahl.data(), zahl.data() + zahl.size(), nummer).ptr != zahl.data() + zahl.size())
+        return fehler;
+    fehler.nummer = nummer;
+    const auto meldung = beschnitten(zeile.substr(anfang + marke.size(), klammer - anfang - marke.size()));
+    if (!meldung.empty())
+        fehler.meldung = std::string(meldung);
+    return fehler;
+}
+
+} // namespace mobilsteg
