@@ -7,6 +7,8 @@ fahrt=$hier/bau/fahrt
 mac=$fahrt/mac
 heim=$fahrt/heim
 stand="$heim/Library/Application Support/Mobilsteg Bordlotse/stand.json"
+programm=$bin/mobilsteg-${AUSGABE:=bordlotse}
+stopp="$heim/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp"
 handy_pid=""
 
 meldung() { printf '» %s\n' "$*"; }
@@ -19,9 +21,10 @@ bereite_vor() {
     rm -rf "$fahrt"
     mkdir -p "$heim/Library/Preferences" "$fahrt/handy"
     "$hier/probe/mac/aufbauen" "$mac"
-    # No question at the start, and the exit address from the simulated phone instead of the internet.
-    echo '{ "profil": "reise", "austritt.dienst": "http://austritt.probe/" }' \
-        >"$heim/Library/Preferences/de.mobilsteg.bordlotse.json"
+    # The exit address from the simulated phone instead of the internet; the travel edition asks nothing at the start.
+    [ "$AUSGABE" = bordlotse ] && profil='"profil": "reise", ' || profil=""
+    [ "${GERAET:-nein}" = ja ] && dienst='' || dienst='"austritt.dienst": "http://austritt.probe/", '
+    echo "{ $profil$dienst\"proxy.automatisch\": true }" >"$heim/Library/Preferences/de.mobilsteg.$AUSGABE.json"
     [ -x "$mac/opt/homebrew/bin/adb" ] || fehler "adb ist nicht installiert"
     adb=$mac/opt/homebrew/bin/adb
     if [ "${GERAET:-nein}" = nein ]; then
