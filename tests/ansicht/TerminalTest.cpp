@@ -1,0 +1,72 @@
+#include "ansicht/Inhalt.hpp"
+#include "ansicht/terminal/Befehle.hpp"
+#include "ansicht/terminal/Terminaltafel.hpp"
+
+#include <gmock/gmock.h>
+
+using namespace mobilsteg;
+using testing::HasSubstr;
+
+namespace {
+
+TEST(Terminaltafel, einBlockMitGemeinsamerSpalteUndBefehlen) {
+    Zustand z;
+    z.phase = Phase::proxyFehler("zwei\nZeilen \x1b[31m");
+    z.handy = "Pixel";
+    EXPECT_EQ(alsText(inhalt(z, false), false),
+              "● Mobilsteg Bordlotse\n"
+              "zwei Zeilen  [31m\n"
+              "────────────────────────────────────────────────────────────\n"
+              "Handy         Pixel\n"
+              "Klasse        —\n"
+              "Durchs Handy  —\n"
+              "[ ] Expertenmodus   [Beenden]\n"
+              "────────────────────────────────────────────────────────────\n"
+              "> experte an  Expertenmodus\n"
+              "> beenden     Beenden\n");
+}
+
+TEST(Befehle, verstehenNurWasDasFeldZeigt) {
+    Zustand reise;
+    Zustand experte;
+    experte.experte = true;
+    Zustand vpn;
+    vpn.profil = "vpn";
+    struct Fall {
+        const Zustand* zustand;
+        const char* zeile;
+        std::optional<Aktion> aktion;
+        const char* antwort;
+    };
+    const Fall faelle[] = {
+        {&reise, "experte an", Aktion{Bedienung::experte, "an"}, ""},
+        {&reise, "  beenden\t", Aktion{Bedienung::beenden, ""}, ""},
+        {&reise, "proxy", {}, "„proxy“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht"},
+        {&reise,
+         "volltunnel an",
+         {},
+         "„volltunnel an“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht"},
+        {&reise, "experte aus", {}, "„experte aus“ gilt schon"},
+        {&reise, "experte", {}, "So geht der Befehl: experte an|aus"},
+        {&reise, "beenden jetzt", {}, "So geht der Befehl: beenden"},
+        {&reise, "hinweis weg", {}, "„hinweis weg“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht"},
+        {&reise, "Experte an", {}, "Unbekannter Befehl: „Experte an“"},
+        {&experte, "proxy", Aktion{Bedienung::proxy, ""}, ""},
+        {&experte, "automatisch aus", Aktion{Bedienung::automatisch, "aus"}, ""},
+        {&experte, "vpn-durch an", Aktion{Bedienung::vpnDurch, "an"}, ""},
+        {&experte, "profil   vpn", Aktion{Bedienung::profil, "vpn"}, ""},
+        {&experte, "profil firma", {}, "So geht der Befehl: profil reise|vpn"},
+        {&vpn, "nur-vpn an", Aktion{Bedienung::nurVPN, "an"}, ""},
+        {&vpn, "vpn-durch an", {}, "„vpn-durch an“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht"},
+    };
+    for (const auto& f : faelle) {
+        const auto verstanden = verstehe(f.zeile, inhalt(*f.zustand, false));
+        EXPECT_EQ(verstanden.aktion, f.aktion) << f.zeile;
+        EXPECT_EQ(verstanden.antwort, f.antwort) << f.zeile;
+        if (f.aktion) { // every command that is listed is understood
+            EXPECT_THAT(alsText(inhalt(*f.zustand, false), false), HasSubstr("> " + befehl(*f.aktion)));
+        }
+    }
+}
+
+} // namespace
