@@ -201,9 +201,18 @@ std::unique_ptr<Probehandy> Fahrtbank::handy(std::vector<std::string> optionen) 
 }
 
 void Fahrtbank::starte(const std::string& name) {
-    programm = std::make_unique<Programm>(std::vector<std::string>{programmpfad(name), "--terminal", "--heim",
-                                                                   ordner.pfad() + "/heim", "--wurzel",
-                                                                   ordner.pfad() + "/mac"},
+    // A package of its own, so that what lies in the build folder's resources makes no difference.
+    namespace fs = std::filesystem;
+    const fs::path bin = ordner.pfad() + "/bin";
+    fs::create_directories(bin);
+    if (!fs::exists(bin / name))
+        fs::copy_file(programmpfad(name), bin / name);
+    fs::create_directories(ordner.pfad() + "/Resources");
+    fs::copy_file(QUELL_ORDNER "/probe/tunnel/mobilsteg-volltunnel",
+                  ordner.pfad() + "/Resources/mobilsteg-volltunnel", fs::copy_options::skip_existing);
+    programm = std::make_unique<Programm>(std::vector<std::string>{(bin / name).string(), "--terminal",
+                                                                   "--heim", ordner.pfad() + "/heim",
+                                                                   "--wurzel", ordner.pfad() + "/mac"},
                                           ordner.pfad() + "/ausgabe");
 }
 
