@@ -58,8 +58,14 @@ void Bedienpult::bediene(const Aktion& aktion) {
     case Bedienung::nurVPN:
         return kabel_.setzeNurVPN(an);
     case Bedienung::browser:
-        return; // no panel shows it yet
+        return oeffneBrowser(aktion.wert);
     }
+}
+
+void Bedienpult::oeffneBrowser(const std::string& name) {
+    for (const auto& fund : kabel_.aushang().zustand().browserOhne)
+        if (fund.name == name)
+            return kabel_.fahrtwindHinzufuegen(fund);
 }
 
 } // namespace mobilsteg

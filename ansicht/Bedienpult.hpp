@@ -28,6 +28,8 @@ public:
     void bediene(const Aktion& aktion);
 
 private:
+    void oeffneBrowser(const std::string& name);
+
     Kabel& kabel_;
     std::function<void()> beenden_;
 };

@@ -141,6 +141,8 @@ Baum inhalt(const Zustand& z, bool bundleB2B) {
     fuegeAn(b, einfacheBedienung(z));
     if (!z.meldung.empty())
         b.emplace_back(Satz{z.meldung, Schrift::klein, Farbe::sekundaer});
+    if (!z.profilIstVpn() && !z.browserOhne.empty() && !z.browserHinweisWeg)
+        fuegeAn(b, browserHinweis(z));
     if (z.experte)
         fuegeAn(b, expertenblock(z));
     b.emplace_back(Reihe{

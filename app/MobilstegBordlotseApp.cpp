@@ -30,9 +30,11 @@ std::unique_ptr<Kabel> MobilstegBordlotseApp::baueKabel(Schlange& haupt, Dialog&
         std::fprintf(stderr, "Programmierfehler: %s\n", warum.c_str());
         std::abort();
     };
+    const auto finden = [this] { return browser_.finden(); };
+    const auto oeffnen = [this](const BrowserFund& fund) { browser_.hinzufuegen(fund); };
     return std::make_unique<Kabel>(Kabel::Anschluesse{haupt, takt_, volltunnelQ_, uhr_, lauf, http_,
-                                                      einstellungen_, standdienst_, skript_, dialog, buendel_,
-                                                      orte_, rechnername(), abbruch});
+                                                      einstellungen_, standdienst_, skript_, dialog, finden,
+                                                      oeffnen, buendel_, orte_, rechnername(), abbruch});
 }
 
 // No flushing either: whoever prints flushes at once, and a stalled reader of our output could hold us here.

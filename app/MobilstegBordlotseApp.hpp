@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ansicht/Browser.hpp"
 #include "app/Befehlszeile.hpp"
 #include "handy/CurlHttp.hpp"
 #include "kabel/Kabel.hpp"
@@ -32,6 +33,7 @@ private:
     DateiEinstellungen einstellungen_;
     CurlHttp http_;
     OsascriptSkript skript_{orte_};
+    Browser browser_{lauf, orte_, einstellungen_};
     AsioSchlange standQ_{"standdienst"};
     Standdienst standdienst_{standQ_};
     AsioSchlange takt_{"kabel.takt"};

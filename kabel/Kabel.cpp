@@ -74,7 +74,7 @@ void Kabel::schrittInnen() {
 
     for (const auto& zeile : verbindung_.leiteWeiter())
         protokoll(zeile);
-    letzteAntwort_ = verbindung_.meldeAn(id_, a_.rechnername, vpnZieleIntern_);
+    letzteAntwort_ = verbindung_.meldeAn(id_, a_.rechnername, erhebung_.ziele());
     if (!letzteAntwort_)
         return verliere(Phase::Art::weitergabeAus);
     zeigeStatus(*letzteAntwort_);

@@ -4,10 +4,12 @@
 #include "handy/Lauf.hpp"
 #include "kabel/Anzeige.hpp"
 #include "kabel/Aushang.hpp"
+#include "kabel/Berichte.hpp"
 #include "kabel/Phase.hpp"
 #include "kabel/Protokoll.hpp"
 #include "kabel/Stand.hpp"
 #include "kabel/Verbindung.hpp"
+#include "netz/Erhebung.hpp"
 #include "netz/ProxySteuerung.hpp"
 #include "netz/Variante.hpp"
 #include "netz/VolltunnelSteuerung.hpp"
@@ -47,6 +49,8 @@ public:
         Standausgabe& standdienst;
         Adminskript& skript;
         Dialog& dialog;
+        std::function<std::vector<BrowserFund>()> browserFinden; ///< every installed one
+        std::function<void(const BrowserFund&)> browserOeffnen;  ///< at the extension's page; blocks
         Buendel buendel;
         Orte orte;
         std::string rechnername;
@@ -87,6 +91,9 @@ public:
     void profilUebernehmen();
     void setzeBrowserHinweisWeg(bool weg);
 
+    /// Opens the extension's page in that browser.
+    void fahrtwindHinzufuegen(const BrowserFund& fund);
+
     // --- what others read --------------------------------------------------------------------------------
 
     [[nodiscard]] Schlange& q() { return a_.q; }
@@ -119,11 +126,10 @@ private:
     void volltunnelWeg();
     void volltunnelPruefen();
 
-    // Steps whose work is not built yet; they do nothing.
-    void messeVerbindungen() {}
-    void vpnsLesen() {}
-    void browserLesen() {}
-    void berichteSenden() {}
+    void messeVerbindungen();
+    void vpnsLesen();
+    void browserLesen();
+    void berichteSenden();
 
     // On the main queue.
     void rotiere();
@@ -143,10 +149,11 @@ private:
     Verbindung verbindung_;
     ProxySteuerung proxy_;
     VolltunnelSteuerung tunnel_;
+    Erhebung erhebung_;
+    Berichte berichte_;
     Anzeige anzeige_;
     Phase phaseIntern_;
     std::optional<Antwort> letzteAntwort_; // valid only in the tick that fetched it
-    std::vector<std::string> vpnZieleIntern_;
     bool experteIntern_;
     std::int64_t tick_ = 0;
     bool aufgeraeumt_ = false;

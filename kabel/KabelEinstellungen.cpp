@@ -52,6 +52,10 @@ Kabel::Kabel(Anschluesse anschluesse)
       proxy_(SystemProxy(a_.laeufer, a_.orte, a_.einstellungen)),
       tunnel_({a_.haupt, a_.uhr, a_.skript, variante_, a_.buendel.ressourcen, a_.orte},
               {aushang_.zustand().volltunnelAn, aushang_.zustand().vpnDurch, aushang_.zustand().nurVPN}),
+      erhebung_(a_.laeufer, a_.orte, tunnel_.volltunnel().stoppPfad() + ".vpns.json"),
+      berichte_(a_.laeufer, a_.orte, a_.einstellungen,
+                {{"mac-bordlotse.log", protokoll_.pfad()},
+                 {"mac-volltunnel.log", tunnel_.volltunnel().protokollPfad()}}),
       experteIntern_(aushang_.zustand().experte), proxyAutomatisch_(aushang_.zustand().proxyAutomatisch) {}
 
 void Kabel::setzeProxyAutomatisch(bool an) {

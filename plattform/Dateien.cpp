@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -49,8 +50,12 @@ std::optional<std::string> liesDatei(const std::string& pfad) {
     // Non-blocking, so that a pipe lying about under that name cannot hold the caller for ever.
     const Deskriptor datei(::open(pfad.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat lage {};
-    if (!datei || ::fstat(datei.nummer(), &lage) != 0 || !S_ISREG(lage.st_mode))
+    if (!datei || ::fstat(datei.nummer(), &lage) != 0)
         return std::nullopt;
+    if (!S_ISREG(lage.st_mode)) {
+        errno = EINVAL;
+        return std::nullopt;
+    }
     std::string inhalt(static_cast<std::size_t>(lage.st_size), '\0');
     std::size_t gelesen = 0;
     while (true) {
@@ -67,6 +72,29 @@ std::optional<std::string> liesDatei(const std::string& pfad) {
     }
     inhalt.resize(gelesen);
     return inhalt;
+}
+
+std::optional<Dateiende> liesEnde(const std::string& pfad, std::int64_t von, std::int64_t hoechstens) {
+    const Deskriptor datei(::open(pfad.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat lage {};
+    if (!datei || ::fstat(datei.nummer(), &lage) != 0 || !S_ISREG(lage.st_mode))
+        return std::nullopt;
+    Dateiende ende;
+    ende.laenge = lage.st_size;
+    std::int64_t stelle = std::max({von, ende.laenge - hoechstens, std::int64_t{0}});
+    while (stelle < ende.laenge) {
+        char block[65536];
+        const auto rest =
+            static_cast<std::size_t>(std::min<std::int64_t>(ende.laenge - stelle, sizeof block));
+        const ssize_t n = ::pread(datei.nummer(), block, rest, stelle);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return std::nullopt; // truncated under our hands: the next look finds its true length
+        ende.bytes.append(block, static_cast<std::size_t>(n));
+        stelle += n;
+    }
+    return ende;
 }
 
 bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit) {

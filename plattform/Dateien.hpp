@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,8 +31,19 @@ enum class Haltbarkeit {
 
 // All of these block on the disk only and may be called on any queue.
 
-/// The whole file as bytes; absent when it cannot be read.
+/// The whole file as bytes; absent when it cannot be read: `errno` tells why.
 [[nodiscard]] std::optional<std::string> liesDatei(const std::string& pfad);
+
+/// A file's last part, and how long the whole was then.
+struct Dateiende {
+    std::string bytes;
+    std::int64_t laenge = 0;
+};
+
+/// The bytes from the offset `von` on, but at most the last `hoechstens` of them; no more is read than that.
+/// Absent when the file cannot be read.
+[[nodiscard]] std::optional<Dateiende> liesEnde(const std::string& pfad, std::int64_t von,
+                                                std::int64_t hoechstens);
 
 /// Replaces the file in one step; readers see the old or the new content. False: the old one stands.
 bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit);

@@ -25,9 +25,11 @@ Kabel& KabelWelt::baue() {
                                 double) { return werkzeug(programm, argumente); };
     const Buendel buendel{buendelkennung, ordner.pfad() + "/Resources", "1.0", "1"};
     const Orte orte{ordner.pfad() + "/heim", ordner.pfad() + "/wurzel"};
-    kabel = std::make_unique<Kabel>(Kabel::Anschluesse{
-        haupt, *q, welt.schlange("volltunnel.start"), welt.uhr(), laeufer, *this, einstellungen, standdienst,
-        skript, dialog, buendel, orte, "Testmac", [this](const std::string& warum) { abgebrochen = warum; }});
+    kabel = std::make_unique<Kabel>(
+        Kabel::Anschluesse{haupt, *q, welt.schlange("volltunnel.start"), welt.uhr(), laeufer, *this,
+                           einstellungen, standdienst, skript, dialog, [this] { return browser; },
+                           [this](const BrowserFund& fund) { geoeffnet.push_back(fund.name); }, buendel, orte,
+                           "Testmac", [this](const std::string& warum) { abgebrochen = warum; }});
     return *kabel;
 }
 
@@ -75,6 +77,8 @@ Ergebnis KabelWelt::werkzeug(const std::string& programm, const std::vector<std:
         return schnittstelle.empty()
                    ? Ergebnis{0, "", "route: writing to routing socket: not in table\n"}
                    : Ergebnis{0, "    gateway: 10.0.0.1\n  interface: " + schnittstelle + "\n", ""};
+    if (const auto text = ausgaben.find(name); text != ausgaben.end())
+        return {0, text->second, ""};
     return {-1, "", programm + ": Datei oder Ordner nicht gefunden"};
 }
 
@@ -190,6 +194,10 @@ std::optional<HttpErgebnis> KabelWelt::hole(const HttpAnfrage& anfrage) {
         handyHinter(kabel ? std::atoi(anfrage.url.c_str() + std::string("http://127.0.0.1:").size()) : 0);
     if (handy == nullptr)
         return std::nullopt;
+    if (const auto bericht = anfrage.url.find("/api/bericht?name="); bericht != std::string::npos) {
+        berichte.emplace_back(anfrage.url.substr(bericht + 18), anfrage.koerper);
+        return HttpErgebnis{nimmtBerichte ? 200 : 503, ""};
+    }
     anmeldungen.push_back(anfrage.koerper);
     return HttpErgebnis{200, R"({"app":"mobilsteg","proxy_port":1080,"kabel":{},"zustand":")" +
                                  handy->entscheid + "\"" +

@@ -67,18 +67,23 @@ public:
     std::string buendelkennung = "de.mobilsteg.bordlotse";
     std::function<void(const std::string&)> vorWerkzeug; ///< told of each call before it acts
     Modelltunnel tunnel;
+    std::map<std::string, std::string> ausgaben; ///< what other tools print; those missing here are missing
+    std::vector<BrowserFund> browser;            ///< as they are found
+    bool nimmtBerichte = true;
     std::vector<int> antworten; ///< to the coming questions; one more question fails the test
 
     // What the world looks like.
-    std::map<int, std::string> forwards;  ///< local port → serial
-    std::map<std::string, bool> socksAn;  ///< network service → proxy on
-    std::vector<std::string> aufrufe;     ///< every tool call, its name and arguments
-    std::vector<std::string> anmeldungen; ///< bodies of the registrations
-    std::vector<std::string> skripte;     ///< every AppleScript source that was run
-    std::vector<std::string> fragen;      ///< every question's first line
-    int helfer = 0;                       ///< helpers that live now
-    int meisteHelfer = 0;                 ///< at the same time, ever
-    std::string abgebrochen;              ///< the programming error that ended the program
+    std::map<int, std::string> forwards;                       ///< local port → serial
+    std::map<std::string, bool> socksAn;                       ///< network service → proxy on
+    std::vector<std::string> aufrufe;                          ///< every tool call, its name and arguments
+    std::vector<std::string> anmeldungen;                      ///< bodies of the registrations
+    std::vector<std::string> skripte;                          ///< every AppleScript source that was run
+    std::vector<std::string> fragen;                           ///< every question's first line
+    int helfer = 0;                                            ///< helpers that live now
+    int meisteHelfer = 0;                                      ///< at the same time, ever
+    std::vector<std::string> geoeffnet;                        ///< browsers opened at the extension's page
+    std::vector<std::pair<std::string, std::string>> berichte; ///< uploads: encoded name and body
+    std::string abgebrochen; ///< the programming error that ended the program
 
     Ordner ordner;
     VirtuelleWelt welt;

@@ -1,0 +1,255 @@
+// What the controller looks at every n-th tick: VPNs, connections, browsers; and the reports that it sends.
+
+#include "plattform/Dateien.hpp"
+#include "tests/hilfe/KabelWelt.hpp"
+
+#include <gmock/gmock.h>
+
+using namespace mobilsteg;
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::Pair;
+
+namespace {
+
+constexpr const char* nc = "* (Connected)    1 VPN (x) \"Firma (Zürich)\"  [VPN:x]\n"
+                           "* (Connected)    2 VPN (x) \"Firma\"\n"
+                           "* (Disconnected) 3 IPSec   \"Aus\"\n"
+                           "* (Connected)    4 VPN (io.TAILSCALE.ipn) \"TS\"\n"
+                           "* (Connected)    5 ohne Namen\n* (Connected) 6 \"offen\n";
+
+TEST(Erhebung, vpnsAusTunnelberichtUndSystem) {
+    KabelWelt w;
+    w.buendelkennung = "de.mobilsteg.vpnlotse";
+    w.einstellungen.werte = {{"volltunnel.erklaert", true}};
+    w.handys = {Modellhandy{}};
+    w.ausgaben = {{"scutil", nc}, {"pgrep", "4711\n"}};
+    w.starte();
+    w.laufeBisSekunde(2.5);
+    ASSERT_TRUE(w.zustand().volltunnelLaeuft);
+    schreibeAtomar(
+        w.stoppPfad() + ".vpns.json",
+        R"J({"vpns":[{"dienst":"Firma (Büro)","server":"10.1.2.3"},{"server":"10.0.0.9"},{"dienst":"X"},
+                   {"dienst":"Y","server":"2001:db8::1"},{"dienst":"Z","server":"10.1.2.3"}]})J",
+        Haltbarkeit::fluechtig);
+    w.laufeBisSekunde(4);
+    EXPECT_THAT(w.zustand().vpnsGesichert, ElementsAre("Firma (Büro) · 10.1.2.3", "VPN · 10.0.0.9", "X",
+                                                       "Y · 2001:db8::1", "Z · 10.1.2.3"));
+    EXPECT_THAT(w.zustand().vpnsOffen, ElementsAre("Firma (Zürich)", "OpenVPN"))
+        << "„Firma“ is known as secured";
+    w.laufeBisSekunde(6.5);
+    EXPECT_THAT(w.anmeldungen.back(), HasSubstr(R"("vpn":["10.0.0.9","10.1.2.3"])"));
+
+    schreibeAtomar(w.stoppPfad() + ".vpns.json", R"({"vpns":[{"dienst":5}]})", Haltbarkeit::fluechtig);
+    w.ausgaben.clear();
+    w.laufeBisSekunde(10);
+    EXPECT_THAT(w.zustand().vpnsGesichert, IsEmpty());
+    EXPECT_THAT(w.zustand().vpnsOffen, IsEmpty());
+}
+
+TEST(Erhebung, fremdeTexteJederArt) {
+    for (const char* bericht :
+         {"", "[]", "{", R"({"vpns":{}})", R"({"vpns":[1]})", R"({"vpns":[{"a":null}]})"})
+        EXPECT_THAT(Erhebung::liesTunnelbericht(bericht).eintraege, IsEmpty()) << bericht;
+    EXPECT_THAT(Erhebung::liste_ips({"A · 10.1.2.3", "B · vpn.firma.example.com", "10.0.0.1", "C",
+                                     "D · 1.2.3", "E · a · .1..2.3.4."}),
+                ElementsAre("10.1.2.3", "vpn.firma.example.com", "10.0.0.1", ".1..2.3.4."));
+}
+
+TEST(Erhebung, verbindungenZaehlen) {
+    const auto zeile = [](const std::string& programm, const std::string& ziel) {
+        return programm + "  1 anna 8u IPv4 0x1 0t0 TCP 192.0.2.1:5->" + ziel + " (ESTABLISHED)\n";
+    };
+    std::string lsof =
+        "COMMAND PID USER\n" + zeile("Google\\x20Chrome\\x20H", "127.0.0.1:1080") +
+        zeile("Mail", "198.51.100.1:993") + zeile("Mail", "[2001:db8::1]:993") +
+        zeile("ssh", "100.64.0.1:22") + zeile("node", "127.0.0.1:3000") +
+        zeile("MobilstegX", "198.51.100.1:1") + zeile("adb", "198.51.100.1:1") +
+        "kurz 1 2 3 4 5 6 ESTABLISHED\nMail 1 anna 8u IPv4 0x1 0t0 TCP 1:5->198.51.100.2:1 (CLOSE_WAIT)\n";
+    auto ergebnis = Erhebung::liesVerbindungen(lsof);
+    EXPECT_THAT(ergebnis.durch, ElementsAre("Google Chrome H (1)"));
+    EXPECT_THAT(ergebnis.vorbei, ElementsAre("Mail (2)"));
+    lsof.clear();
+    for (int programm = 0; programm < 10; ++programm)
+        for (int n = 0; n <= programm; ++n)
+            lsof += zeile("P" + std::to_string(programm), "198.51.100.1:1");
+    ergebnis = Erhebung::liesVerbindungen(lsof);
+    ASSERT_EQ(ergebnis.vorbei.size(), 8U);
+    EXPECT_EQ(ergebnis.vorbei.front(), "P9 (10)");
+    EXPECT_EQ(ergebnis.vorbei.back(), "P2 (3)");
+}
+
+TEST(Erhebung, nurWannSieGebrauchtWird) {
+    struct Fall {
+        const char* name;
+        bool vpn, experte, proxy;
+        int lsof, scutil; ///< within 30 ticks
+    };
+    const Fall faelle[] = {{"Reise", false, false, true, 0, 0},
+                           {"Experte", false, true, true, 6, 15},
+                           {"Experte ohne Proxy", false, true, false, 0, 15},
+                           {"VPN", true, false, true, 0, 15}};
+    for (const auto& fall : faelle) {
+        KabelWelt w;
+        w.einstellungen.werte = {{"profil", std::string(fall.vpn ? "vpn" : "reise")},
+                                 {"volltunnel", false},
+                                 {"experte", fall.experte},
+                                 {"proxy.automatisch", fall.proxy}};
+        w.handys = {Modellhandy{}};
+        w.starte();
+        w.laufeBisSekunde(0.2 + 29 * 3 + 1);
+        const auto mal = [&](const char* anfang) {
+            return std::count_if(w.aufrufe.begin(), w.aufrufe.end(),
+                                 [&](const auto& a) { return a.starts_with(anfang); });
+        };
+        EXPECT_EQ(mal("lsof"), fall.lsof) << fall.name;
+        EXPECT_EQ(mal("scutil"), fall.scutil) << fall.name;
+    }
+}
+
+TEST(Erhebung, browserBeimErstenUndJedemZehntenTakt) {
+    KabelWelt w;
+    w.starte();
+    w.browser = {{"Chrome", "c", true, "/c"}, {"Edge", "e", false, "/e"}};
+    w.laufeBisSekunde(0.5);
+    EXPECT_THAT(w.zustand().browserOhne, ElementsAre(w.browser[1]));
+    w.browser[0].fahrtwind = false;
+    w.laufeBisSekunde(29);
+    EXPECT_EQ(w.zustand().browserOhne.size(), 1U);
+    w.laufeBisSekunde(31);
+    EXPECT_EQ(w.zustand().browserOhne.size(), 2U);
+    w.haupt.sync([&] { w.kabel->fahrtwindHinzufuegen(w.browser[0]); });
+    w.welt.laufe({});
+    EXPECT_THAT(w.geoeffnet, ElementsAre("Chrome"));
+    EXPECT_THAT(w.protokoll(), Contains("fahrtwind: Store/Download in Chrome"));
+}
+
+// --- reports ---------------------------------------------------------------------------------------------
+
+std::string bericht(const KabelWelt& w, const std::string& name) {
+    std::string letzter;
+    for (const auto& [kodiert, inhalt] : w.berichte)
+        if (kodiert == name)
+            letzter = inhalt;
+    return letzter;
+}
+
+TEST(Berichte, jedenHundertstenTaktUndBeiAerger) {
+    KabelWelt w;
+    w.handys = {Modellhandy{}};
+    w.starte();
+    w.laufeBisSekunde(0.2 + 98 * 3 + 1);
+    EXPECT_THAT(w.berichte, IsEmpty());
+    w.laufeBisSekunde(0.2 + 99 * 3 + 1);
+    EXPECT_THAT(w.berichte, ElementsAre(Pair("mac%2Dbordlotse%2Elog", HasSubstr("Fährt mit\n")),
+                                        Pair("mac%2Ddiagnose%2Etxt", testing::_)));
+
+    KabelWelt aerger;
+    aerger.handys = {Modellhandy{}};
+    aerger.handys[0].austritt.reset();
+    aerger.starte();
+    aerger.laufeBisSekunde(1);
+    EXPECT_EQ(aerger.berichte.size(), 2U) << "once, after the tick";
+    aerger.laufeBisSekunde(4);
+    EXPECT_EQ(aerger.berichte.size(), 4U);
+    aerger.handys[0].teilt = false;
+    aerger.laufeBisSekunde(300);
+    EXPECT_EQ(aerger.berichte.size(), 4U) << "none without the phone's answer";
+}
+
+/// Lets the controller report once, by a proof that fails.
+void melde(KabelWelt& w) {
+    w.handys = {Modellhandy{}};
+    w.handys[0].austritt.reset();
+    w.welt.laufe(3s);
+    w.handys.clear();
+    w.welt.laufe(3s);
+}
+
+TEST(Berichte, protokolleInStuecken) {
+    KabelWelt w;
+    w.starte();
+    w.laufeBisSekunde(0.1);
+    const std::string pfad = "/heim/Library/Logs/MobilstegVolltunnel.log";
+    const auto stand = [&] { return w.einstellungen.tabelle("bericht.stand")->at("mac-volltunnel.log"); };
+    const auto kopf = [&](int ab) {
+        return "# mac-volltunnel.log ab Byte " + std::to_string(ab) + ", Testmac (" +
+               w.kabel->id().substr(0, 8) + "), Mobilsteg Bordlotse 1.0 (1)\n";
+    };
+    const std::string name = "mac%2Dvolltunnel%2Elog";
+
+    w.ordner.lege(pfad, "erste\n");
+    melde(w);
+    EXPECT_EQ(bericht(w, name), kopf(0) + "erste\n");
+    EXPECT_EQ(stand(), 6);
+    w.berichte.clear();
+    melde(w);
+    EXPECT_EQ(bericht(w, name), "") << "nothing new";
+
+    w.ordner.lege(pfad, "erste\nzwei\xC3"); // cut in the middle of a character: bytes are bytes
+    w.nimmtBerichte = false;
+    melde(w);
+    EXPECT_EQ(bericht(w, name), kopf(6) + "zwei\xC3");
+    EXPECT_EQ(stand(), 6) << "refused: the same again";
+    w.nimmtBerichte = true;
+    w.berichte.clear();
+    melde(w);
+    EXPECT_EQ(bericht(w, name), kopf(6) + "zwei\xC3");
+    EXPECT_EQ(stand(), 11);
+
+    w.ordner.lege(pfad, "neu\n");
+    w.berichte.clear();
+    melde(w);
+    EXPECT_EQ(bericht(w, name), "") << "truncated: nothing until it has outgrown the old count";
+    EXPECT_EQ(stand(), 11);
+
+    std::string langes(3'000'011, 'x');
+    langes.back() = '!';
+    w.ordner.lege(pfad, langes);
+    melde(w);
+    EXPECT_EQ(bericht(w, name), kopf(11) + langes.substr(langes.size() - 1'500'000));
+    EXPECT_EQ(stand(), 3'000'011);
+}
+
+TEST(Berichte, diagnose) {
+    KabelWelt w;
+    w.ausgaben = {{"netstat", "Internet:\ndefault 1\n127 2\n100.64.0.1/32 3\n10 4 utun3\n0/1 5\n128.0/1 6\n"},
+                  {"scutil", "resolver #1\n  domain : x\n  nameserver[0] : 1.1.1.1\n"},
+                  {"mdfind", "/Applications/TS.app\n/zweite\n"},
+                  {"Tailscale", "1\n2\n\n3\n4\n5\n6\n7\n8\n9\n"}};
+    w.ordner.lege("/wurzel/Applications/TS.app/Contents/MacOS/Tailscale", "#!", true);
+    std::string log;
+    for (int i = 1; i <= 30; ++i)
+        log += "Zeile " + std::to_string(i) + "\n";
+    w.ordner.lege("/wurzel/usr/local/var/log/tailscaled.log", log);
+    w.starte();
+    melde(w);
+    std::string ende = "## tailscaled.log (letzte 25)\n";
+    for (int i = 6; i <= 30; ++i)
+        ende += "Zeile " + std::to_string(i) + "\n";
+    EXPECT_EQ(bericht(w, "mac%2Ddiagnose%2Etxt"),
+              "# mac-diagnose 2025-03-14T08:41:07Z · Phase: Der Proxy des Handys antwortet nicht — "
+              "Weitergabe wirklich "
+              "an? · Volltunnel: false · Proxy: false\n"
+              "## route default\n    gateway: 10.0.0.1\n  interface: en0\n"
+              "## routen (Auszug)\ndefault 1\n100.64.0.1/32 3\n10 4 utun3\n0/1 5\n128.0/1 6\n"
+              "## dns\nresolver #1\n  nameserver[0] : 1.1.1.1\n"
+              "## schnittstellen\nresolver #1\n  domain : x\n  nameserver[0] : 1.1.1.1\n"
+              "## tailscale status\n1\n2\n3\n4\n5\n6\n7\n8\n"
+              "## tailscale netcheck\n1\n2\n3\n4\n5\n6\n7\n8\n9\n" +
+                  ende);
+
+    KabelWelt ohne; // every tool silent: the headings stay
+    ohne.schnittstelle = "";
+    ohne.starte();
+    melde(ohne);
+    EXPECT_THAT(
+        bericht(ohne, "mac%2Ddiagnose%2Etxt"),
+        testing::EndsWith("false\n## route default\n## routen (Auszug)\n\n## dns\n\n## schnittstellen\n\n"));
+}
+
+} // namespace
