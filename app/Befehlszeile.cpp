@@ -14,6 +14,10 @@ Befehlszeile Befehlszeile::lies(const std::vector<std::string>& worte) {
         };
         if (wort == "--terminal")
             zeile.tat = zeile.tat == Tat::menueleiste ? Tat::terminal : zeile.tat;
+        else if (wort == "--aufraeumen")
+            zeile.tat = Tat::aufraeumen;
+        else if (wort == "--selbsttest")
+            zeile.tat = Tat::selbsttest;
         else if (wort == "--hilfe" || wort == "-h" || wort == "--help")
             zeile.tat = Tat::hilfe;
         else if (wort == "--version")
@@ -39,6 +43,9 @@ std::string hilfetext(const std::string& programm) {
            "  --terminal     das Feld im Terminal statt in der Menüleiste\n"
            "  --heim DIR     DIR statt des eigenen Heimordners\n"
            "  --wurzel DIR   alle Werkzeuge des Systems unterhalb von DIR suchen\n"
+           "  --aufraeumen   zurücknehmen, was ein früherer Lauf am Mac hinterlassen hat: hilft, wenn das "
+           "Internet weg ist\n"
+           "  --selbsttest   zeigen, was das Programm vom System sieht\n"
            "  --hilfe        diese Hilfe\n"
            "  --version      die Version\n";
 }

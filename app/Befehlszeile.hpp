@@ -8,7 +8,7 @@ namespace mobilsteg {
 
 /// What the command line asks for.
 struct Befehlszeile {
-    enum class Tat { menueleiste, terminal, hilfe, version };
+    enum class Tat { menueleiste, terminal, aufraeumen, selbsttest, hilfe, version };
 
     Tat tat = Tat::menueleiste;
     std::optional<std::string> heim;   ///< as given

@@ -5,19 +5,19 @@
 
 namespace mobilsteg {
 
-namespace {
-
-Orte orte(const Befehlszeile& zeile) {
+Orte orteAus(const Befehlszeile& zeile) {
     return {zeile.heim ? absoluterPfad(*zeile.heim) : eigenesHeim(),
             zeile.wurzel ? absoluterPfad(*zeile.wurzel) : std::string()};
 }
 
-} // namespace
+std::string einstellungsPfad(const Orte& orte, const std::string& kennung) {
+    return orte.imHeim("/Library/Preferences/" + kennung + ".json");
+}
 
 MobilstegBordlotseApp::MobilstegBordlotseApp(const Befehlszeile& zeile, const std::string& kennung,
                                              Schlange& haupt, Dialog& dialog)
-    : orte_(orte(zeile)), buendel_(ordnerBuendel(kennung, eigenesProgramm())),
-      einstellungen_(orte_.imHeim("/Library/Preferences/" + kennung + ".json")) {
+    : orte_(orteAus(zeile)), buendel_(ordnerBuendel(kennung, eigenesProgramm())),
+      einstellungen_(einstellungsPfad(orte_, kennung)) {
     Kabel::richteEin([this, &haupt, &dialog] { return baueKabel(haupt, dialog); });
 }
 

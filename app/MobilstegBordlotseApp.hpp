@@ -40,6 +40,12 @@ private:
     AsioSchlange volltunnelQ_{"volltunnel.start"};
 };
 
+/// Where the command line puts home and system.
+[[nodiscard]] Orte orteAus(const Befehlszeile& zeile);
+
+/// Where an edition's settings lie.
+[[nodiscard]] std::string einstellungsPfad(const Orte& orte, const std::string& kennung);
+
 /// Runs the program in the terminal until its user or a signal ends it; returns the exit status.
 int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung);
 

@@ -1,5 +1,6 @@
 #include "app/Befehlszeile.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
+#include "app/Notdienst.hpp"
 #include "plattform/Dateien.hpp"
 
 #include <csignal>
@@ -28,6 +29,10 @@ int main(int anzahl, char** worte) {
         return 0;
     case Befehlszeile::Tat::terminal:
         return terminalbetrieb(zeile, MOBILSTEG_KENNUNG);
+    case Befehlszeile::Tat::aufraeumen:
+        return aufraeumdienst(zeile, MOBILSTEG_KENNUNG);
+    case Befehlszeile::Tat::selbsttest:
+        return selbsttest(zeile, MOBILSTEG_KENNUNG);
     case Befehlszeile::Tat::menueleiste:
         break;
     }

@@ -82,6 +82,17 @@ std::optional<std::string> SystemProxy::dienstFuer(const std::optional<std::stri
     return ersatz;
 }
 
+std::vector<std::string> SystemProxy::dienste(std::string_view reihenfolge) {
+    std::vector<std::string> namen;
+    for (const auto roh : teile(reihenfolge, '\n')) {
+        const auto zeile = ohneRandblanks(roh);
+        const auto zu = zeile.find(')');
+        if (zeile.starts_with('(') && !zeile.starts_with("(Hardware Port:") && zu != std::string_view::npos)
+            namen.emplace_back(ohneRandblanks(zeile.substr(zu + 1)));
+    }
+    return namen;
+}
+
 std::string SystemProxy::fehlertext(const Ergebnis& ergebnis) {
     const std::string roh = ergebnis.fehler + " " + ergebnis.ausgabe;
     const auto text = beschnitten(roh);

@@ -35,6 +35,8 @@ public:
     [[nodiscard]] static std::optional<std::string> schnittstelle(std::string_view routeAusgabe);
     [[nodiscard]] static std::optional<std::string>
     dienstFuer(const std::optional<std::string>& schnittstelle, std::string_view reihenfolge);
+    /// Every service in the tool's list, the disabled ones too.
+    [[nodiscard]] static std::vector<std::string> dienste(std::string_view reihenfolge);
     [[nodiscard]] static std::string fehlertext(const Ergebnis& ergebnis);
 
 private:

@@ -200,20 +200,31 @@ std::unique_ptr<Probehandy> Fahrtbank::handy(std::vector<std::string> optionen) 
     return std::make_unique<Probehandy>(ordner.pfad() + "/handy" + std::to_string(++handys_), optionen);
 }
 
-void Fahrtbank::starte(const std::string& name) {
+std::vector<std::string> Fahrtbank::aufruf(const std::string& name,
+                                           const std::vector<std::string>& optionen) const {
     // A package of its own, so that what lies in the build folder's resources makes no difference.
     namespace fs = std::filesystem;
     const fs::path bin = ordner.pfad() + "/bin";
     fs::create_directories(bin);
-    if (!fs::exists(bin / name))
-        fs::copy_file(programmpfad(name), bin / name);
     fs::create_directories(ordner.pfad() + "/Resources");
+    fs::copy_file(programmpfad(name), bin / name, fs::copy_options::skip_existing);
     fs::copy_file(QUELL_ORDNER "/probe/tunnel/mobilsteg-volltunnel",
                   ordner.pfad() + "/Resources/mobilsteg-volltunnel", fs::copy_options::skip_existing);
-    programm = std::make_unique<Programm>(std::vector<std::string>{(bin / name).string(), "--terminal",
-                                                                   "--heim", ordner.pfad() + "/heim",
-                                                                   "--wurzel", ordner.pfad() + "/mac"},
-                                          ordner.pfad() + "/ausgabe");
+    std::vector<std::string> worte = {(bin / name).string(), "--heim", ordner.pfad() + "/heim", "--wurzel",
+                                      ordner.pfad() + "/mac"};
+    worte.insert(worte.end(), optionen.begin(), optionen.end());
+    return worte;
+}
+
+void Fahrtbank::starte(const std::string& name) {
+    programm = std::make_unique<Programm>(aufruf(name, {"--terminal"}), ordner.pfad() + "/ausgabe");
+}
+
+Ergebnis Fahrtbank::rufe(const std::vector<std::string>& optionen) const {
+    auto worte = aufruf("mobilsteg-bordlotse", optionen);
+    const std::string pfad = worte.front();
+    worte.erase(worte.begin());
+    return lauf(pfad, worte, 60);
 }
 
 void Fahrtbank::erwartePhase(const std::string& anfang, double sekunden) const {

@@ -61,6 +61,9 @@ public:
     std::unique_ptr<Probehandy> handy(std::vector<std::string> optionen = {"--stecken", "--erlaubt"});
     void starte(const std::string& name = "mobilsteg-bordlotse");
 
+    /// Runs the program with other options to its end.
+    [[nodiscard]] Ergebnis rufe(const std::vector<std::string>& optionen) const;
+
     /// The state document's phase, once it begins with `anfang`; the test fails when that takes too long.
     void erwartePhase(const std::string& anfang, double sekunden = 20) const;
     [[nodiscard]] std::string stand() const; ///< the document as bytes
@@ -74,6 +77,9 @@ public:
     Ordner ordner;
 
 private:
+    [[nodiscard]] std::vector<std::string> aufruf(const std::string& name,
+                                                  const std::vector<std::string>& optionen) const;
+
     std::string adbPfad_;
     int handys_ = 0;
 };

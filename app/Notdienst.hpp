@@ -1,0 +1,17 @@
+#pragma once
+
+#include "app/Befehlszeile.hpp"
+
+#include <string>
+
+namespace mobilsteg {
+
+/// `--aufraeumen`: takes back what any earlier run left on the Mac and says in German what it found and did.
+/// Needs neither phone nor adb nor display, trusts no settings file, and works beside a running copy. Blocks
+/// for up to a minute. Returns the exit status.
+int aufraeumdienst(const Befehlszeile& zeile, const std::string& kennung);
+
+/// `--selbsttest`: prints what each adapter to the system sees. Changes nothing. Returns the exit status.
+int selbsttest(const Befehlszeile& zeile, const std::string& kennung);
+
+} // namespace mobilsteg

@@ -1,0 +1,108 @@
+// "My internet is gone": the clean-up by hand, with nothing else in order.
+
+#include "plattform/Dateien.hpp"
+#include "tests/fahrt/Fahrtbank.hpp"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+
+using namespace mobilsteg;
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr const char* einstellungen = "/heim/Library/Preferences/de.mobilsteg.bordlotse.json";
+
+TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
+    Fahrtbank bank;
+    const auto handy = bank.handy();
+    bank.starte();
+    bank.erwartePhase("Fährt mit");
+    bank.programm->sende(SIGKILL);
+    bank.programm->warteAufEnde();
+    bank.ordner.lege(einstellungen, "{ kaputt");
+    ASSERT_TRUE(bank.proxyAn());
+    EXPECT_NE(bank.adb({"forward", "--list"}), "");
+
+    const auto ergebnis = bank.rufe({"--aufraeumen"});
+    EXPECT_EQ(ergebnis.status, 0) << ergebnis.fehler;
+    EXPECT_THAT(ergebnis.ausgabe,
+                AllOf(HasSubstr("System-Proxy: an „Wi-Fi“ ausgeschaltet"),
+                      HasSubstr("Volltunnel: keiner läuft"), HasSubstr("Forwards: 2 entfernt")));
+    EXPECT_FALSE(bank.proxyAn());
+    EXPECT_EQ(bank.adb({"forward", "--list"}), "");
+    EXPECT_EQ(bank.ordner.lies(std::string(einstellungen) + ".defekt"), "{ kaputt")
+        << "kept, not overwritten";
+    EXPECT_THAT(bank.rufe({"--aufraeumen"}).ausgabe,
+                HasSubstr("System-Proxy: keiner zeigt auf 127.0.0.1:1080"));
+}
+
+TEST(Aufraeumen, laesstFremdeProxysInRuheUndGehtOhneAdbUndNetworksetup) {
+    const Fahrtbank bank;
+    const std::string networksetup = bank.ordner.pfad() + "/mac/usr/sbin/networksetup";
+    (void)lauf(networksetup, {"-setsocksfirewallproxy", "Wi-Fi", "10.0.0.5", "1080"}, 5);
+    std::filesystem::remove(bank.ordner.pfad() + "/mac/opt/homebrew/bin/adb");
+    EXPECT_THAT(bank.rufe({"--aufraeumen"}).ausgabe, HasSubstr("adb ist nicht da"));
+    EXPECT_TRUE(bank.proxyAn()) << "somebody else's";
+
+    bank.ordner.lege(einstellungen, R"({"proxy.dienst":"Wi-Fi"})");
+    std::filesystem::remove(networksetup);
+    const auto ergebnis = bank.rufe({"--aufraeumen"});
+    EXPECT_EQ(ergebnis.status, 0);
+    EXPECT_THAT(ergebnis.ausgabe, HasSubstr("an „Wi-Fi“ nicht ausgeschaltet"));
+    EXPECT_THAT(bank.ordner.lies(einstellungen), HasSubstr("proxy.dienst")) << "the next one can try again";
+}
+
+TEST(Selbsttest, zeigtWasErSiehtUndAendertNichts) {
+    const Fahrtbank bank;
+    const auto vorher = bank.ordner.lies(einstellungen);
+    const auto ergebnis = bank.rufe({"--selbsttest"});
+    EXPECT_EQ(ergebnis.status, 0);
+    EXPECT_THAT(ergebnis.ausgabe,
+                AllOf(HasSubstr("de.mobilsteg.bordlotse"), HasSubstr("Netzwerkdienst  Wi-Fi"),
+                      HasSubstr("/mac/opt/homebrew/bin/adb")));
+    EXPECT_EQ(bank.ordner.lies(einstellungen), vorher);
+    EXPECT_FALSE(existiert(bank.ordner.pfad() + "/heim/Library/Logs"));
+}
+
+/// In expert mode the panel shows what the simulated Mac's tools tell, and the reports reach the phone as
+/// they are.
+TEST(Erhebung, expertenfahrtMitBrowsernVpnsUndBerichten) {
+    Fahrtbank bank;
+    bank.ordner.lege("/mac/Applications/Google Chrome.app/Contents/Info.plist", "");
+    bank.ordner.lege(einstellungen,
+                     R"({"profil":"reise","experte":true,"austritt.dienst":"http://austritt.probe/"})");
+    const auto handy = bank.handy();
+    handy->sage("proxy kaputt"); // trouble: the reports go out
+    bank.starte();
+    bank.erwartePhase("Der Proxy des Handys antwortet nicht");
+    const std::string abgelegt = bank.ordner.pfad() + "/handy1/berichte/001-mac-bordlotse.log";
+    ASSERT_TRUE(warteBis([&] { return existiert(abgelegt); }));
+    const std::string bericht = liesDatei(abgelegt).value_or("");
+    const std::string inhalt = bericht.substr(bericht.find('\n') + 1);
+    EXPECT_THAT(bericht, HasSubstr("# mac-bordlotse.log ab Byte 0, "));
+    EXPECT_TRUE(!inhalt.empty() && bank.protokoll().starts_with(inhalt)) << inhalt;
+    EXPECT_TRUE(
+        warteBis([&] { return existiert(bank.ordner.pfad() + "/handy1/berichte/002-mac-diagnose.txt"); }));
+    EXPECT_THAT(
+        bank.ordner.lies("/handy1/berichte/002-mac-diagnose.txt"),
+        AllOf(HasSubstr("## routen (Auszug)\ndefault            192.168.178.1"), HasSubstr("nameserver[0]")));
+
+    handy->sage("proxy heil");
+    bank.erwartePhase("Fährt mit");
+    const auto zeigt = [&](const char* text) {
+        return warteBis([&] { return bank.ausgabe().find(text) != std::string::npos; });
+    };
+    EXPECT_TRUE(zeigt("Durch Proxy      Google Ch (2)"));
+    EXPECT_TRUE(zeigt("Am Proxy vorbei  Mail (2)"));
+    EXPECT_TRUE(zeigt("fahrtwind fehlt im Browser"));
+    bank.programm->tippe("browser Chrome");
+    EXPECT_TRUE(warteBis(
+        [&] { return bank.ordner.lies("/mac/zustand/geoeffnet").starts_with("-b com.google.Chrome http"); }));
+    bank.programm->tippe("profil vpn");
+    EXPECT_TRUE(zeigt("Firmen-VPN (Zürich) · ungesichert"));
+}
+
+} // namespace
