@@ -1,0 +1,43 @@
+#pragma once
+
+#include "ansicht/Baum.hpp"
+
+#include <QColor>
+#include <QFont>
+#include <QPalette>
+
+namespace mobilsteg {
+
+/// The widest that a control may get: the panel's width without its edges, or with the scroll bar of a panel
+/// taller than the screen in the place of the far edge.
+inline constexpr int breitesterRollbalken = 16;
+inline constexpr int randAmRollbalken = 4;
+inline constexpr int bedienbreite = Masse::breite - Masse::rand - breitesterRollbalken - randAmRollbalken;
+
+/// The sizes of text: those of `Schrift` and the one of the rows, between normal and small.
+enum class Grad { titel, normal, zeile, klein, kleinste };
+
+[[nodiscard]] Grad grad(Schrift schrift);
+
+/// Derived from the platform's default font, never below 8 points.
+[[nodiscard]] QFont schriftart(Grad grad);
+
+[[nodiscard]] bool istDunkel(const QPalette& palette);
+
+/// For texts and symbols on the window's background.
+[[nodiscard]] QColor ton(Farbe farbe, const QPalette& palette);
+
+/// For filled areas, which have to shine more than be read.
+[[nodiscard]] QColor leuchtton(Farbe farbe, const QPalette& palette);
+
+/// For text that can be clicked.
+[[nodiscard]] QColor akzent(const QPalette& palette);
+
+/// The name of the colour, for those who cannot see it.
+[[nodiscard]] const char* farbname(Farbe farbe);
+
+/// Complete palettes for pictures that must not depend on the platform's setting.
+[[nodiscard]] QPalette hellePalette();
+[[nodiscard]] QPalette dunklePalette();
+
+} // namespace mobilsteg
