@@ -220,6 +220,10 @@ void Fahrtbank::starte(const std::string& name) {
     programm = std::make_unique<Programm>(aufruf(name, {"--terminal"}), ordner.pfad() + "/ausgabe");
 }
 
+void Fahrtbank::starteFenster() {
+    programm = std::make_unique<Programm>(aufruf("mobilsteg-bordlotse", {}), ordner.pfad() + "/ausgabe");
+}
+
 Ergebnis Fahrtbank::rufe(const std::vector<std::string>& optionen) const {
     auto worte = aufruf("mobilsteg-bordlotse", optionen);
     const std::string pfad = worte.front();

@@ -60,6 +60,8 @@ public:
     /// A phone on the cable unless told otherwise.
     std::unique_ptr<Probehandy> handy(std::vector<std::string> optionen = {"--stecken", "--erlaubt"});
     void starte(const std::string& name = "mobilsteg-bordlotse");
+    /// In the menu bar instead of the terminal, on the display that the environment names.
+    void starteFenster();
 
     /// Runs the program with other options to its end.
     [[nodiscard]] Ergebnis rufe(const std::vector<std::string>& optionen) const;

@@ -1,0 +1,36 @@
+#include "ansicht/Bedienpult.hpp"
+#include "ansicht/qt/Menueleistenstueck.hpp"
+#include "ansicht/qt/QtBetrieb.hpp"
+#include "app/Delegate.hpp"
+#include "app/MobilstegBordlotseApp.hpp"
+
+#include <optional>
+
+namespace mobilsteg {
+
+bool anzeigeVorhanden() {
+    return QtBetrieb::anzeigeVorhanden();
+}
+
+int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& anzahl, char** worte) {
+    QtBetrieb qt(anzahl, worte);
+    MobilstegBordlotseApp app(zeile, kennung, qt.schlange(), qt.dialog());
+    Kabel& kabel = app.kabel();
+    Bedienpult pult(kabel, [&] { qt.beende(); });
+    std::optional<Menueleistenstueck> stueck;
+
+    Delegate delegate(app.einstellungen(), qt.dialog(), beendeProzess);
+    qt.schlange().async([&] {
+        delegate.applicationDidFinishLaunching();
+        stueck.emplace(kabel.aushang(), kabel.variante().bundleB2B(), [&](const Aktion& a) {
+            // As a job of the queue: an action may ask back, and then the others have to wait.
+            qt.schlange().async([&pult, a] { pult.bediene(a); });
+        });
+    });
+    qt.laufe();
+
+    delegate.applicationWillTerminate();
+    beendeProzess(0);
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,75 @@
+// Draws the pictures of the documentation with the program's own renderer, without a display.
+
+#include "ansicht/Inhalt.hpp"
+#include "ansicht/qt/Bild.hpp"
+#include "ansicht/qt/QtBetrieb.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+using namespace mobilsteg;
+
+namespace {
+
+Zustand reise() {
+    Zustand z;
+    z.phase = Phase::Art::faehrt;
+    z.handy = "Samsung Galaxy S23";
+    z.klasse = "2. Klasse";
+    z.gleise = {"WLAN · 42 ms", "Mobilfunk · 61 ms"};
+    z.menge = "12,4 MB · 350 kB/s";
+    z.rettung = "3 Funklöcher überstanden · 1 Verbindung gerettet";
+    z.browserOhne = {{"Chrome", "com.google.Chrome", false, "/Applications/Google Chrome.app"}};
+    return z;
+}
+
+Zustand vpn() {
+    Zustand z = reise();
+    z.profil = "vpn";
+    z.volltunnelAn = z.nurVPN = z.volltunnelLaeuft = true;
+    z.vpnsGesichert = {"Firmen-VPN (Zürich) · 10.1.2.3"};
+    z.vpnsOffen = {"OpenVPN"};
+    return z;
+}
+
+Zustand experte() {
+    Zustand z = reise();
+    z.browserOhne.clear();
+    z.experte = z.proxyGesetzt = true;
+    z.austritt = "203.0.113.7";
+    z.durch = {"Google Chrome (12)", "curl (1)"};
+    z.vorbei = {"Mail (2)"};
+    return z;
+}
+
+struct Bild {
+    const char* name;
+    Zustand zustand;
+    bool bundleB2B;
+};
+
+} // namespace
+
+int main(int anzahl, char** worte) {
+    if (anzahl != 2) {
+        std::fprintf(stderr, "Aufruf: mobilsteg-bilder ORDNER\n");
+        return 2;
+    }
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const std::string ordner = worte[1];
+    const QtBetrieb qt(anzahl, worte);
+    constexpr double massstab = 2;
+    for (const auto& bild :
+         {Bild{"reise", reise(), false}, {"vpn", vpn(), true}, {"experte", experte(), false}}) {
+        for (const bool dunkel : {false, true}) {
+            const std::string pfad = ordner + "/" + bild.name + (dunkel ? "-dunkel.png" : "-hell.png");
+            if (!maleBild(inhalt(bild.zustand, bild.bundleB2B), dunkel, pfad, massstab)) {
+                std::fprintf(stderr, "mobilsteg-bilder: %s lässt sich nicht schreiben\n", pfad.c_str());
+                return 1;
+            }
+            std::printf("%s\n", pfad.c_str());
+        }
+    }
+    return 0;
+}
