@@ -52,8 +52,8 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung);
 /// Whether the menu-bar program could show itself here. May block for a moment.
 [[nodiscard]] bool anzeigeVorhanden();
 
-/// Runs the menu-bar program until its user or a signal ends it; returns the exit status. Qt takes its own options
-/// out of `worte`.
+/// Runs the menu-bar program until its user or a signal ends it; returns the exit status. Qt takes its own
+/// options out of `worte`.
 int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& anzahl, char** worte);
 
 /// Ends the process at once, without running what only an orderly return would: other queues may be in the

@@ -47,7 +47,8 @@ struct Startwunsch {
 };
 
 /// Starts `programm` (absolute path, no search, no shell) with `argumente` as they are. Does not block.
-[[nodiscard]] Startversuch starteProzess(const std::string& programm, const std::vector<std::string>& argumente,
+[[nodiscard]] Startversuch starteProzess(const std::string& programm,
+                                         const std::vector<std::string>& argumente,
                                          const Startwunsch& wunsch = {});
 
 } // namespace mobilsteg
