@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <csignal>
+#include <ostream>
 
 using namespace mobilsteg;
 using testing::HasSubstr;
@@ -19,6 +20,10 @@ struct Abschnitt {
     const char* phase;              ///< the log's last line when the signal comes
     int signal;
 };
+
+void PrintTo(const Abschnitt& abschnitt, std::ostream* aus) {
+    *aus << abschnitt.name;
+}
 
 class InJederPhase : public testing::TestWithParam<Abschnitt> {};
 
