@@ -43,8 +43,9 @@ bool erkenne(const json& wert, std::int64_t& ziel) {
         return false;
     if (wert.is_number_float()) { // 1.0 is an integer, 1.5 and 2^63 are not
         const double zahl = wert.get<double>();
-        constexpr double obergrenze = 9223372036854775808.0;
-        if (std::trunc(zahl) != zahl || zahl < -obergrenze || zahl >= obergrenze)
+        // Both ends excluded: a whole number just below the least one has been rounded to it by the parser.
+        constexpr double grenze = 9223372036854775808.0;
+        if (std::trunc(zahl) != zahl || zahl <= -grenze || zahl >= grenze)
             return false;
     } else if (!wert.is_number()) {
         return false;

@@ -60,10 +60,13 @@ int markiereSocket(void*, curl_socket_t nummer, curlsocktype) {
     return CURL_SOCKOPT_OK;
 }
 
-/// A body that a redirect answered with must not stand before the final one.
+/// A header line is a sign of life that the progress counters leave out. And a body that a redirect answered
+/// with must not stand before the final one.
 std::size_t bemerkeKopf(const char* zeile, std::size_t eins, std::size_t anzahl, void* ziel) {
+    auto& vorgang = *static_cast<Vorgang*>(ziel);
+    vorgang.letztesZeichen = Zeit::now();
     if (std::string_view(zeile, eins * anzahl).starts_with("HTTP/"))
-        static_cast<Vorgang*>(ziel)->koerper.clear();
+        vorgang.koerper.clear();
     return eins * anzahl;
 }
 

@@ -58,8 +58,7 @@ std::string schoen(std::string_view modellcode) {
         return (gross.starts_with("PIXEL") ? "Google " : "") + std::string(modellcode);
 
     const std::string_view ohneZusatz = std::string_view(gross).substr(0, gross.find('/'));
-    std::string stamm(ersteZeichen(ohneZusatz, laengsterCode));
-    std::erase_if(stamm, [](char c) { return beschnitten(std::string_view(&c, 1)).empty(); });
+    std::string stamm = ohneWeissraum(ersteZeichen(ohneZusatz, laengsterCode));
     // The last letter names the region the phone was made for.
     if (!nachschlagen(stamm) && zeichenzahl(stamm) >= laengsterCode)
         stamm = ersteZeichen(stamm, laengsterCode - 1);

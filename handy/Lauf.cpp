@@ -19,22 +19,19 @@ namespace {
 using Zeit = std::chrono::steady_clock;
 
 constexpr auto gnadenfrist = std::chrono::seconds(2);
+// A process closes its outputs a little before it can be reaped.
+constexpr auto nachlauf = std::chrono::milliseconds(500);
 // How often a process is asked whether it has ended, where the system cannot announce it.
 constexpr int nachfrageMs = 20;
 
-/// Takes what is there. False: the other end is closed and everything has been read.
+/// Takes one block of what is there: only one, or a tool that writes faster than it is read would never let
+/// the limit be looked at. False: the other end is closed and everything has been read.
 bool lieseAus(const Deskriptor& rohr, std::string& bytes) {
     std::array<char, 65536> block; // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
-    while (true) {
-        const ssize_t n = ::read(rohr.nummer(), block.data(), block.size());
-        if (n > 0) {
-            bytes.append(block.data(), static_cast<std::size_t>(n));
-            continue;
-        }
-        if (n < 0 && errno == EINTR)
-            continue;
-        return n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
-    }
+    const ssize_t n = ::read(rohr.nummer(), block.data(), block.size());
+    if (n > 0)
+        bytes.append(block.data(), static_cast<std::size_t>(n));
+    return n > 0 || (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR));
 }
 
 /// Accompanies one process from its start to the end of its outputs.
@@ -99,6 +96,7 @@ Ergebnis lauf(const std::string& programm, const std::vector<std::string>& argum
         begleitung.bisEnde(Zeit::now() + gnadenfrist);
     }
     begleitung.bisAusgabenZu();
+    begleitung.bisEnde(Zeit::now() + nachlauf);
     // Still running with both outputs closed: it was asked to go and will; nobody waits for it.
     const int status = kind.ernte().value_or(SIGTERM);
     return {status, alsUtf8(begleitung.ausgabe), alsUtf8(begleitung.fehler)};

@@ -5,7 +5,6 @@
 #include <asio/post.hpp>
 #include <asio/steady_timer.hpp>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <future>
@@ -25,8 +24,9 @@ Dauer naechsterTakt(Dauer letzte, Dauer periode, Dauer jetzt) {
 }
 
 struct AsioSchlange::Innen {
-    // Hint 1: one thread runs it, so Asio may skip its inner hand-overs.
-    asio::io_context kontext{1};
+    // Without Asio's hint that one thread runs it: with it, what a job queues would come after what other
+    // threads queue later while that job still runs.
+    asio::io_context kontext;
     asio::executor_work_guard<asio::io_context::executor_type> arbeit{kontext.get_executor()};
     std::thread faden;
 };
@@ -34,18 +34,16 @@ struct AsioSchlange::Innen {
 namespace {
 
 struct Takt : std::enable_shared_from_this<Takt> {
-    Takt(asio::io_context& kontext, Dauer p, Aufgabe a)
-        : zeitgeber(kontext), periode(p), aufgabe(std::move(a)) {}
+    Takt(asio::io_context& kontext, Dauer p, Aufgabe a, std::weak_ptr<void> w)
+        : zeitgeber(kontext), periode(p), aufgabe(std::move(a)), wecker(std::move(w)) {}
 
     void warte() {
         zeitgeber.async_wait([selbst = shared_from_this()](const std::error_code& fehler) {
-            if (fehler || selbst->beendet)
+            if (fehler || selbst->wecker.expired())
                 return;
             const auto jetzt = std::chrono::steady_clock::now().time_since_epoch();
             selbst->faellig = naechsterTakt(selbst->faellig, selbst->periode, jetzt);
             selbst->aufgabe();
-            if (selbst->beendet)
-                return;
             selbst->stelle();
             selbst->warte();
         });
@@ -60,7 +58,7 @@ struct Takt : std::enable_shared_from_this<Takt> {
     Dauer periode;
     Dauer faellig{};
     Aufgabe aufgabe;
-    std::atomic<bool> beendet{false};
+    std::weak_ptr<void> wecker;
 };
 
 } // namespace
@@ -94,18 +92,16 @@ void AsioSchlange::sync(Aufgabe aufgabe) {
 }
 
 Wecker AsioSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {
-    auto takt = std::make_shared<Takt>(innen_->kontext, periode, std::move(aufgabe));
+    // The timer belongs to the queue's thread and goes with the queue. A handle that is let go of only lets
+    // the next firing be the last and an idle one, so it may be held longer than the queue lives.
+    Wecker wecker = std::make_shared<bool>();
+    auto takt = std::make_shared<Takt>(innen_->kontext, periode, std::move(aufgabe), wecker);
     takt->faellig = std::chrono::steady_clock::now().time_since_epoch() + erste;
     async([takt] {
         takt->stelle();
         takt->warte();
     });
-    // The timer object belongs to the queue's thread, so letting go only leaves word there.
-    return Wecker(takt.get(), [takt](void*) mutable {
-        takt->beendet = true;
-        auto ausfuehrer = takt->zeitgeber.get_executor();
-        asio::post(ausfuehrer, [takt = std::move(takt)] { takt->zeitgeber.cancel(); });
-    });
+    return wecker;
 }
 
 bool AsioSchlange::istHier() const {

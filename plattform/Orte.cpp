@@ -13,7 +13,7 @@ std::string eigenesHeim() {
         return absoluterPfad(heim);
     if (const passwd* konto = getpwuid(getuid()); konto != nullptr && konto->pw_dir != nullptr)
         return absoluterPfad(konto->pw_dir);
-    return "/";
+    return {};
 }
 
 std::string absoluterPfad(const std::string& pfad) {

@@ -88,6 +88,19 @@ std::string_view beschnitten(std::string_view text) {
     return text;
 }
 
+std::string ohneWeissraum(std::string_view text) {
+    std::string rest;
+    while (!text.empty()) {
+        const auto* treffer = std::find_if(weissraum.begin(), weissraum.end(),
+                                           [&](std::string_view w) { return text.starts_with(w); });
+        const bool weiss = treffer != weissraum.end();
+        if (!weiss)
+            rest += text.front();
+        text.remove_prefix(weiss ? treffer->size() : 1);
+    }
+    return rest;
+}
+
 std::string_view ohneRandblanks(std::string_view text) {
     const std::size_t anfang = text.find_first_not_of(" \t");
     if (anfang == std::string_view::npos)

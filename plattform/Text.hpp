@@ -12,6 +12,9 @@ namespace mobilsteg {
 /// `text` without white space and line ends (Unicode's, too) at both ends.
 [[nodiscard]] std::string_view beschnitten(std::string_view text);
 
+/// `text` without any white space and line ends (Unicode's, too).
+[[nodiscard]] std::string ohneWeissraum(std::string_view text);
+
 /// `text` without blanks and tabs at both ends; line ends stay.
 [[nodiscard]] std::string_view ohneRandblanks(std::string_view text);
 

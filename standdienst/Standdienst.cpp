@@ -10,7 +10,9 @@
 #include <asio/write.hpp>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <list>
@@ -31,6 +33,15 @@ void nichtVererben(int nummer) {
     ::fcntl(nummer, F_SETFD, FD_CLOEXEC);
 }
 
+/// Clients must not take the descriptors that running the tools needs: a program started from the Mac's
+/// desktop may open 256.
+std::size_t anteilDerDeskriptoren() {
+    rlimit grenze{};
+    if (::getrlimit(RLIMIT_NOFILE, &grenze) != 0)
+        return 1;
+    return std::max<std::size_t>(1, grenze.rlim_cur / 4);
+}
+
 constexpr std::string_view corsBlock = "Access-Control-Allow-Origin: *\r\n"
                                        "Access-Control-Allow-Methods: GET, OPTIONS\r\n"
                                        "Access-Control-Allow-Headers: *\r\n"
@@ -43,7 +54,9 @@ using Klienten = std::list<std::shared_ptr<Klient>>;
 
 struct Standdienst::Innen : std::enable_shared_from_this<Innen> {
     Innen(AsioSchlange& s, std::uint16_t p, Grenzen g)
-        : schlange(s), horcher(s.kontext()), pause(s.kontext()), wunschport(p), grenzen(g) {}
+        : schlange(s), horcher(s.kontext()), pause(s.kontext()), wunschport(p), grenzen(g) {
+        grenzen.verbindungen = std::min(grenzen.verbindungen, anteilDerDeskriptoren());
+    }
 
     void horche();
     void nimmAn();
@@ -170,7 +183,8 @@ void Standdienst::Innen::horche() {
 
 void Standdienst::Innen::nimmAn() {
     horcher.async_accept([selbst = shared_from_this()](const Fehler& fehler, tcp::socket socket) {
-        if (fehler == asio::error::operation_aborted)
+        // A connection may have been accepted already when the listener was closed.
+        if (!selbst->horcher.is_open())
             return;
         if (!fehler) {
             nichtVererben(socket.native_handle());
@@ -179,7 +193,7 @@ void Standdienst::Innen::nimmAn() {
         }
         selbst->pause.expires_after(atempause);
         selbst->pause.async_wait([selbst](const Fehler& abbruch) {
-            if (!abbruch)
+            if (!abbruch && selbst->horcher.is_open())
                 selbst->nimmAn();
         });
     });

@@ -20,7 +20,8 @@ public:
 
     struct Grenzen {
         Dauer stille = std::chrono::seconds(10); ///< after that a connection that has said nothing is dropped
-        std::size_t verbindungen = 256;          ///< beyond them the longest waiting one is dropped
+        std::size_t verbindungen = 256;          ///< beyond them, or a quarter of what may be
+                                                 ///< open, the longest waiting one is dropped
     };
 
     /// `schlange` must outlive it, with no job of it running when it goes away.

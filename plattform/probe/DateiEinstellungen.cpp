@@ -45,7 +45,7 @@ Stempel stempel(const std::string& pfad) {
 class Sperre {
 public:
     explicit Sperre(const std::string& pfad)
-        : datei_(::open((pfad + ".sperre").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644)) {
+        : datei_(::open((pfad + ".sperre").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644)) {
         while (datei_ && ::flock(datei_.nummer(), LOCK_EX) != 0 && errno == EINTR) {
         }
     }
@@ -54,22 +54,38 @@ private:
     Deskriptor datei_;
 };
 
+enum class Lage {
+    verstanden,      ///< a settings file, or none at all
+    unverstaendlich, ///< something lies there that is no settings file
+    unerreichbar     ///< it may be a good one, but nothing can be opened just now
+};
+
 struct Inhalt {
     json werte = json::object();
-    bool verstanden = true; ///< false: something lies there that is no settings file
+    Lage lage = Lage::verstanden;
 };
+
+// Deeper than any setting. nlohmann's copying and writing recurse.
+constexpr int tiefstes = 100;
 
 Inhalt lies(const std::string& pfad) {
     struct stat lage {};
     if (::lstat(pfad.c_str(), &lage) != 0 && errno == ENOENT)
         return {};
     const auto bytes = liesDatei(pfad);
-    if (!bytes)
-        return {json::object(), false};
-    json werte = json::parse(*bytes, nullptr, false);
-    if (!werte.is_object())
-        return {json::object(), false};
-    return {std::move(werte), true};
+    if (!bytes) {
+        const bool voruebergehend = errno == EMFILE || errno == ENFILE || errno == ENOMEM;
+        return {json::object(), voruebergehend ? Lage::unerreichbar : Lage::unverstaendlich};
+    }
+    bool zuTief = false;
+    const auto nichtZuTief = [&](int tiefe, json::parse_event_t, json&) {
+        zuTief = zuTief || tiefe > tiefstes;
+        return !zuTief;
+    };
+    json werte = json::parse(*bytes, nichtZuTief, false);
+    if (zuTief || !werte.is_object())
+        return {json::object(), Lage::unverstaendlich};
+    return {std::move(werte), Lage::verstanden};
 }
 
 /// Moves what lies at `pfad` to the first free second name. False: it is still there.
@@ -98,32 +114,36 @@ struct DateiEinstellungen::Innen {
         if (const auto eigener = offen.find(schluessel); eigener != offen.end())
             return *eigener;
         if (const Stempel jetzt = stempel(pfad); stand != jetzt) {
-            gelesen = lies(pfad).werte;
-            stand = jetzt;
+            Inhalt inhalt = lies(pfad);
+            gelesen = std::move(inhalt.werte);
+            stand = inhalt.lage == Lage::unerreichbar ? std::nullopt : std::optional(jetzt);
         }
         const auto treffer = gelesen.find(schluessel);
         return treffer == gelesen.end() ? json() : *treffer;
     }
 
-    /// Runs `aenderung` on what the file holds now and stores the result.
-    void aendere(const std::function<void(json&)>& aenderung) {
+    /// Lets `aenderung` look at what the file holds now and add to the open changes; then stores all of them.
+    void aendere(const std::function<void(const json& werte, json& offen)>& aenderung) {
         const std::lock_guard wache(schloss);
         legeOrdnerAn(pfad);
         const Sperre sperre(pfad);
-        Inhalt inhalt = lies(pfad);
+        const Inhalt inhalt = lies(pfad);
+        aenderung(inhalt.werte, offen);
+        if (inhalt.lage == Lage::unerreichbar)
+            return; // writing now could wipe out what stands there
         json werte = inhalt.werte;
-        aenderung(offen);
         for (const auto& [schluessel, wert] : offen.items()) {
             if (wert.is_null())
                 werte.erase(schluessel);
             else
                 werte[schluessel] = wert;
         }
-        if (inhalt.verstanden && werte == inhalt.werte && existiert(pfad)) {
+        const bool verstanden = inhalt.lage == Lage::verstanden;
+        if (verstanden && werte == inhalt.werte && existiert(pfad)) {
             offen = json::object();
             return;
         }
-        if (!inhalt.verstanden && !legeBeiseite(pfad))
+        if (!verstanden && !legeBeiseite(pfad))
             return;
         const std::string bytes = werte.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
         if (schreibeAtomar(pfad, bytes, Haltbarkeit::dauerhaft))
@@ -132,7 +152,7 @@ struct DateiEinstellungen::Innen {
     }
 
     void setze(const std::string& schluessel, const json& wert) {
-        aendere([&](json& aenderungen) { aenderungen[schluessel] = wert; });
+        aendere([&](const json&, json& aenderungen) { aenderungen[schluessel] = wert; });
     }
 };
 
@@ -183,10 +203,11 @@ void DateiEinstellungen::entferne(const std::string& schluessel) {
 
 std::string DateiEinstellungen::textOderNeu(const std::string& schluessel, const std::string& wert) {
     std::string stehender = wert;
-    innen_->aendere([&](json& aenderungen) {
-        const Inhalt jetzt = lies(innen_->pfad);
-        const auto treffer = jetzt.werte.find(schluessel);
-        if (treffer != jetzt.werte.end() && treffer->is_string())
+    innen_->aendere([&](const json& werte, json& aenderungen) {
+        // One that this run could not store yet stands before the file's, as it does for `text`.
+        const json& quelle = aenderungen.contains(schluessel) ? aenderungen : werte;
+        const auto treffer = quelle.find(schluessel);
+        if (treffer != quelle.end() && treffer->is_string())
             stehender = treffer->get<std::string>();
         else
             aenderungen[schluessel] = wert;

@@ -1,0 +1,93 @@
+#include "handy/Handy.hpp"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+using namespace mobilsteg;
+using nlohmann::json;
+
+namespace {
+
+/// Keeps the request and gives the prepared answer.
+struct Gegenstelle final : Http {
+    std::optional<HttpErgebnis> hole(const HttpAnfrage& a) override {
+        anfrage = a;
+        return antwort;
+    }
+    [[nodiscard]] std::string zeile() const {
+        std::string z = anfrage.weg == HttpAnfrage::Weg::direkt ? "direkt " : "durchProxy ";
+        z += anfrage.methode + " " + anfrage.url;
+        for (const auto& [name, wert] : anfrage.kopf)
+            z += " " + name + ": " + wert;
+        return z;
+    }
+    HttpAnfrage anfrage;
+    std::optional<HttpErgebnis> antwort;
+};
+
+class HandyTest : public testing::Test {
+protected:
+    Gegenstelle http;
+    Handy handy{http, "https://austritt.example/"};
+};
+
+std::string dokument(const std::string& app) {
+    return R"({"app":")" + app + R"(","proxy_port":1080,"kabel":{}})";
+}
+
+TEST_F(HandyTest, glaubtNurErfolgUndNurDerApp) {
+    for (const auto& [antwort, gilt] : std::vector<std::pair<std::optional<HttpErgebnis>, bool>>{
+             {HttpErgebnis{200, dokument("mobilsteg")}, true},
+             {HttpErgebnis{299, dokument("mobilsteg")}, true},
+             {HttpErgebnis{199, dokument("mobilsteg")}, false},
+             {HttpErgebnis{300, dokument("mobilsteg")}, false},
+             {HttpErgebnis{503, dokument("mobilsteg")}, false},
+             {HttpErgebnis{200, dokument("Mobilsteg")}, false},
+             {HttpErgebnis{200, "<html>"}, false},
+             {std::nullopt, false}}) {
+        http.antwort = antwort;
+        EXPECT_EQ(handy.anmelden("a", "b", {}).has_value(), gilt) << (antwort ? antwort->koerper : "");
+    }
+}
+
+TEST_F(HandyTest, meldetSichMitKennungNamenUndServernAn) {
+    handy.gastPort = 18081;
+    (void)handy.anmelden("1f-2", "Annas „Mac“\xFF", {"vpn.example", "10.0.0.1"});
+    EXPECT_EQ(http.zeile(), "direkt POST http://127.0.0.1:18081/api/kabel Content-Type: application/json");
+    EXPECT_EQ(json::parse(http.anfrage.koerper),
+              (json{{"id", "1f-2"}, {"name", "Annas „Mac“\uFFFD"}, {"vpn", {"vpn.example", "10.0.0.1"}}}));
+    (void)handy.anmelden("1", "m", {});
+    EXPECT_EQ(json::parse(http.anfrage.koerper)["vpn"], json::array());
+}
+
+TEST_F(HandyTest, laedtBerichteUnveraendertHoch) {
+    const std::string daten("zeile\n\0\xFF", 8);
+    http.antwort = HttpErgebnis{204, ""};
+    EXPECT_TRUE(handy.bericht("mac log.ä-_~txt", daten));
+    EXPECT_EQ(http.zeile(),
+              "direkt POST http://127.0.0.1:8080/api/bericht?name=mac%20log%2E%C3%A4%2D%5F%7Etxt "
+              "Content-Type: text/plain");
+    EXPECT_EQ(http.anfrage.koerper, daten);
+    http.antwort->status = 302;
+    EXPECT_FALSE(handy.bericht("x", ""));
+}
+
+TEST_F(HandyTest, nimmtNurWasEineAdresseSeinKann) {
+    const std::string lang(45, '1');
+    for (const auto& [koerper, soll] : std::vector<std::pair<std::string, std::optional<std::string>>>{
+             {"203.0.113.7\n", "203.0.113.7"},
+             {"\r\n\t 2001:db8::1 \u00A0", "2001:db8::1"},
+             {lang + "\n", lang},
+             {lang + "1", std::nullopt},
+             {" \n", std::nullopt},
+             {"", std::nullopt},
+             {"a\xFF", "a\uFFFD"}}) {
+        http.antwort = HttpErgebnis{200, koerper};
+        EXPECT_EQ(handy.austrittsIP(), soll) << koerper;
+    }
+    EXPECT_EQ(http.zeile(), "durchProxy GET https://austritt.example/");
+    http.antwort->status = 502;
+    EXPECT_EQ(handy.austrittsIP(), std::nullopt);
+}
+
+} // namespace

@@ -1,0 +1,121 @@
+// Running tools for real: small ones that every system has.
+
+#include "handy/Lauf.hpp"
+
+#include "plattform/AsioSchlange.hpp"
+#include "plattform/Signale.hpp"
+#include "tests/hilfe/Ordner.hpp"
+#include "tests/plattform/Deskriptoren.hpp"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <future>
+
+using namespace mobilsteg;
+
+namespace {
+
+Ergebnis skript(const std::string& text, double sekunden = 20) {
+    return lauf("/bin/sh", {"-c", text}, sekunden);
+}
+
+TEST(Lauf, bringtStatusUndBeideStroemeGetrennt) {
+    for (const auto& [text, soll] : std::map<std::string, Ergebnis>{
+             {"printf aus; printf feh >&2; exit 3", {3, "aus", "feh"}},
+             {":", {0, "", ""}},
+             {R"(printf 'a\377b\342\202'; printf '\200' >&2)", {0, "a\uFFFDb\uFFFD", "\uFFFD"}},
+             {"printf vorher; kill -9 $$", {9, "vorher", ""}},
+             {"exec >&- 2>&-; sleep 0.05; exit 5", {5, "", ""}},
+             {"(sleep 0.1; printf spät) & printf früh-", {0, "früh-spät", ""}}}) // its child holds on
+        EXPECT_EQ(skript(text), soll) << text;
+}
+
+TEST(Lauf, leertBeideStroemeZugleich) {
+    const auto e = skript("for i in 1 2 3; do head -c 200000 /dev/zero >&2; head -c 300000 /dev/zero; done");
+    EXPECT_EQ(e.status, 0);
+    EXPECT_EQ(e.ausgabe.size(), 900'000U);
+    EXPECT_EQ(e.fehler.size(), 600'000U);
+}
+
+TEST(Lauf, reichtArgumenteUndUmgebungUnveraendertWeiter) {
+    EXPECT_EQ(lauf("/usr/bin/printf", {"<%s>", "a b", "$HOME", "*", "", "\"';ü"}, 20).ausgabe,
+              "<a b><$HOME><*><><\"';ü>");
+    std::string umgebung;
+    for (char** eintrag = environ; *eintrag != nullptr; ++eintrag)
+        umgebung += std::string(*eintrag) + '\n';
+    EXPECT_EQ(lauf("/usr/bin/env", {}, 20).ausgabe, umgebung);
+}
+
+TEST(Lauf, sagtWarumEinWerkzeugNichtBeginnt) {
+    const Ordner ordner;
+    for (const auto& [pfad, grund] : std::vector<std::pair<std::string, std::string>>{
+             {ordner.pfad() + "/fehlt", "Datei oder Ordner nicht gefunden"},
+             {"true", "Datei oder Ordner nicht gefunden"}, // PATH is not consulted
+             {ordner.pfad(), "Keine Berechtigung"},
+             {ordner.lege("/text", "echo ohne Shell"), "Keine Berechtigung"},
+             {ordner.lege("/skript", "echo ohne Shell", true), "Kein ausführbares Programm"}})
+        EXPECT_EQ(lauf(pfad, {}, 20), (Ergebnis{-1, "", pfad + ": " + grund}));
+}
+
+TEST(Lauf, bittetAmLimitUmDasEnde) {
+    const auto beginn = std::chrono::steady_clock::now();
+    EXPECT_EQ(skript("printf vorher; exec sleep 30", 0.05), (Ergebnis{SIGTERM, "vorher", ""}));
+    EXPECT_EQ(skript("trap 'printf nachher; exit 4' TERM; printf vorher-; while :; do sleep 0.01; done", 0.1),
+              (Ergebnis{4, "vorher-nachher", ""}));
+    EXPECT_LT(std::chrono::steady_clock::now() - beginn, std::chrono::seconds(10));
+}
+
+// Two tools that ignore the request, side by side because it takes its time: one ends within the grace of
+// 2 s, the other goes on after it, is not killed, and closes its outputs a little before it ends.
+TEST(Lauf, laesstEinemUneinsichtigenWerkzeugSeineZeit) {
+    auto imRahmen =
+        std::async(std::launch::async, skript, "trap '' TERM; exec >&- 2>&-; sleep 1.8; exit 6", 0.05);
+    EXPECT_EQ(skript("trap '' TERM; sleep 2.15; printf fertig; exec >&- 2>&-; sleep 0.05; exit 7", 0.05),
+              (Ergebnis{7, "fertig", ""}));
+    EXPECT_EQ(imRahmen.get(), (Ergebnis{6, "", ""}));
+}
+
+TEST(Lauf, vererbtNurDieStandardstroeme) {
+    const Deskriptor unmarkiert(::socket(AF_INET, SOCK_STREAM, 0));
+    ASSERT_TRUE(unmarkiert);
+    EXPECT_EQ(lauf("/bin/ls", {"/dev/fd"}, 20).ausgabe, "0\n1\n2\n3\n"); // 3 is the folder it reads
+}
+
+TEST(Lauf, gibtDemWerkzeugDieUeblichenSignaleZurueck) {
+    AsioSchlange q("signale");
+    const auto quelle = beiSignal(SIGTERM, q, [](int) {});
+    const auto frueher = std::signal(SIGPIPE, SIG_IGN);
+    sigset_t alle;
+    sigset_t vorher;
+    sigfillset(&alle);
+    ::pthread_sigmask(SIG_BLOCK, &alle, &vorher);
+    for (const int signal : {SIGPIPE, SIGTERM, SIGINT, SIGHUP})
+        EXPECT_EQ(skript("kill -" + std::to_string(signal) + " $$; echo lebt"), (Ergebnis{signal, "", ""}));
+    ::pthread_sigmask(SIG_SETMASK, &vorher, nullptr);
+    std::signal(SIGPIPE, frueher);
+}
+
+TEST(Lauf, kommtMitDescriptormangelZurechtUndLaesstKeineZurueck) {
+    const auto vorher = offeneDeskriptoren();
+    const auto beginn = std::chrono::steady_clock::now();
+    for (int frei = 0; frei <= 5; ++frei) {
+        Ergebnis e;
+        {
+            const Engpass engpass(frei);
+            e = skript("echo da; exec >&- 2>&-; sleep 0.02");
+        }
+        // Two pipes take four. Without a fifth, the tool's end is asked for instead of announced.
+        const Ergebnis mangel{-1, "", "/bin/sh: Zu viele offene Dateien"};
+        EXPECT_EQ(e, frei < 4 ? mangel : (Ergebnis{0, "da\n", ""})) << frei;
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - beginn, std::chrono::seconds(10));
+    for (int i = 0; i < 200; ++i)
+        ASSERT_EQ(lauf(i % 2 == 0 ? "/bin/true" : "/fehlt", {}, 20).status, i % 2 == 0 ? 0 : -1);
+    EXPECT_EQ(offeneDeskriptoren(), vorher);
+}
+
+} // namespace

@@ -1,0 +1,200 @@
+// The system proxy: the tools' texts, their calls, and what is remembered about them.
+
+#include "netz/ProxySteuerung.hpp"
+#include "netz/Variante.hpp"
+#include "plattform/Text.hpp"
+#include "tests/hilfe/SpeicherEinstellungen.hpp"
+
+#include <gtest/gtest.h>
+
+using namespace mobilsteg;
+using Vielleicht = std::optional<std::string>;
+
+namespace {
+
+/// Plays the outside tools: every run must be the next one of the script, and none may be left over. A run is
+/// written as program, arguments and limit with bars between them.
+class Drehbuch {
+public:
+    using Auftritt = std::pair<std::string, Ergebnis>;
+
+    explicit Drehbuch(std::vector<Auftritt> auftritte) : auftritte_(std::move(auftritte)) {}
+    ~Drehbuch() { EXPECT_EQ(naechster_, auftritte_.size()) << "the script was not played to its end"; }
+    Drehbuch(const Drehbuch&) = delete;
+    Drehbuch& operator=(const Drehbuch&) = delete;
+
+    [[nodiscard]] Laeufer laeufer() {
+        return [this](const std::string& programm, const std::vector<std::string>& worte, double sekunden) {
+            const std::string lauf =
+                programm + "|" + verbunden(worte, "|") + "|" + std::to_string(static_cast<int>(sekunden));
+            const bool vorgesehen = naechster_ < auftritte_.size();
+            EXPECT_EQ(lauf, vorgesehen ? auftritte_[naechster_].first : "nothing more");
+            return vorgesehen ? auftritte_[naechster_++].second : Ergebnis{};
+        };
+    }
+
+private:
+    std::vector<Auftritt> auftritte_;
+    std::size_t naechster_ = 0;
+};
+
+const std::string reihenfolge = R"(An asterisk (*) denotes that a network service is disabled.
+(*) Bluetooth PAN
+(Hardware Port: Bluetooth PAN, Device: en9)
+
+(1) USB 10/100 LAN
+(Hardware Port: USB 10/100 LAN, Device: en10)
+
+(2) Firmen-VPN
+(Hardware Port: L2TP, Device: )
+
+	(3)  Wi-Fi (zu Hause) )x 
+	(Hardware Port: Wi-Fi, Device: en1)
+)";
+
+TEST(SystemProxy, findetDieSchnittstelleDerStandardroute) {
+    for (const auto& [ausgabe, soll] : std::vector<std::pair<std::string, Vielleicht>>{
+             {"   route to: default\n    gateway: fe80::1%en7\n  interface: en0\n      flags: <UP>\n", "en0"},
+             {"interface:\ten0 \t\n  interface: en1\n", "en0"},
+             {"if: x interface: utun4", "utun4"},
+             {"interface: a:b::", "b"},
+             {"route: writing to routing socket: not in table\n", std::nullopt},
+             {"", std::nullopt}})
+        EXPECT_EQ(SystemProxy::schnittstelle(ausgabe), soll) << ausgabe;
+}
+
+TEST(SystemProxy, waehltDenDienstDerSchnittstelleOderDenErstenEingeschalteten) {
+    for (const auto& [schnittstelle, text, soll] :
+         std::vector<std::tuple<Vielleicht, std::string, Vielleicht>>{
+             {"en1", reihenfolge, "Wi-Fi (zu Hause) )x"}, // not en10, which comes first
+             {"en10", reihenfolge, "USB 10/100 LAN"},
+             {"en9", reihenfolge, "Bluetooth PAN"}, // disabled, but it carries the route
+             {"en", reihenfolge, "USB 10/100 LAN"},
+             {std::nullopt, reihenfolge, "USB 10/100 LAN"},
+             {"en0", "(Hardware Port: Wi-Fi, Device: en0)\n(1) LAN\n", "LAN"}, // a port without its service
+             {"en0", "(1) LAN\n(2 Wi-Fi\n(Hardware Port: Wi-Fi, Device: en0)", "LAN"},
+             {"en7", "(*) Wi-Fi\n(Hardware Port: Wi-Fi, Device: en0)\n", std::nullopt},
+             {"en0", "", std::nullopt}})
+        EXPECT_EQ(SystemProxy::dienstFuer(schnittstelle, text), soll) << schnittstelle.value_or("-") << text;
+}
+
+TEST(SystemProxy, gibtDieMeldungDesWerkzeugsWeiter) {
+    for (const auto& [ergebnis, soll] : std::vector<std::pair<Ergebnis, std::string>>{
+             {{4, "X is not a recognized network service.\n", ""}, "X is not a recognized network service."},
+             {{14, "", "** Error: Command requires admin privileges.\n"},
+              "** Error: Command requires admin privileges."},
+             {{1, "aus\n", "feh"}, "feh aus"},
+             {{15, " \n", "\n"}, "networksetup: Rückgabe 15"},
+             {{-9, "", ""}, "networksetup: Rückgabe -9"}})
+        EXPECT_EQ(SystemProxy::fehlertext(ergebnis), soll);
+}
+
+const std::string netzwerk = "/w/usr/sbin/networksetup|";
+const std::string route = "/w/sbin/route|-n|get|default|5";
+const std::string liste = netzwerk + "-listnetworkserviceorder|5";
+
+std::string adresse(const std::string& dienst) {
+    return netzwerk + "-setsocksfirewallproxy|" + dienst + "|127.0.0.1|1080|10";
+}
+
+std::string schalter(const std::string& dienst, const std::string& stellung) {
+    return netzwerk + "-setsocksfirewallproxystate|" + dienst + "|" + stellung + "|10";
+}
+
+const std::string dienst = "Wi-Fi (zu Hause) )x";
+const Ergebnis gut{0, "", ""};
+
+/// The control on a script of its own; the settings outlive it as those of the user do.
+struct Lauf {
+    Lauf(Einstellungen& einstellungen, std::vector<Drehbuch::Auftritt> auftritte)
+        : drehbuch(std::move(auftritte)),
+          steuerung(SystemProxy(drehbuch.laeufer(), {"/heim", "/w"}, einstellungen)) {}
+    Drehbuch drehbuch;
+    ProxySteuerung steuerung;
+};
+
+TEST(ProxySteuerung, setztUndNimmtWegAufDemGefundenenDienst) {
+    SpeicherEinstellungen e;
+    Lauf lauf(e, {{route, {1, "interface: en1", "its status does not count"}},
+                  {liste, {1, reihenfolge, ""}},
+                  {adresse(dienst), {0, "", "nor what a success says"}},
+                  {schalter(dienst, "on"), gut},
+                  {schalter(dienst, "off"), gut}});
+    ProxySteuerung& s = lauf.steuerung;
+    const auto [ausgang, text] = s.setze();
+    EXPECT_EQ(ausgang, ProxySteuerung::Ausgang::gesetzt);
+    EXPECT_EQ(text, dienst);
+    EXPECT_EQ(e.text("proxy.dienst"), dienst);
+    e.setzeText("proxy.dienst", "anderer"); // by a second program; this one undoes its own deed
+    EXPECT_TRUE(s.gesetzt());
+    EXPECT_EQ(s.nimmWeg(), dienst);
+    EXPECT_FALSE(s.gesetzt() || e.text("proxy.dienst"));
+    EXPECT_EQ(s.dienst(), dienst);
+    EXPECT_EQ(s.nimmWeg(), std::nullopt) << "nothing to take away: no tool runs";
+}
+
+TEST(ProxySteuerung, merktSichNurGanzeErfolge) {
+    using enum ProxySteuerung::Ausgang;
+    for (const auto& [auftritte, ausgang, text] :
+         std::vector<std::tuple<std::vector<Drehbuch::Auftritt>, ProxySteuerung::Ausgang, std::string>>{
+             {{{route, gut}, {liste, gut}}, keinDienst, ""},
+             {{{route, {-1, "", "x"}}, {liste, {0, "(1) LAN", ""}}, {adresse("LAN"), {4, "fremd\n", ""}}},
+              misslungen,
+              "fremd"},
+             {{{route, gut},
+               {liste, {0, "(1) LAN", ""}},
+               {adresse("LAN"), gut},
+               {schalter("LAN", "on"), {14, "", ""}}},
+              misslungen,
+              "networksetup: Rückgabe 14"}}) {
+        SpeicherEinstellungen e;
+        Lauf lauf(e, auftritte);
+        const auto setzung = lauf.steuerung.setze();
+        EXPECT_EQ(setzung.ausgang, ausgang);
+        EXPECT_EQ(setzung.text, text);
+        EXPECT_TRUE(e.werte.empty() && !lauf.steuerung.gesetzt() && !lauf.steuerung.dienst());
+    }
+}
+
+TEST(ProxySteuerung, raeumtHinterEinemAbsturzAufUndGibtNichtAuf) {
+    SpeicherEinstellungen e;
+    e.setzeText("proxy.dienst", "Altes WLAN");
+    const std::string aus = schalter("Altes WLAN", "off");
+    Lauf lauf(e, {{aus, {14, "", "verboten"}}, {aus, {14, "", "verboten"}}, {aus, gut}});
+    lauf.steuerung.nimmUebriggebliebenenWeg();
+    EXPECT_EQ(lauf.steuerung.nimmWeg(), "Altes WLAN");
+    EXPECT_EQ(e.text("proxy.dienst"), "Altes WLAN") << "it may still be on";
+    EXPECT_EQ(lauf.steuerung.nimmWeg(), "Altes WLAN");
+    EXPECT_TRUE(e.werte.empty());
+    lauf.steuerung.nimmUebriggebliebenenWeg();
+}
+
+TEST(Variante, ausgabeUndProfilEntscheiden) {
+    const std::string vpn =
+        " braucht einmal Administratorrechte: Er legt eine Netzwerkschnittstelle an und leitet "
+        "den Verkehr des Mac — auch Ihren VPN — über das Handy, das WLAN und Mobilfunk bündelt. "
+        "Beim Abstecken wird alles zurückgebaut.";
+    const std::string reise =
+        "Mobilsteg Bordlotse braucht einmal Administratorrechte für den Volltunnel: "
+        "Netzwerkschnittstelle anlegen, Routen und DNS setzen. Beim Abstecken wird alles "
+        "zurückgebaut.";
+    for (const auto& [kennung, profil, soll, grund] :
+         std::vector<std::tuple<std::string, Vielleicht, std::string, std::string>>{
+             {"de.mobilsteg.vpnlotse", std::nullopt, "vpn", "Mobilsteg VPN-Lotse" + vpn},
+             {"de.mobilsteg.vpnlotse", "reise", "reise", reise},
+             {"de.mobilsteg.vpnlotse", "VPN", "VPN", reise},
+             {"de.mobilsteg.bordlotse", std::nullopt, "reise", reise},
+             {"de.mobilsteg.bordlotse", "vpn", "vpn", "Mobilsteg Bordlotse · VPN" + vpn},
+             {"vpnlotse.mobilsteg", "", "", reise},
+             {"", std::nullopt, "reise", reise}}) {
+        SpeicherEinstellungen e;
+        const Variante v(Buendel{kennung, {}, {}, {}}, e);
+        if (profil)
+            e.setzeText("profil", *profil); // asked for anew each time
+        EXPECT_EQ(v.profil(), soll);
+        EXPECT_EQ(v.aktuell() == Variante::Art::vpn, soll == "vpn");
+        EXPECT_EQ(v.adminGrund(), grund);
+    }
+}
+
+} // namespace

@@ -1,0 +1,222 @@
+// The status service as its clients find it: well-behaved ones, and all the others.
+
+#include "standdienst/Standdienst.hpp"
+
+#include "tests/plattform/Deskriptoren.hpp"
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
+
+using namespace mobilsteg;
+using namespace std::chrono_literals;
+
+namespace {
+
+const std::string cors = "Access-Control-Allow-Origin: *\r\nAccess-Control-Allow-Methods: GET, OPTIONS\r\n"
+                         "Access-Control-Allow-Headers: *\r\nAccess-Control-Allow-Private-Network: true\r\n";
+const std::string vorabantwort =
+    "HTTP/1.1 204 No Content\r\n" + cors + "Content-Length: 0\r\nConnection: close\r\n\r\n";
+
+std::string antwortMit(const std::string& dokument) {
+    return "HTTP/1.1 200 OK\r\nContent-Type: application/json; charset=utf-8\r\nCache-Control: no-store\r\n" +
+           cors + "Content-Length: " + std::to_string(dokument.size()) + "\r\nConnection: close\r\n\r\n" +
+           dokument;
+}
+
+/// A connection to the service. It gives up reading after a while, long before the service's own limit.
+class Klient {
+public:
+    explicit Klient(std::uint16_t port) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
+        sockaddr_in ziel{};
+        ziel.sin_family = AF_INET;
+        ziel.sin_port = htons(port);
+        ziel.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        const timeval geduld{4, 0};
+        ::setsockopt(socket_.nummer(), SOL_SOCKET, SO_RCVTIMEO, &geduld, sizeof geduld);
+        verbunden = ::connect(socket_.nummer(), reinterpret_cast<sockaddr*>(&ziel), sizeof ziel) == 0;
+    }
+
+    void sende(const std::string& bytes) const {
+        (void)!::send(socket_.nummer(), bytes.data(), bytes.size(), 0);
+    }
+    void sagtNichtsMehr() const { ::shutdown(socket_.nummer(), SHUT_WR); }
+
+    /// Everything up to the end of the connection.
+    [[nodiscard]] std::string lies() const {
+        std::string alles;
+        std::array<char, 4096> block{};
+        ssize_t n = 0;
+        while ((n = ::recv(socket_.nummer(), block.data(), block.size(), 0)) > 0)
+            alles.append(block.data(), static_cast<std::size_t>(n));
+        return n == 0 ? alles : alles + "[kein Ende: " + std::to_string(errno) + "]";
+    }
+
+    /// Whether the service has ended the connection by now.
+    [[nodiscard]] bool beendet() const {
+        char byte = 0;
+        return ::recv(socket_.nummer(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+    }
+
+    /// Whether the service answers unread bytes with a reset; waits a moment for it.
+    [[nodiscard]] bool abgerissen() const {
+        pollfd fall{socket_.nummer(), 0, 0};
+        return ::poll(&fall, 1, 30) > 0 && (fall.revents & POLLERR) != 0;
+    }
+
+    /// Leaves with a reset instead of a farewell.
+    void reisseAb() {
+        const linger sofort{1, 0};
+        ::setsockopt(socket_.nummer(), SOL_SOCKET, SO_LINGER, &sofort, sizeof sofort);
+        socket_.schliesse();
+    }
+
+    bool verbunden = false;
+
+private:
+    Deskriptor socket_;
+};
+
+class StanddienstTest : public testing::Test {
+protected:
+    explicit StanddienstTest(Standdienst::Grenzen grenzen = {}) : dienst(q, 0, grenzen) {
+        std::signal(SIGPIPE, SIG_IGN);
+        dienst.starte();
+    }
+
+    [[nodiscard]] std::string frage(const std::string& bytes = "GET /stand HTTP/1.1\r\n\r\n") const {
+        const Klient klient(dienst.port());
+        klient.sende(bytes);
+        return klient.lies();
+    }
+
+    AsioSchlange q{"standdienst"};
+    Standdienst dienst;
+};
+
+TEST_F(StanddienstTest, antwortetAufJedesErsteWort) {
+    EXPECT_EQ(frage(), antwortMit("{}")) << "before the first document";
+    const std::string dokument("{\"a\": \"ü\0\"}", 12);
+    dienst.setzeDokument(dokument);
+    for (const auto* vorab :
+         {"OPTIONS /stand HTTP/1.1\r\nOrigin: x\r\n\r\n", "OPTIONS", "  OPTIONS x", "OPTIONS "})
+        EXPECT_EQ(frage(vorab), vorabantwort) << vorab;
+    for (const auto* anderes :
+         {"GET /anderes HTTP/1.1\r\n\r\n", "POST /stand HTTP/1.1\r\nContent-Length: 2\r\n\r\nab",
+          "options / x", "OPTIONSX / x", "OPTIONS\r\n\r\n", "\xFF\xFE", " ", "O"})
+        EXPECT_EQ(frage(anderes), antwortMit(dokument)) << anderes;
+    const Klient weitschweifiger(dienst.port());
+    weitschweifiger.sende("POST / HTTP/1.1\r\n\r\n" + std::string(60'000, 'x'));
+    EXPECT_EQ(weitschweifiger.lies(), antwortMit(dokument));
+    EXPECT_FALSE(weitschweifiger.abgerissen()) << "on other systems a reset takes the unread answer with it";
+    const Klient stummer(dienst.port());
+    stummer.sagtNichtsMehr();
+    EXPECT_EQ(stummer.lies(), antwortMit(dokument));
+    const Klient troepfelnder(dienst.port());
+    troepfelnder.sende("O");
+    EXPECT_EQ(troepfelnder.lies(), antwortMit(dokument)) << "one that stays finds the connection closed";
+}
+
+TEST_F(StanddienstTest, liefertImmerEinGanzesDokument) {
+    const std::string kurz = "{}";
+    const std::string lang(70'000, 'l');
+    std::atomic<bool> ende = false;
+    std::thread schreiber([&] {
+        while (!ende) {
+            dienst.setzeDokument(lang);
+            dienst.setzeDokument(kurz);
+        }
+    });
+    for (int i = 0; i < 50; ++i) {
+        const std::string antwort = frage();
+        EXPECT_TRUE(antwort == antwortMit(kurz) || antwort == antwortMit(lang)) << antwort.size();
+    }
+    ende = true;
+    schreiber.join();
+}
+
+TEST_F(StanddienstTest, haeltSchweigendeUndAbreissendeAus) {
+    rlimit grenze{};
+    ::getrlimit(RLIMIT_NOFILE, &grenze);
+    grenze.rlim_cur = grenze.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &grenze);
+    std::vector<Klient> schweigende;
+    for (int i = 0; i < 1000; ++i)
+        ASSERT_TRUE(schweigende.emplace_back(dienst.port()).verbunden) << i;
+    EXPECT_EQ(frage(), antwortMit("{}"));
+    EXPECT_EQ(schweigende.front().lies(), "") << "the longest waiting one makes room";
+    EXPECT_FALSE(schweigende.back().beendet());
+    for (std::size_t i = 0; i < 100; ++i) {
+        Klient abreissender(dienst.port());
+        if (i % 2 == 0)
+            abreissender.sende("GET / HTTP/1.1\r\n\r\n");
+        abreissender.reisseAb();
+    }
+    EXPECT_EQ(frage(), antwortMit("{}"));
+    EXPECT_EQ(socketsMitPort(::getsockname, dienst.port()).second, 0)
+        << "a tool would keep the port occupied";
+}
+
+TEST_F(StanddienstTest, bleibtBeiBelegtemPortStill) {
+    {
+        Standdienst zweiter(q, dienst.port(), {});
+        zweiter.starte();
+        EXPECT_EQ(zweiter.port(), 0);
+        zweiter.setzeDokument("fremd");
+    }
+    EXPECT_EQ(frage(), antwortMit("{}"));
+}
+
+TEST_F(StanddienstTest, gibtDenPortMitSeinemEndeFrei) {
+    std::uint16_t port = 0;
+    for (int i = 0; i < 5; ++i) {
+        std::optional<Standdienst> voriger(std::in_place, q, port, Standdienst::Grenzen{});
+        voriger->starte();
+        ASSERT_NE(voriger->port(), 0) << i;
+        port = voriger->port();
+        const Klient offener(port);
+        const Klient bedienter(port);
+        bedienter.sende("GET / HTTP/1.1\r\n\r\n");
+        EXPECT_EQ(bedienter.lies(), antwortMit("{}"));
+        voriger.reset();
+        EXPECT_EQ(offener.lies(), "");
+        EXPECT_FALSE(Klient(port).verbunden);
+    }
+}
+
+class Ungeduldiger : public StanddienstTest {
+protected:
+    Ungeduldiger() : StanddienstTest({50ms, 3}) {}
+};
+
+TEST_F(Ungeduldiger, trenntSchweigendeNachDerFrist) {
+    const Klient schweigender(dienst.port());
+    const Klient bedienter(dienst.port());
+    bedienter.sende("G");
+    EXPECT_EQ(schweigender.lies(), "");
+    EXPECT_EQ(bedienter.lies(), antwortMit("{}"));
+    for (int i = 0; i < 800 && socketsMitPort(::getsockname, dienst.port()).first > 1; ++i)
+        std::this_thread::sleep_for(5ms);
+    EXPECT_EQ(socketsMitPort(::getsockname, dienst.port()).first, 1) << "its own ends are given back, too";
+}
+
+TEST_F(StanddienstTest, laesstDenWerkzeugenIhreDeskriptoren) {
+    std::optional<Standdienst> enger;
+    {
+        const Engpass engpass(10); // 64 may be open
+        enger.emplace(q, 0, Standdienst::Grenzen{});
+        enger->starte();
+    }
+    std::vector<Klient> klienten;
+    for (int i = 0; i < 17; ++i)
+        klienten.emplace_back(enger->port());
+    EXPECT_EQ(klienten.front().lies(), "");
+    EXPECT_FALSE(klienten[1].beendet());
+}
+
+} // namespace
