@@ -51,7 +51,8 @@ TEST(Dateien, werdenGanzErsetztOderGarNicht) {
     const std::string ziel = ordner.lege("/stand.json", "alt");
     ordner.lege("/ordner/darin", "");
     EXPECT_TRUE(schreibeAtomar(ziel, std::string_view("neu\0", 4), Haltbarkeit::dauerhaft));
-    EXPECT_EQ(liesDatei(ziel), std::string("neu\0", 4));
+    EXPECT_TRUE(haengeAn(ziel, "er"));
+    EXPECT_EQ(liesDatei(ziel), std::string("neu\0er", 6));
     EXPECT_FALSE(schreibeAtomar(ordner.pfad() + "/ordner", "x", Haltbarkeit::fluechtig));
     EXPECT_FALSE(schreibeAtomar(ordner.pfad() + "/fehlt/x", "x", Haltbarkeit::fluechtig));
     const std::filesystem::directory_iterator uebrige(ordner.pfad());
