@@ -4,8 +4,6 @@
 
 namespace mobilsteg {
 
-namespace {
-
 Frage profilfrage() {
     return {
         "Nutzt du unterwegs einen Firmen-VPN?",
@@ -33,6 +31,8 @@ Frage willkommen(const std::string& anzeigename) {
         "fährt.",
         {"Verstanden"}};
 }
+
+namespace {
 
 void frageNachProfil(Kabel& kabel, Einstellungen& einstellungen, Dialog& dialog) {
     if (einstellungen.text("profil") || kabel.variante().bundleB2B())

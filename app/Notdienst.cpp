@@ -3,10 +3,13 @@
 #include "ansicht/Browser.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
 #include "handy/Adb.hpp"
+#include "handy/CurlHttp.hpp"
 #include "netz/SystemProxy.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
+#include "standdienst/Standdienst.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <set>
 
@@ -41,35 +44,66 @@ struct Umfeld {
     Adb adb;
 };
 
-/// Whether the service's SOCKS proxy is on and points at our port.
-bool zeigtAufUns(const Umfeld& umfeld, const std::string& dienst) {
+/// A copy that runs sets everything again as soon as the phone shares.
+void warneVorLaufendem() {
+    CurlHttp http;
+    HttpAnfrage anfrage;
+    anfrage.url = "http://127.0.0.1:" + std::to_string(Standdienst::standardPort) + "/stand";
+    const auto stand = http.hole(anfrage);
+    if (stand && stand->koerper.find("\"app\": \"mobilsteg-") != std::string::npos)
+        sage("Achtung: Ein Bordlotse läuft noch und setzt alles wieder, sobald das Handy freigibt — erst "
+             "beenden.");
+}
+
+enum class Ziel { wir, andere, unbekannt };
+
+/// Where the service's SOCKS proxy points, if it is on.
+Ziel proxyZiel(const Umfeld& umfeld, const std::string& dienst) {
     const auto ergebnis = umfeld.networksetup({"-getsocksfirewallproxy", dienst});
-    bool an = false;
-    bool hier = false;
-    bool port = false;
-    for (const auto zeile : teile(ergebnis.ausgabe, '\n')) {
-        an = an || zeile == "Enabled: Yes";
-        hier = hier || zeile == "Server: 127.0.0.1";
-        port = port || zeile == "Port: " + std::to_string(socksPort);
-    }
-    return an && hier && port;
+    if (ergebnis.status != 0)
+        return Ziel::unbekannt;
+    const auto hat = [&](const std::string& gesuchte) {
+        const auto zeilen = teile(ergebnis.ausgabe, '\n');
+        return std::find(zeilen.begin(), zeilen.end(), gesuchte) != zeilen.end();
+    };
+    const bool wir =
+        hat("Enabled: Yes") && hat("Server: 127.0.0.1") && hat("Port: " + std::to_string(socksPort));
+    return wir ? Ziel::wir : Ziel::andere;
+}
+
+/// Switches one off and says what came of it. The remembered one's memory goes only with success.
+void schalteAus(Umfeld& umfeld, const std::string& dienst, bool gemerkt) {
+    std::optional<std::string> grund;
+    if (gemerkt)
+        grund = umfeld.proxy.entfernen(dienst);
+    else if (const auto aus = umfeld.networksetup({"-setsocksfirewallproxystate", dienst, "off"});
+             aus.status != 0)
+        grund = SystemProxy::fehlertext(aus);
+    sage("System-Proxy: " + (grund ? "an „" + dienst + "“ nicht ausgeschaltet: " + *grund
+                                   : "an „" + dienst + "“ ausgeschaltet"));
 }
 
 void nimmProxyWeg(Umfeld& umfeld) {
-    std::set<std::string> betroffene;
+    const auto gemerkt = umfeld.proxy.gemerkterDienst();
+    if (gemerkt)
+        schalteAus(umfeld, *gemerkt, true);
     // The settings may be damaged, and another edition keeps its own: so every service is asked itself.
-    for (const auto& dienst : SystemProxy::dienste(umfeld.networksetup({"-listnetworkserviceorder"}).ausgabe))
-        if (zeigtAufUns(umfeld, dienst))
-            betroffene.insert(dienst);
-    if (const auto gemerkt = umfeld.proxy.gemerkterDienst())
-        betroffene.insert(*gemerkt);
-    if (betroffene.empty())
-        sage("System-Proxy: keiner zeigt auf 127.0.0.1:" + std::to_string(socksPort));
-    for (const auto& dienst : betroffene) {
-        const auto grund = umfeld.proxy.entfernen(dienst);
-        sage("System-Proxy: " + (grund ? "an „" + dienst + "“ nicht ausgeschaltet: " + *grund
-                                       : "an „" + dienst + "“ ausgeschaltet"));
+    const auto liste = umfeld.networksetup({"-listnetworkserviceorder"});
+    const auto dienste = SystemProxy::dienste(liste.ausgabe);
+    if (liste.status != 0 || dienste.empty())
+        return sage("System-Proxy: die Netzwerkdienste lassen sich nicht befragen: " +
+                    SystemProxy::fehlertext(liste));
+    bool gefunden = gemerkt.has_value();
+    for (const auto& dienst : dienste) {
+        const Ziel ziel = proxyZiel(umfeld, dienst);
+        if (ziel == Ziel::unbekannt)
+            sage("System-Proxy: „" + dienst + "“ lässt sich nicht befragen");
+        else if (ziel == Ziel::wir)
+            schalteAus(umfeld, dienst, false);
+        gefunden = gefunden || ziel != Ziel::andere;
     }
+    if (!gefunden)
+        sage("System-Proxy: keiner zeigt auf 127.0.0.1:" + std::to_string(socksPort));
 }
 
 void beendeHelfer(const Umfeld& umfeld) {
@@ -80,12 +114,9 @@ void beendeHelfer(const Umfeld& umfeld) {
     Volltunnel volltunnel({haupt, uhr, skript, variante, umfeld.buendel.ressourcen, umfeld.orte});
     if (!volltunnel.markeLiegt())
         return sage("Volltunnel: keiner läuft");
-    volltunnel.stopp();
-    if (!volltunnel.markeLiegt())
-        return sage("Volltunnel: beendet, Routen und DNS zurückgebaut");
-    sage("Volltunnel: der Helfer hat auf die Bitte aufzuhören nicht geantwortet; läuft kein anderer "
-         "Bordlotse mehr, "
-         "hilft ein Neustart des Mac");
+    sage(volltunnel.stoppeUebriggebliebenen() ? "Volltunnel: beendet, Routen und DNS zurückgebaut"
+                                              : "Volltunnel: der Helfer antwortet nicht und gilt als tot; "
+                                                "ist das Netz noch gestört, hilft ein Neustart");
 }
 
 bool istUnserForward(std::string_view lokal, std::string_view amHandy) {
@@ -106,9 +137,10 @@ void entferneForwards(const Umfeld& umfeld) {
         const auto worte = teile(beschnitten(zeile), ' ');
         if (worte.size() != 3 || !istUnserForward(worte[1], worte[2]))
             continue;
-        (void)lauf(*adb, {"-s", std::string(worte[0]), "forward", "--remove", std::string(worte[1])},
-                   adbSekunden);
-        ++entfernte;
+        const std::vector<std::string> weg = {"-s", std::string(worte[0]), "forward", "--remove",
+                                              std::string(worte[1])};
+        if (lauf(*adb, weg, adbSekunden).status == 0)
+            ++entfernte;
     }
     sage(entfernte == 0 ? "Forwards: keine gefunden"
                         : "Forwards: " + std::to_string(entfernte) + " entfernt");
@@ -122,6 +154,7 @@ std::string oderNichts(const std::optional<std::string>& text) {
 
 int aufraeumdienst(const Befehlszeile& zeile, const std::string& kennung) {
     Umfeld umfeld(zeile, kennung);
+    warneVorLaufendem();
     // The proxy first: it is what cuts the Mac off.
     nimmProxyWeg(umfeld);
     beendeHelfer(umfeld);

@@ -11,6 +11,7 @@ using namespace mobilsteg;
 
 int main(int anzahl, char** worte) {
     sichereStandardstroeme();
+    std::signal(SIGCHLD, SIG_DFL); // ignored by whoever started us, no tool's status could be had
     std::signal(SIGPIPE, SIG_IGN); // a reader of our output that goes away must not take the clean-up with it
 
     const std::string programm = std::filesystem::path(worte[0]).filename().string();

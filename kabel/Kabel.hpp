@@ -31,6 +31,9 @@
 
 namespace mobilsteg {
 
+/// What is asked before the full tunnel's first activation.
+[[nodiscard]] Frage tunnelerklaerung();
+
 /// The one controller: owns the parts of the link, fixes their order, and turns what they find into phase,
 /// log line and published state.
 class Kabel {
@@ -125,6 +128,7 @@ private:
     void volltunnelGestartet(const Tunnelauftrag& auftrag, const std::optional<std::string>& grund);
     void volltunnelWeg();
     void volltunnelPruefen();
+    void volltunnelZurueckgebaut(const std::string& grund);
 
     void messeVerbindungen();
     void vpnsLesen();

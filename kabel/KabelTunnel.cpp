@@ -6,8 +6,6 @@
 
 namespace mobilsteg {
 
-namespace {
-
 Frage tunnelerklaerung() {
     return {"Volltunnel: gleich fragt macOS nach deinem Administrator-Passwort",
             "Der Volltunnel legt eine eigene Netzwerkschnittstelle an und setzt Routen und DNS, damit alles "
@@ -20,6 +18,8 @@ Frage tunnelerklaerung() {
             "selbst zurück.",
             {"Weiter", "Abbrechen"}};
 }
+
+namespace {
 
 std::string laufzeile(const Tunnelauftrag& auftrag) {
     if (auftrag.nurVPN)
@@ -87,7 +87,7 @@ void Kabel::setzeNurVPN(bool an) {
 void Kabel::volltunnelNachziehen() {
     if (aufgeraeumt_)
         return;
-    if (!tunnel_.wunsch.an && tunnel_.laeuft())
+    if (!tunnel_.wunsch.an)
         return volltunnelWeg();
     if (!tunnel_.startFaellig(verbindung_.bewiesen()))
         return;
@@ -121,8 +121,11 @@ void Kabel::volltunnelGestartet(const Tunnelauftrag& auftrag, const std::optiona
         });
         return;
     }
-    if (!laeuft) // it came up, but a loss of the link has stopped it before we heard
-        return volltunnelNachziehen();
+    if (!laeuft) { // it came up and has gone again before we heard: by our request, or by itself
+        if (tunnel_.volltunnel().stoppGebeten())
+            return volltunnelNachziehen();
+        return volltunnelZurueckgebaut(tunnel_.volltunnel().grund());
+    }
     protokoll(laufzeile(auftrag));
     aushang_.veroeffentliche([](Zustand& z) {
         z.volltunnelLaeuft = true;
@@ -143,11 +146,15 @@ void Kabel::volltunnelWeg() {
 }
 
 void Kabel::volltunnelPruefen() {
-    const auto grund = tunnel_.zurueckgebaut();
-    if (!grund)
-        return;
-    protokoll("Volltunnel: Helfer hat sich zurückgebaut" + (grund->empty() ? "" : " — " + *grund));
-    a_.haupt.async([this, grund = *grund] {
+    if (const auto grund = tunnel_.zurueckgebaut())
+        return volltunnelZurueckgebaut(*grund);
+    if (tunnel_.aufgeschobenerFaellig(verbindung_.bewiesen()))
+        volltunnelNachziehen();
+}
+
+void Kabel::volltunnelZurueckgebaut(const std::string& grund) {
+    protokoll("Volltunnel: Helfer hat sich zurückgebaut" + (grund.empty() ? "" : " — " + grund));
+    a_.haupt.async([this, grund] {
         aushang_.aendere([](Zustand& z) { z.volltunnelLaeuft = false; });
         schalteVolltunnelAus(true); // it would only roll back again
         aushang_.aendere([&](Zustand& z) {

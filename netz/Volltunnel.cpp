@@ -76,13 +76,15 @@ std::optional<std::string> Volltunnel::fuehreSkriptAus(const std::string& quelle
 
 std::optional<std::string> Volltunnel::warteAufHelfer() {
     std::remove((stoppPfad_ + ".fehler").c_str());
-    for (int blick = 0; blick < startblicke; ++blick) {
+    for (int blick = 0; blick <= startblicke; ++blick) {
+        if (blick > 0)
+            a_.uhr.schlafe(blickabstand);
         if (markeLiegt())
             return std::nullopt;
         if (const auto fehler = liesDatei(stoppPfad_ + ".fehler"); fehler && !fehler->empty())
             return "zurückgebaut — " + grund();
-        a_.uhr.schlafe(blickabstand);
     }
+    bitteUmStopp(); // one that comes up after all must not run unseen
     return "Helfer meldet sich nicht (siehe " + protokollPfad_ + ")";
 }
 
@@ -96,11 +98,20 @@ bool Volltunnel::bestaetige() {
     return laeuft_;
 }
 
-void Volltunnel::stoppeUebriggebliebenen() {
-    if (!markeLiegt())
-        return;
+bool Volltunnel::stoppeUebriggebliebenen() {
     stopp();
+    if (!markeLiegt())
+        return true;
+    entferneMarke();
+    return false;
+}
+
+void Volltunnel::entferneMarke() {
     std::remove((stoppPfad_ + ".laeuft").c_str());
+}
+
+bool Volltunnel::stoppGebeten() const {
+    return existiert(stoppPfad_);
 }
 
 void Volltunnel::stopp() {

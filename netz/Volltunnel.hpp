@@ -58,8 +58,14 @@ public:
     void stopp();
 
     /// The same for a helper that an earlier run left. Its own watch should have ended it long ago: a mark
-    /// that outlives the request as well is a dead helper's, and is removed. Work queue.
-    void stoppeUebriggebliebenen();
+    /// that outlives the request as well is a dead helper's, and is removed; then false. Work queue.
+    bool stoppeUebriggebliebenen();
+
+    /// Removes the mark of a helper that is dead for certain.
+    void entferneMarke();
+
+    /// Whether the request to stop lies there: whoever goes now goes because we asked.
+    [[nodiscard]] bool stoppGebeten() const;
 
     /// Leaves the request to stop without waiting for anything; a helper that is only just coming up finds
     /// it.

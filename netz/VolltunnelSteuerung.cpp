@@ -1,5 +1,7 @@
 #include "netz/VolltunnelSteuerung.hpp"
 
+#include <utility>
+
 namespace mobilsteg {
 
 VolltunnelSteuerung::VolltunnelSteuerung(Volltunnel::Anschluesse anschluesse, Wunsch w)
@@ -7,6 +9,19 @@ VolltunnelSteuerung::VolltunnelSteuerung(Volltunnel::Anschluesse anschluesse, Wu
 
 bool VolltunnelSteuerung::startFaellig(bool bewiesen) const {
     return wunsch.an && bewiesen && !startet_ && !volltunnel_.laeuft() && !volltunnel_.markeLiegt();
+}
+
+bool VolltunnelSteuerung::aufgeschobenerFaellig(bool bewiesen) {
+    constexpr int geduld = 10; // ticks
+    const bool wartet =
+        wunsch.an && bewiesen && !startet_ && !volltunnel_.laeuft() && volltunnel_.stoppGebeten();
+    if (!wartet || !volltunnel_.markeLiegt()) {
+        // It only just went: then the start that waited for it is due.
+        return std::exchange(taktMitMarke_, 0) > 0 && startFaellig(bewiesen);
+    }
+    if (++taktMitMarke_ >= geduld)
+        volltunnel_.entferneMarke();
+    return false;
 }
 
 Tunnelauftrag VolltunnelSteuerung::beginne(const std::string& dienst) {
@@ -28,6 +43,11 @@ bool VolltunnelSteuerung::nimmWeg() {
         return false;
     volltunnel_.stopp();
     return true;
+}
+
+void VolltunnelSteuerung::nimmUebriggebliebenenWeg() {
+    if (volltunnel_.markeLiegt())
+        volltunnel_.stoppeUebriggebliebenen();
 }
 
 void VolltunnelSteuerung::gibAuf() {

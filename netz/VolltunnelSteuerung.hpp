@@ -25,6 +25,10 @@ public:
     /// even one that has not yet followed the request to go.
     [[nodiscard]] bool startFaellig(bool bewiesen) const;
 
+    /// Once a tick: whether a start that had to wait for an old helper is due now. A mark that stays for half
+    /// a minute after the request to stop is a dead helper's and is removed.
+    [[nodiscard]] bool aufgeschobenerFaellig(bool bewiesen);
+
     /// Marks a start as under way, and says what it is to be started with.
     [[nodiscard]] Tunnelauftrag beginne(const std::string& dienst);
 
@@ -40,7 +44,7 @@ public:
     [[nodiscard]] bool ueberholt(const Tunnelauftrag& auftrag, bool bewiesen) const;
 
     /// At the program's start: stops a helper that an earlier run left.
-    void nimmUebriggebliebenenWeg() { volltunnel_.stoppeUebriggebliebenen(); }
+    void nimmUebriggebliebenenWeg();
 
     /// Stops a helper, also one that an earlier run left. False: there was none. Blocks for up to 10 s.
     bool nimmWeg();
@@ -58,6 +62,7 @@ public:
 private:
     Volltunnel volltunnel_;
     bool startet_ = false;
+    int taktMitMarke_ = 0;
 };
 
 } // namespace mobilsteg

@@ -71,7 +71,9 @@ public:
         else
             ::posix_spawn_file_actions_addopen(&griffe_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         ::posix_spawn_file_actions_adddup2(&griffe_, fehler, STDERR_FILENO);
-        short merkmale = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+        // A process group of its own: a second Ctrl-C, or a terminal that is closed, must not shoot the tools
+        // with which the clean-up is just taking everything back.
+        short merkmale = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP;
         // Close-on-exec marks are ours; this catches what a library opened without one. An adb server that
         // the tool leaves behind would otherwise hold our ports and pipes for days.
 #ifdef __APPLE__
@@ -89,6 +91,7 @@ public:
         sigemptyset(&maske);
         ::posix_spawnattr_setsigdefault(&eigenschaften_, &standard);
         ::posix_spawnattr_setsigmask(&eigenschaften_, &maske);
+        ::posix_spawnattr_setpgroup(&eigenschaften_, 0);
         ::posix_spawnattr_setflags(&eigenschaften_, merkmale);
     }
     ~Startplan() {

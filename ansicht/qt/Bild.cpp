@@ -1,5 +1,6 @@
 #include "ansicht/qt/Bild.hpp"
 
+#include "ansicht/qt/Fragefenster.hpp"
 #include "ansicht/qt/Gestalt.hpp"
 #include "ansicht/qt/Leistenbild.hpp"
 #include "ansicht/qt/Panelfenster.hpp"
@@ -46,6 +47,17 @@ bool maleBild(const Baum& baum, bool dunkel, const std::string& pfadPng, double 
     panel.zeichne(baum);
     QImage bild = leinwand(panel.size(), massstab);
     panel.render(&bild);
+    return bild.save(qtText(pfadPng), "PNG");
+}
+
+bool maleFrage(const Frage& frage, bool dunkel, const std::string& pfadPng, double massstab) {
+    Fragefenster fenster(frage);
+    fenster.setPalette(dunkel ? dunklePalette() : hellePalette());
+    fenster.ensurePolished();
+    fenster.setAttribute(Qt::WA_DontShowOnScreen); // it takes its final size only when it is shown
+    fenster.show();
+    QImage bild = leinwand(fenster.size(), massstab);
+    fenster.render(&bild);
     return bild.save(qtText(pfadPng), "PNG");
 }
 

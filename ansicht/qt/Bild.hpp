@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ansicht/Baum.hpp"
+#include "plattform/Dialog.hpp"
 
 #include <string>
 
@@ -10,6 +11,9 @@ namespace mobilsteg {
 /// point, without ever showing it. Needs a QApplication, but no display. Main thread; false: the file could
 /// not be written.
 [[nodiscard]] bool maleBild(const Baum& baum, bool dunkel, const std::string& pfadPng, double massstab);
+
+/// The same with a question.
+[[nodiscard]] bool maleFrage(const Frage& frage, bool dunkel, const std::string& pfadPng, double massstab);
 
 /// The same with all symbols and their names, in the sizes that they are used in.
 [[nodiscard]] bool maleSymboltafel(bool dunkel, const std::string& pfadPng, double massstab);

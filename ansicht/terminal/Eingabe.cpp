@@ -15,6 +15,8 @@ namespace {
 
 // A line that never ends must not fill the memory; what exceeds this is no command.
 constexpr std::size_t laengsteZeile = 64U * 1024U;
+// Whoever types faster than this is no person, and has to wait.
+constexpr std::size_t meisteWartende = 1000;
 
 } // namespace
 
@@ -22,13 +24,15 @@ constexpr std::size_t laengsteZeile = 64U * 1024U;
 struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
     std::mutex schloss;
     std::condition_variable neues;
+    std::condition_variable platz;
     std::deque<std::string> zeilen;
     bool zuEnde = false;
     Schlange* haupt = nullptr; // gone once the owner is
     std::function<void(const std::string&)> befehl;
 
     void nimmAuf(std::string zeile) {
-        const std::lock_guard wache(schloss);
+        std::unique_lock wache(schloss);
+        platz.wait(wache, [&] { return zeilen.size() < meisteWartende || haupt == nullptr; });
         zeilen.push_back(std::move(zeile));
         neues.notify_one();
         if (haupt != nullptr)
@@ -48,6 +52,7 @@ struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
             return;
         const std::string zeile = std::move(zeilen.front());
         zeilen.pop_front();
+        platz.notify_one();
         wache.unlock();
         befehl(zeile);
     }
@@ -85,6 +90,7 @@ Eingabe::Eingabe(Schlange& haupt, std::function<void(const std::string&)> befehl
 Eingabe::~Eingabe() {
     const std::lock_guard wache(innen_->schloss);
     innen_->haupt = nullptr;
+    innen_->platz.notify_one();
 }
 
 void Eingabe::beginne() {
@@ -98,6 +104,7 @@ std::optional<std::string> Eingabe::naechste() {
         return std::nullopt;
     std::string zeile = std::move(innen_->zeilen.front());
     innen_->zeilen.pop_front();
+    innen_->platz.notify_one();
     return zeile;
 }
 

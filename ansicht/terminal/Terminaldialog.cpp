@@ -13,15 +13,12 @@ int Terminaldialog::frage(const Frage& frage) {
     std::fputs((text + "\n").c_str(), ausgabe_);
     std::fflush(ausgabe_);
 
-    while (const auto zeile = eingabe_.naechste()) {
-        const auto antwort = beschnitten(*zeile);
-        for (std::size_t i = 0; i < frage.knoepfe.size(); ++i)
-            if (antwort == std::to_string(i + 1) || antwort == frage.knoepfe[i])
-                return static_cast<int>(i);
-        std::fputs(("Bitte eine Zahl von 1 bis " + std::to_string(frage.knoepfe.size()) + ".\n\n").c_str(),
-                   ausgabe_);
-        std::fflush(ausgabe_);
-    }
+    // Whatever else was typed is an answer, too: that of somebody who does not choose the first button.
+    const auto zeile = eingabe_.naechste();
+    const auto antwort = beschnitten(zeile ? std::string_view(*zeile) : std::string_view());
+    for (std::size_t i = 0; i < frage.knoepfe.size(); ++i)
+        if (antwort == std::to_string(i + 1) || antwort == frage.knoepfe[i])
+            return static_cast<int>(i);
     return -1;
 }
 

@@ -7,7 +7,8 @@
 
 namespace mobilsteg {
 
-/// Asks by printing the texts and numbered buttons; the next line of input is the answer.
+/// Asks by printing the texts and numbered buttons; the next line of input is the answer: a button's number
+/// or its text. Any other line, like the end of input, counts as closing the question.
 class Terminaldialog final : public Dialog {
 public:
     Terminaldialog(std::FILE* ausgabe, Eingabe& eingabe) : ausgabe_(ausgabe), eingabe_(eingabe) {}

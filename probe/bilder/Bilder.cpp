@@ -3,6 +3,8 @@
 #include "ansicht/Inhalt.hpp"
 #include "ansicht/qt/Bild.hpp"
 #include "ansicht/qt/QtBetrieb.hpp"
+#include "app/Erststart.hpp"
+#include "kabel/Kabel.hpp"
 
 #include <cstdio>
 #include <cstdlib>
@@ -71,5 +73,13 @@ int main(int anzahl, char** worte) {
             std::printf("%s\n", pfad.c_str());
         }
     }
+    const std::pair<const char*, Frage> fragen[] = {
+        {"frage-profil", profilfrage()},
+        {"frage-willkommen", willkommen("Mobilsteg VPN-Lotse")},
+        {"frage-volltunnel", tunnelerklaerung()},
+    };
+    for (const auto& [name, frage] : fragen)
+        if (!maleFrage(frage, false, ordner + "/" + name + ".png", massstab))
+            return 1;
     return 0;
 }

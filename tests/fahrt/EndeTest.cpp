@@ -68,6 +68,23 @@ const Abschnitt abschnitte[] = {
 INSTANTIATE_TEST_SUITE_P(Ende, InJederPhase, testing::ValuesIn(abschnitte),
                          [](const auto& fall) { return std::string(fall.param.name); });
 
+/// The terminal sends Ctrl-C to all in its foreground: the tool that is taking the proxy back must survive
+/// it.
+TEST(Ende, einZweitesStrgCTrifftDasAufraeumenNicht) {
+    Fahrtbank bank;
+    const auto handy = bank.handy();
+    bank.starte();
+    bank.erwartePhase("Fährt mit");
+    bank.ordner.lege("/mac/zustand/langsam.networksetup", "");
+    const std::string vorher = bank.ordner.lies("/mac/zustand/aufrufe");
+    bank.programm->sendeGruppe(SIGINT);
+    ASSERT_TRUE(warteBis([&] { return bank.ordner.lies("/mac/zustand/aufrufe") != vorher; }));
+    bank.programm->sendeGruppe(SIGINT);
+    bank.programm->sendeGruppe(SIGHUP);
+    EXPECT_EQ(bank.programm->warteAufEnde(), 0);
+    EXPECT_FALSE(bank.proxyAn());
+}
+
 TEST(Ende, nachEinemAbschussRaeumtDerNaechsteStartDenProxyWegBevorDerErsteTaktEndet) {
     Fahrtbank bank;
     auto handy = bank.handy();

@@ -113,6 +113,7 @@ Programm::Programm(const std::vector<std::string>& worte, const std::string& aus
     argumente.push_back(nullptr);
     nummer_ = ::fork();
     if (nummer_ == 0) {
+        ::setpgid(0, 0); // as a shell's job
         const int ziel = ::open(ausgabe.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
         ::dup2(rohr[0], STDIN_FILENO);
         ::dup2(ziel, STDOUT_FILENO);
@@ -135,6 +136,10 @@ Programm::~Programm() {
 
 void Programm::sende(int signal) const {
     ::kill(nummer_, signal);
+}
+
+void Programm::sendeGruppe(int signal) const {
+    ::kill(-nummer_, signal);
 }
 
 void Programm::tippe(const std::string& zeile) const {

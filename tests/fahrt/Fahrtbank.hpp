@@ -23,6 +23,8 @@ public:
     Programm& operator=(const Programm&) = delete;
 
     void sende(int signal) const;
+    /// To the whole process group, as a terminal does.
+    void sendeGruppe(int signal) const;
     void tippe(const std::string& zeile) const;
     /// Waits for its end: exit code, or 128 and the signal's number. Absent: it did not end in time.
     std::optional<int> warteAufEnde(double sekunden = 30);

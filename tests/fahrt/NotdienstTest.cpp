@@ -33,8 +33,7 @@ TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
                       HasSubstr("Volltunnel: keiner läuft"), HasSubstr("Forwards: 2 entfernt")));
     EXPECT_FALSE(bank.proxyAn());
     EXPECT_EQ(bank.adb({"forward", "--list"}), "");
-    EXPECT_EQ(bank.ordner.lies(std::string(einstellungen) + ".defekt"), "{ kaputt")
-        << "kept, not overwritten";
+    EXPECT_EQ(bank.ordner.lies(einstellungen), "{ kaputt") << "not overwritten";
     EXPECT_THAT(bank.rufe({"--aufraeumen"}).ausgabe,
                 HasSubstr("System-Proxy: keiner zeigt auf 127.0.0.1:1080"));
 }

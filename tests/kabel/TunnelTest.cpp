@@ -207,6 +207,38 @@ TEST(Volltunnel, einAlterFehlerSchadetNichtUndEinWaisenhelferWirdBeendet) {
     delete alter;
 }
 
+TEST(Volltunnel, einHelferDerGehtBevorWirVonIhmHoerenFragtNichtEndlos) {
+    KabelWelt w;
+    ruesteAus(w);
+    w.tunnel.bisLaeuft = 100ms;
+    w.starte();
+    w.laufeBisSekunde(0.21);
+    w.q->async([&] { w.welt.uhr().schlafe(5s); }); // the work queue is busy when the news comes
+    w.laufeBisSekunde(2);
+    ASSERT_EQ(w.helfer, 1);
+    w.helferBautZurueck("kein Netz");
+    w.laufeBisSekunde(60);
+    EXPECT_EQ(w.skripte.size(), 1U);
+    EXPECT_EQ(w.zustand().meldung, "Volltunnel hat sich zurückgebaut: kein Netz");
+    EXPECT_EQ(gespeichert(w, "volltunnel"), false);
+}
+
+TEST(Volltunnel, nachEinemTotenHelferStartetDerNaechsteVonSelbst) {
+    KabelWelt w;
+    mitTunnel(w);
+    w.helferleben.back().reset(); // killed: its mark stays, and nobody answers
+    w.helfer = 0;
+    w.haupt.sync([&] { w.kabel->setzeVolltunnelAn(false); });
+    w.welt.laufe(12s); // the request goes unanswered
+    EXPECT_FALSE(w.zustand().volltunnelLaeuft);
+    w.haupt.sync([&] { w.kabel->setzeVolltunnelAn(true); });
+    w.welt.laufe(10s);
+    EXPECT_EQ(w.helfer, 0) << "it might still be there";
+    w.welt.laufe(40s);
+    EXPECT_EQ(w.helfer, 1);
+    EXPECT_TRUE(w.zustand().volltunnelLaeuft);
+}
+
 /// Whatever happens while the dialog stands open or the helper comes up: in the end the helper runs exactly
 /// when it is wanted and can, there never were two, and nobody waits for anybody in a circle.
 TEST(Volltunnel, wasImmerWaehrendDesStartsGeschieht) {

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "plattform/Dialog.hpp"
+
+#include <QMessageBox>
+
+#include <vector>
+
+namespace mobilsteg {
+
+/// A question as a window. Main thread only.
+class Fragefenster final : public QMessageBox {
+public:
+    explicit Fragefenster(const Frage& frage);
+
+    /// The index of the button that was clicked; -1: it was closed by other means.
+    [[nodiscard]] int antwort() const;
+
+protected:
+    void keyPressEvent(QKeyEvent* ereignis) override;
+    void closeEvent(QCloseEvent* ereignis) override;
+
+private:
+    std::vector<QAbstractButton*> knoepfe_;
+};
+
+} // namespace mobilsteg
