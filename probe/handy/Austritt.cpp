@@ -12,7 +12,7 @@ constexpr std::string_view anmeldeseite =
     "die "
     "Nutzungsbedingungen, um das Internet zu nutzen.</p></body></html>\n";
 
-std::string antwort(const Handyzustand& zustand) {
+std::string adressantwort(const Handyzustand& zustand) {
     const bool unsinn = zustand.proxy == Proxyart::unsinn;
     const std::string koerper = unsinn ? std::string(anmeldeseite) : zustand.austritt + "\n";
     return std::string("HTTP/1.1 200 OK\r\nContent-Type: ") + (unsinn ? "text/html" : "text/plain") +
@@ -35,7 +35,7 @@ void sammle(std::shared_ptr<Strom> strom, Handyzustand& zustand, std::string bis
         });
         return;
     }
-    std::string text = antwort(zustand);
+    std::string text = adressantwort(zustand);
     const std::size_t menge = text.size();
     strom->schreibe(std::move(text), [strom, &zustand, menge](bool heil) {
         if (heil) {

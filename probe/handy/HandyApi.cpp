@@ -94,9 +94,9 @@ bool istAnmeldung(const json& koerper) {
            (!koerper.contains("vpn") || koerper["vpn"].is_array());
 }
 
-class Sitzung : public std::enable_shared_from_this<Sitzung> {
+class HttpSitzung : public std::enable_shared_from_this<HttpSitzung> {
 public:
-    Sitzung(std::shared_ptr<Strom> strom, Handyzustand& zustand, Gedaechtnis& gedaechtnis)
+    HttpSitzung(std::shared_ptr<Strom> strom, Handyzustand& zustand, Gedaechtnis& gedaechtnis)
         : strom_(std::move(strom)), zustand_(zustand), gedaechtnis_(gedaechtnis),
           frist_(strom_->ausfuehrer()) {}
 
@@ -235,7 +235,7 @@ private:
 } // namespace
 
 void bedieneApi(std::shared_ptr<Strom> strom, Handyzustand& zustand, Gedaechtnis& gedaechtnis) {
-    std::make_shared<Sitzung>(std::move(strom), zustand, gedaechtnis)->arbeite();
+    std::make_shared<HttpSitzung>(std::move(strom), zustand, gedaechtnis)->arbeite();
 }
 
 } // namespace mobilsteg::probehandy

@@ -14,7 +14,7 @@ namespace {
 
 /// How long the last bytes from a Mac that has already closed may take on their way to a target that does not
 /// take them.
-constexpr std::chrono::seconds nachlauf{5};
+constexpr std::chrono::seconds restfrist{5};
 constexpr std::size_t stueckgroesse = 64 * 1024;
 
 class Pumpe : public std::enable_shared_from_this<Pumpe> {
@@ -95,7 +95,7 @@ private:
             return;
         }
         // Reading and writing upwards go on by themselves until nothing is left.
-        frist_.expires_after(nachlauf);
+        frist_.expires_after(restfrist);
         frist_.async_wait([selbst = shared_from_this()](std::error_code fehler) {
             if (!fehler) {
                 selbst->schliesseZiel();

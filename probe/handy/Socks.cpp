@@ -22,9 +22,9 @@ constexpr unsigned char ohneAnmeldung = 0;
 constexpr unsigned char keineAnmeldungPasst = 0xff;
 constexpr unsigned char befehlVerbinde = 1;
 
-class Sitzung : public std::enable_shared_from_this<Sitzung> {
+class Socksitzung : public std::enable_shared_from_this<Socksitzung> {
 public:
-    Sitzung(std::shared_ptr<Strom> strom, Handyzustand& zustand)
+    Socksitzung(std::shared_ptr<Strom> strom, Handyzustand& zustand)
         : strom_(std::move(strom)), zustand_(zustand), art_(zustand.proxy) {}
 
     void starte() {
@@ -194,7 +194,7 @@ private:
 } // namespace
 
 void bedieneSocks(std::shared_ptr<Strom> strom, Handyzustand& zustand) {
-    std::make_shared<Sitzung>(std::move(strom), zustand)->starte();
+    std::make_shared<Socksitzung>(std::move(strom), zustand)->starte();
 }
 
 } // namespace mobilsteg::probehandy

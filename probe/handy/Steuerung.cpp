@@ -18,9 +18,9 @@ namespace {
 
 constexpr std::size_t laengsteZeile = 1024 * 1024;
 
-class Sitzung : public std::enable_shared_from_this<Sitzung> {
+class Steuersitzung : public std::enable_shared_from_this<Steuersitzung> {
 public:
-    Sitzung(asio::ip::tcp::socket buchse, Befehle& befehle, std::function<void()> beende)
+    Steuersitzung(asio::ip::tcp::socket buchse, Befehle& befehle, std::function<void()> beende)
         : buchse_(std::move(buchse)), befehle_(befehle), beende_(std::move(beende)) {}
 
     void liesZeile() {
@@ -99,7 +99,7 @@ void Steuerung::nimmAn() {
             return;
         }
         behalteFuerUns(buchse.native_handle());
-        std::make_shared<Sitzung>(std::move(buchse), befehle_, beende_)->liesZeile();
+        std::make_shared<Steuersitzung>(std::move(buchse), befehle_, beende_)->liesZeile();
         nimmAn();
     });
 }

@@ -21,16 +21,16 @@ namespace mobilsteg::probehandy {
 
 namespace {
 
-constexpr std::size_t laengsteZeile = 1024 * 1024;
+constexpr std::size_t laengsteEingabe = 1024 * 1024;
 
 bool istLeer(const struct stat& eingabe) {
     struct stat nichts {};
     return S_ISCHR(eingabe.st_mode) && ::stat("/dev/null", &nichts) == 0 && nichts.st_rdev == eingabe.st_rdev;
 }
 
-class Sitzung : public std::enable_shared_from_this<Sitzung> {
+class Tastatursitzung : public std::enable_shared_from_this<Tastatursitzung> {
 public:
-    Sitzung(asio::io_context& schleife, Befehle& befehle, std::function<void()> beende)
+    Tastatursitzung(asio::io_context& schleife, Befehle& befehle, std::function<void()> beende)
         : eingabe_(schleife), befehle_(befehle), beende_(std::move(beende)) {}
 
     /// A regular file can neither be waited for nor does it need to be.
@@ -59,7 +59,7 @@ public:
 
 private:
     void liesZeile() {
-        asio::async_read_until(eingabe_, asio::dynamic_buffer(puffer_, laengsteZeile), '\n',
+        asio::async_read_until(eingabe_, asio::dynamic_buffer(puffer_, laengsteEingabe), '\n',
                                [selbst = shared_from_this()](std::error_code fehler, std::size_t menge) {
                                    selbst->nimmZeile(fehler, menge);
                                });
@@ -98,7 +98,7 @@ void liesTastatur(asio::io_context& schleife, Befehle& befehle, std::function<vo
     if (::fstat(STDIN_FILENO, &eingabe) != 0 || istLeer(eingabe)) {
         return;
     }
-    auto sitzung = std::make_shared<Sitzung>(schleife, befehle, std::move(beende));
+    auto sitzung = std::make_shared<Tastatursitzung>(schleife, befehle, std::move(beende));
     if (S_ISREG(eingabe.st_mode)) {
         sitzung->liesDatei();
     } else {
