@@ -88,6 +88,7 @@ struct Knopf {
     std::string hilfe;   ///< what it does, where its text alone does not tell; else empty
     std::string appPfad; ///< an application whose icon it bears; empty: none
     bool rahmenlos = false;
+    Farbe farbe = Farbe::normal; ///< of a borderless one's text; normal: the colour of what can be clicked
 
     bool operator==(const Knopf&) const = default;
 };

@@ -17,6 +17,7 @@ Baum browserHinweis(const Zustand& z) {
     weg.text = "×";
     weg.hilfe = "Hinweis nicht mehr zeigen";
     weg.rahmenlos = true;
+    weg.farbe = Farbe::sekundaer;
     reihe.teile.emplace_back(std::move(weg));
 
     Baum b;

@@ -48,7 +48,7 @@ Kabel::Kabel(Anschluesse anschluesse)
       protokoll_(a_.orte.imHeim("/Library/Logs/MobilstegBordlotse.log"), a_.uhr),
       aushang_(a_.haupt, anfangszustand(a_.einstellungen, variante_)),
       verbindung_(Adb(a_.laeufer, a_.orte, a_.buendel.ressourcen), a_.laeufer,
-                  Handy(a_.http, austrittsdienst(a_.einstellungen))),
+                  Handy(a_.http, austrittsdienst(a_.einstellungen)), a_.einstellungen),
       proxy_(SystemProxy(a_.laeufer, a_.orte, a_.einstellungen)),
       tunnel_({a_.haupt, a_.uhr, a_.skript, variante_, a_.buendel.ressourcen, a_.orte},
               {aushang_.zustand().volltunnelAn, aushang_.zustand().vpnDurch, aushang_.zustand().nurVPN}),

@@ -87,8 +87,13 @@ void Kabel::setzeNurVPN(bool an) {
 void Kabel::volltunnelNachziehen() {
     if (aufgeraeumt_)
         return;
-    if (!tunnel_.wunsch.an)
-        return volltunnelWeg();
+    if (!tunnel_.wunsch.an) {
+        // A mark alone may be another copy's helper; one of ours that is only coming up is seen when it is
+        // there.
+        if (tunnel_.laeuft())
+            volltunnelWeg();
+        return;
+    }
     if (!tunnel_.startFaellig(verbindung_.bewiesen()))
         return;
     const auto auftrag = tunnel_.beginne(proxy_.dienstFuerTunnel());

@@ -12,6 +12,8 @@ namespace {
 constexpr int apiPort = 8080;
 constexpr double forwardSekunden = 10;
 constexpr double abbauSekunden = 5;
+const std::string merkschluessel =
+    "kabel.gastport"; // as long as a forward stands at another port than the usual
 
 std::string tcp(int port) {
     return "tcp:" + std::to_string(port);
@@ -19,8 +21,9 @@ std::string tcp(int port) {
 
 } // namespace
 
-Verbindung::Verbindung(Adb adb, Laeufer laeufer, Handy handy)
-    : adb_(std::move(adb)), laeufer_(std::move(laeufer)), handy_(std::move(handy)) {}
+Verbindung::Verbindung(Adb adb, Laeufer laeufer, Handy handy, Einstellungen& einstellungen)
+    : adb_(std::move(adb)), laeufer_(std::move(laeufer)), handy_(std::move(handy)),
+      einstellungen_(einstellungen) {}
 
 bool Verbindung::findeAdb() {
     if (!adbPfad_)
@@ -64,6 +67,8 @@ Ergebnis Verbindung::leiteGastseiteWeiter(std::vector<std::string>& zeilen) {
                 zeilen.push_back("Gästeseite lokal auf Port " + std::to_string(port) +
                                  (port != apiPort ? " (8080 belegt)" : ""));
             handy_.gastPort = port;
+            if (port != apiPort)
+                einstellungen_.setzeText(merkschluessel, std::to_string(port));
             break;
         }
         if (letztes.fehler.find("already in use") == std::string::npos)
@@ -76,6 +81,7 @@ std::vector<std::string> Verbindung::leiteWeiter() {
     std::vector<std::string> zeilen;
     if (forwards_)
         return zeilen;
+    nimmUebriggebliebenenWeg();
     const Ergebnis socks = leiteEinenWeiter(socksPort, socksPort);
     const Ergebnis gastseite = leiteGastseiteWeiter(zeilen);
     forwards_ = socks.status == 0 && gastseite.status == 0;
@@ -110,11 +116,22 @@ void Verbindung::verwirfBeweis() {
     austritt_.clear();
 }
 
+/// A run that was killed left its forward at a port that this one may not need: adb would keep it for good.
+void Verbindung::nimmUebriggebliebenenWeg() {
+    const auto gemerkt = einstellungen_.text(merkschluessel);
+    if (!gemerkt || *gemerkt == std::to_string(handy_.gastPort))
+        return;
+    (void)laeufer_(*adbPfad_, {"-s", *serial_, "forward", "--remove", "tcp:" + *gemerkt}, abbauSekunden);
+    einstellungen_.entferne(merkschluessel);
+}
+
 void Verbindung::baueAb() {
     if (!adbPfad_ || !serial_)
         return;
     for (const int port : {socksPort, handy_.gastPort})
         (void)laeufer_(*adbPfad_, {"-s", *serial_, "forward", "--remove", tcp(port)}, abbauSekunden);
+    if (einstellungen_.text(merkschluessel))
+        einstellungen_.entferne(merkschluessel);
 }
 
 } // namespace mobilsteg

@@ -2,6 +2,7 @@
 
 #include "handy/Adb.hpp"
 #include "handy/Handy.hpp"
+#include "plattform/Einstellungen.hpp"
 
 #include <optional>
 #include <string>
@@ -14,7 +15,7 @@ namespace mobilsteg {
 /// runs a tool or asks the phone blocks.
 class Verbindung {
 public:
-    Verbindung(Adb adb, Laeufer laeufer, Handy handy);
+    Verbindung(Adb adb, Laeufer laeufer, Handy handy, Einstellungen& einstellungen);
 
     /// Finds the adb tool, once found for good. False: there is none.
     [[nodiscard]] bool findeAdb();
@@ -54,10 +55,12 @@ public:
 private:
     [[nodiscard]] Ergebnis leiteEinenWeiter(int lokal, int amHandy) const;
     [[nodiscard]] Ergebnis leiteGastseiteWeiter(std::vector<std::string>& zeilen);
+    void nimmUebriggebliebenenWeg();
 
     Adb adb_;
     Laeufer laeufer_;
     Handy handy_;
+    Einstellungen& einstellungen_;
 
     std::optional<std::string> adbPfad_;
     std::optional<std::string> serial_;

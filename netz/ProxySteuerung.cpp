@@ -14,6 +14,7 @@ ProxySteuerung::Setzung ProxySteuerung::setze() {
 }
 
 std::optional<std::string> ProxySteuerung::nimmWeg() {
+    proxy_.nimmUngewisseZurueck();
     const auto gemerkt = proxy_.gemerkterDienst();
     if (!gesetzt_ && !gemerkt)
         return std::nullopt;
@@ -25,6 +26,7 @@ std::optional<std::string> ProxySteuerung::nimmWeg() {
 }
 
 void ProxySteuerung::nimmUebriggebliebenenWeg() {
+    proxy_.nimmUngewisseZurueck();
     if (const auto gemerkt = proxy_.gemerkterDienst())
         (void)proxy_.entfernen(*gemerkt);
 }

@@ -9,6 +9,7 @@ namespace {
 constexpr double fragenSekunden = 5;
 constexpr double aendernSekunden = 10;
 const std::string merkschluessel = "proxy.dienst";
+const std::string ungewissheit = "proxy.ungewiss"; // a service per line
 
 } // namespace
 
@@ -27,23 +28,70 @@ std::optional<std::string> SystemProxy::dienst() const {
 }
 
 std::optional<std::string> SystemProxy::setzen(const std::string& dienst, int port) {
+    // Written down first: whoever dies between the tool's work and the remembering would leave the proxy on
+    // for good.
+    const auto vorher = ungewisse();
+    auto jetzt = vorher;
+    jetzt.insert(dienst);
+    if (const auto anderer = gemerkterDienst(); anderer && *anderer != dienst)
+        jetzt.insert(*anderer); // it was to be switched off and could not; the next line forgets it
+    merkeUngewisse(jetzt);
+
     const auto adresse =
         networksetup({"-setsocksfirewallproxy", dienst, "127.0.0.1", std::to_string(port)}, aendernSekunden);
-    if (adresse.status != 0)
+    if (adresse.status != 0) {
+        merkeUngewisse(vorher);
         return fehlertext(adresse);
+    }
     const auto an = networksetup({"-setsocksfirewallproxystate", dienst, "on"}, aendernSekunden);
-    if (an.status != 0)
+    if (an.status != 0) {
+        (void)schalteAus(dienst); // a tool that was cut off may have done its work all the same
         return fehlertext(an);
+    }
     einstellungen_.setzeText(merkschluessel, dienst);
+    jetzt.erase(dienst);
+    merkeUngewisse(jetzt);
     return std::nullopt;
 }
 
 std::optional<std::string> SystemProxy::entfernen(const std::string& dienst) {
-    const auto aus = networksetup({"-setsocksfirewallproxystate", dienst, "off"}, aendernSekunden);
+    const auto aus = schalteAus(dienst);
     if (aus.status != 0)
         return fehlertext(aus);
     einstellungen_.entferne(merkschluessel);
     return std::nullopt;
+}
+
+Ergebnis SystemProxy::schalteAus(const std::string& dienst) {
+    auto aus = networksetup({"-setsocksfirewallproxystate", dienst, "off"}, aendernSekunden);
+    if (aus.status == 0) {
+        auto uebrige = ungewisse();
+        uebrige.erase(dienst);
+        merkeUngewisse(uebrige);
+    }
+    return aus;
+}
+
+void SystemProxy::nimmUngewisseZurueck() {
+    for (const auto& dienst : ungewisse())
+        (void)schalteAus(dienst);
+}
+
+std::set<std::string> SystemProxy::ungewisse() const {
+    const std::string text = einstellungen_.text(ungewissheit).value_or("");
+    const auto zeilen = teile(text, '\n');
+    return {zeilen.begin(), zeilen.end()};
+}
+
+void SystemProxy::merkeUngewisse(const std::set<std::string>& dienste) {
+    if (dienste == ungewisse())
+        return;
+    if (dienste.empty())
+        return einstellungen_.entferne(ungewissheit);
+    std::string text;
+    for (const auto& dienst : dienste)
+        text += dienst + "\n";
+    einstellungen_.setzeText(ungewissheit, text);
 }
 
 std::optional<std::string> SystemProxy::gemerkterDienst() const {

@@ -5,6 +5,7 @@
 #include "plattform/Orte.hpp"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -31,6 +32,10 @@ public:
     /// The service on which an earlier run (or this one) left the proxy on.
     [[nodiscard]] std::optional<std::string> gemerkterDienst() const;
 
+    /// Switches off what may be on beside the remembered service: where switching on or off was cut short, by
+    /// the tool's failure or by this program's death. Without such a place no tool runs.
+    void nimmUngewisseZurueck();
+
     // The reading of the tools' texts. Pure.
     [[nodiscard]] static std::optional<std::string> schnittstelle(std::string_view routeAusgabe);
     [[nodiscard]] static std::optional<std::string>
@@ -41,6 +46,9 @@ public:
 
 private:
     [[nodiscard]] Ergebnis networksetup(const std::vector<std::string>& argumente, double sekunden) const;
+    Ergebnis schalteAus(const std::string& dienst);
+    [[nodiscard]] std::set<std::string> ungewisse() const;
+    void merkeUngewisse(const std::set<std::string>& dienste);
 
     Laeufer laeufer_;
     Orte orte_;

@@ -126,8 +126,8 @@ bool Volltunnel::markeLiegt() const {
 }
 
 std::string Volltunnel::grund() const {
-    const std::string text = alsUtf8(liesDatei(stoppPfad_ + ".fehler").value_or(""));
-    return std::string(beschnitten(text));
+    const std::string bytes = liesDatei(stoppPfad_ + ".fehler").value_or("");
+    return alsUtf8(bytes) == bytes ? std::string(beschnitten(bytes)) : ""; // what is no text gives no reason
 }
 
 } // namespace mobilsteg

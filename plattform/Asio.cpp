@@ -1,2 +1,3 @@
-// Asio's own functions, compiled here once: as inline functions they cost every file that includes Asio seconds.
+// Asio's own functions, compiled here once: as inline functions they cost every file that includes Asio
+// seconds.
 #include <asio/impl/src.hpp>

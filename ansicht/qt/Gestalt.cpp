@@ -55,7 +55,7 @@ Grad grad(Schrift schrift) {
     case Schrift::normal:
         break;
     }
-    return Grad::normal;
+    return Grad::zeile; // a sentence stands in the same size as the rows below it
 }
 
 QFont schriftart(Grad grad) {

@@ -34,6 +34,7 @@ Knopfflaeche::Knopfflaeche(QWidget* eltern) : QPushButton(eltern) {
 
 void Knopfflaeche::zeige(const Knopf& knopf) {
     setFlat(knopf.rahmenlos);
+    farbe_ = knopf.farbe;
     mitBild_ = !knopf.appPfad.empty();
     bild_ = mitBild_ ? anwendungsbild(knopf.appPfad) : QIcon();
     beschrifte(*this, knopf.text, bedienbreite);
@@ -81,7 +82,7 @@ void Knopfflaeche::paintEvent(QPaintEvent* ereignis) {
         maleInhalt(maler, QRect(ecke, groesse), palette().color(QPalette::ButtonText));
         return;
     }
-    QColor farbe = akzent(palette());
+    QColor farbe = farbe_ == Farbe::normal ? akzent(palette()) : ton(farbe_, palette());
     if (isDown())
         farbe.setAlphaF(gedrueckt);
     maleInhalt(maler, rect(), farbe);

@@ -24,6 +24,7 @@ private:
     [[nodiscard]] QSize inhaltsgroesse() const;
     void maleInhalt(QPainter& maler, const QRect& flaeche, QColor farbe) const;
 
+    Farbe farbe_ = Farbe::normal;
     bool mitBild_ = false;
     QIcon bild_; ///< none: the generic drawing
 };

@@ -2,9 +2,13 @@
 
 #include <QMetaObject>
 
+#include <clocale>
+
 namespace mobilsteg {
 
 QtBetrieb::QtBetrieb(int& argc, char** argv) : anwendung_(argc, argv), schlange_("main") {
+    // Qt takes the user's locale over; a decimal point that we are to replace must be the one we look for.
+    std::setlocale(LC_NUMERIC, "C");
     // The panel comes and goes; the program stays.
     QApplication::setQuitOnLastWindowClosed(false);
 }

@@ -22,7 +22,7 @@ KabelWelt::~KabelWelt() {
 Kabel& KabelWelt::baue() {
     q = &welt.schlange("kabel.takt");
     const auto laeufer = [this](const std::string& programm, const std::vector<std::string>& argumente,
-                                double) { return werkzeug(programm, argumente); };
+                                double sekunden) { return werkzeug(programm, argumente, sekunden); };
     const Buendel buendel{buendelkennung, ordner.pfad() + "/Resources", "1.0", "1"};
     const Orte orte{ordner.pfad() + "/heim", ordner.pfad() + "/wurzel"};
     kabel = std::make_unique<Kabel>(
@@ -62,7 +62,7 @@ bool KabelWelt::rief(const std::string& stueck) const {
                        [&](const auto& a) { return a.find(stueck) != std::string::npos; });
 }
 
-Ergebnis KabelWelt::werkzeug(const std::string& programm, const std::vector<std::string>& argumente) {
+Ergebnis KabelWelt::werkzeug(const std::string& programm, const std::vector<std::string>& argumente, double) {
     const std::string name = programm.substr(programm.rfind('/') + 1);
     aufrufe.push_back(name + " " + verbunden(argumente, " "));
     if (vorWerkzeug)
@@ -96,6 +96,10 @@ Ergebnis KabelWelt::adb(const std::vector<std::string>& worte) {
         const bool da = forwards.erase(port(worte.at(4))) > 0;
         return da ? Ergebnis{0, "", ""} : Ergebnis{1, "", "adb: error: listener 'tcp:' not found"};
     }
+    const bool da = std::any_of(handys.begin(), handys.end(),
+                                [&](const auto& h) { return h.serial == serial && h.zustand == "device"; });
+    if (!da)
+        return {1, "", "adb: error: device '" + serial + "' not found"};
     const int lokal = port(worte.at(3));
     if (!forwardFehler.empty())
         return {1, "", forwardFehler};
@@ -108,6 +112,11 @@ Ergebnis KabelWelt::adb(const std::vector<std::string>& worte) {
 Ergebnis KabelWelt::networksetup(const std::vector<std::string>& worte) {
     if (worte.front() == "-listnetworkserviceorder")
         return {0, "An asterisk (*) denotes that a network service is disabled.\n" + dienste, ""};
+    if (("\n" + dienste).find(") " + worte.at(1) + "\n") == std::string::npos)
+        return {4,
+                worte.at(1) +
+                    " is not a recognized network service.\n** Error: The parameters were not valid.\n",
+                ""};
     if (!networksetupFehler.empty())
         return {4, networksetupFehler + "\n", ""};
     if (worte.front() == "-setsocksfirewallproxystate")
@@ -119,7 +128,7 @@ std::string KabelWelt::stoppPfad() const {
     return ordner.pfad() + "/heim/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp";
 }
 
-std::optional<Skriptfehler> KabelWelt::skript_(const std::string& quelle) {
+std::optional<Skriptfehler> KabelWelt::fuehreSkriptAus(const std::string& quelle) {
     EXPECT_TRUE(haupt.istHier()) << "the platform runs scripts on the main thread only";
     skripte.push_back(quelle);
     if (tunnel.passwort > Dauer{})
@@ -136,7 +145,7 @@ void KabelWelt::helferLebt(Dauer bereitAb) {
     const auto art = tunnel;
     const auto platz = helferleben.size();
     auto leben = [this, art, bereitAb, platz] {
-        const bool gerufen = existiert(stoppPfad());
+        const bool gerufen = !art.taub && existiert(stoppPfad());
         if (!gerufen && art.zurueckgebaut && welt.jetzt() >= bereitAb)
             schreibeAtomar(stoppPfad() + ".fehler", *art.zurueckgebaut, Haltbarkeit::fluechtig);
         if (gerufen || (art.zurueckgebaut && welt.jetzt() >= bereitAb)) {
@@ -159,7 +168,7 @@ void KabelWelt::helferBautZurueck(const std::string& grund) {
     std::filesystem::remove(stoppPfad() + ".laeuft");
 }
 
-int KabelWelt::frage_(const Frage& frage) {
+int KabelWelt::beantworte(const Frage& frage) {
     EXPECT_TRUE(haupt.istHier());
     fragen.push_back(frage.nachricht);
     if (antworten.empty()) {

@@ -33,6 +33,7 @@ struct Modelltunnel {
     Dauer bisLaeuft = std::chrono::seconds(1); ///< how long the helper needs to come up
     std::optional<std::string> zurueckgebaut;  ///< it gives up with that reason instead of coming up
     bool stumm = false;                        ///< it never reports
+    bool taub = false;                         ///< it does not look for the request to stop
 };
 
 /// The real controller over a small model of adb, phones and the Mac's tools, all in virtual time.
@@ -96,22 +97,27 @@ public:
     /// The status service's side.
     struct Ausgabe final : Standausgabe {
         void starte() override { ++starts; }
-        void setzeDokument(std::string bytes) override { dokument = std::move(bytes); }
+        void setzeDokument(std::string bytes) override {
+            dokument = std::move(bytes);
+            if (nachDokument)
+                nachDokument();
+        }
         int starts = 0;
+        std::function<void()> nachDokument; ///< on the work queue, once per tick
         std::string dokument = "{}";
     } standdienst;
 
     struct Skript final : Adminskript {
         explicit Skript(KabelWelt& w) : welt(w) {}
         std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override {
-            return welt.skript_(quelle);
+            return welt.fuehreSkriptAus(quelle);
         }
         KabelWelt& welt;
     } skript{*this};
 
     struct Fragender final : Dialog {
         explicit Fragender(KabelWelt& w) : welt(w) {}
-        int frage(const Frage& f) override { return welt.frage_(f); }
+        int frage(const Frage& f) override { return welt.beantworte(f); }
         KabelWelt& welt;
     } dialog{*this};
 
@@ -122,12 +128,16 @@ public:
     // The phone's side.
     [[nodiscard]] std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
 
+protected:
+    /// Every tool call of the controller ends here.
+    virtual Ergebnis werkzeug(const std::string& programm, const std::vector<std::string>& argumente,
+                              double sekunden);
+    virtual std::optional<Skriptfehler> fuehreSkriptAus(const std::string& quelle);
+    virtual int beantworte(const Frage& frage);
+
 private:
-    Ergebnis werkzeug(const std::string& programm, const std::vector<std::string>& argumente);
     Ergebnis adb(const std::vector<std::string>& worte);
     Ergebnis networksetup(const std::vector<std::string>& worte);
-    std::optional<Skriptfehler> skript_(const std::string& quelle);
-    int frage_(const Frage& frage);
     void helferLebt(Dauer bereitAb);
     [[nodiscard]] const Modellhandy* handyHinter(int port) const;
 };

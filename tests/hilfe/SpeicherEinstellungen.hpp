@@ -2,6 +2,8 @@
 
 #include "plattform/Einstellungen.hpp"
 
+#include <functional>
+#include <map>
 #include <variant>
 
 namespace mobilsteg {
@@ -18,20 +20,31 @@ public:
     [[nodiscard]] std::optional<Tabelle> tabelle(const std::string& k) const override {
         return als<Tabelle>(k);
     }
-    void setzeText(const std::string& k, const std::string& w) override { werte[k] = w; }
-    void setzeFlagge(const std::string& k, bool w) override { werte[k] = w; }
-    void setzeTabelle(const std::string& k, const Tabelle& w) override { werte[k] = w; }
-    void entferne(const std::string& k) override { werte.erase(k); }
+    void setzeText(const std::string& k, const std::string& w) override { setze(k, w); }
+    void setzeFlagge(const std::string& k, bool w) override { setze(k, w); }
+    void setzeTabelle(const std::string& k, const Tabelle& w) override { setze(k, w); }
+    void entferne(const std::string& k) override {
+        if (vorAenderung)
+            vorAenderung();
+        werte.erase(k);
+    }
     [[nodiscard]] std::string textOderNeu(const std::string& k, const std::string& w) override {
         if (const auto stehender = text(k))
             return *stehender;
-        werte[k] = w;
+        setze(k, w);
         return w;
     }
 
     std::map<std::string, Wert> werte;
+    std::function<void()> vorAenderung; ///< told before each change
 
 private:
+    void setze(const std::string& k, Wert w) {
+        if (vorAenderung)
+            vorAenderung();
+        werte[k] = std::move(w);
+    }
+
     template <typename T>
     [[nodiscard]] std::optional<T> als(const std::string& k) const {
         const auto treffer = werte.find(k);

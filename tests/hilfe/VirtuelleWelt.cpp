@@ -1,5 +1,6 @@
 #include "tests/hilfe/VirtuelleWelt.hpp"
 
+#include <algorithm>
 #include <condition_variable>
 #include <deque>
 #include <list>
@@ -69,12 +70,14 @@ public:
     void laufe(Dauer bis, const std::function<bool()>* bedingung);
     /// Called in the middle of a job: lets the world go on until the job's own turn comes again.
     void warte(Wartender& wartender);
+    void begrabe();
     void beende();
 
     std::mt19937_64 zufall;
     Dauer jetzt{};
     Dauer wandVersatz{};
     bool zuEnde = false;
+    std::function<void()> beobachter;
     std::list<VirtuelleSchlange> schlangen;
     std::list<std::weak_ptr<Takt>> takte;
     std::list<Wartender*> wartende;
@@ -144,6 +147,8 @@ public:
         besetzt_ = false;
         if (auftrag.fertig)
             *auftrag.fertig = true;
+        if (welt_.beobachter && !welt_.zuEnde)
+            welt_.beobachter();
     }
 
     [[nodiscard]] bool hatArbeit() const { return !besetzt_ && !auftraege_.empty(); }
@@ -274,9 +279,7 @@ void VirtuelleWelt::Innen::laufe(Dauer bis, const std::function<bool()>* bedingu
     bedingung_ = nullptr;
 }
 
-void VirtuelleWelt::Innen::beende() {
-    if (zuEnde)
-        return;
+void VirtuelleWelt::Innen::begrabe() {
     zuEnde = true;
     // Each waiting job unwinds on its own thread, which then is idle like the others.
     while (!wartende.empty()) {
@@ -285,12 +288,23 @@ void VirtuelleWelt::Innen::beende() {
         w->stab.gib();
         rufer_.nimm();
     }
+    for (auto& s : schlangen)
+        s.leere();
+    for (const auto& schwach : takte)
+        if (const auto takt = schwach.lock())
+            takt->eingereiht = false;
+    zuEnde = false;
+}
+
+void VirtuelleWelt::Innen::beende() {
+    begrabe();
+    zuEnde = true;
     for (Stab* stab : musse_)
         stab->gib();
     for (auto& einer : faeden_)
         einer.join();
-    for (auto& s : schlangen)
-        s.leere();
+    faeden_.clear();
+    musse_.clear();
 }
 
 namespace {
@@ -352,6 +366,25 @@ void VirtuelleWelt::laufe(Dauer dauer) {
 bool VirtuelleWelt::laufeBis(const std::function<bool()>& bedingung, Dauer hoechstens) {
     teile_->innen.laufe(jetzt() + hoechstens, &bedingung);
     return bedingung();
+}
+
+void VirtuelleWelt::stirb() {
+    teile_->innen.zuEnde = true;
+    throw WeltZuEnde{};
+}
+
+void VirtuelleWelt::begrabe() {
+    teile_->innen.begrabe();
+}
+
+void VirtuelleWelt::beobachte(std::function<void()> nachJedemAuftrag) {
+    teile_->innen.beobachter = std::move(nachJedemAuftrag);
+}
+
+bool VirtuelleWelt::ruht() const {
+    const auto& innen = teile_->innen;
+    return innen.wartende.empty() && std::none_of(innen.schlangen.begin(), innen.schlangen.end(),
+                                                  [](const auto& s) { return s.hatArbeit(); });
 }
 
 void VirtuelleWelt::beende() {

@@ -4,6 +4,7 @@
 #include "plattform/Uhr.hpp"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,6 +39,20 @@ public:
 
     /// Lets it go on until `bedingung` holds, asked between jobs. False: `hoechstens` passed first.
     [[nodiscard]] bool laufeBis(const std::function<bool()>& bedingung, Dauer hoechstens);
+
+    /// From inside a job: all jobs end here, as with a process that is killed; `laufe` returns at once and
+    /// does nothing more until `begrabe` was called.
+    [[noreturn]] void stirb();
+
+    /// After `stirb`: unwinds the jobs that waited and forgets those that stood in line. Clocks that somebody
+    /// still holds go on; so does the time.
+    void begrabe();
+
+    /// Told after every job.
+    void beobachte(std::function<void()> nachJedemAuftrag);
+
+    /// Nothing is under way and nothing stands in line.
+    [[nodiscard]] bool ruht() const;
 
     /// Ends every job that still waits, by unwinding it, and runs none any more. To be called before what the
     /// jobs refer to goes away.

@@ -144,7 +144,8 @@ TEST(ProxySteuerung, merktSichNurGanzeErfolge) {
              {{{route, gut},
                {liste, {0, "(1) LAN", ""}},
                {adresse("LAN"), gut},
-               {schalter("LAN", "on"), {14, "", ""}}},
+               {schalter("LAN", "on"), {14, "", ""}}, // cut off, it may have done its work all the same
+               {schalter("LAN", "off"), gut}},
               misslungen,
               "networksetup: Rückgabe 14"}}) {
         SpeicherEinstellungen e;
@@ -154,6 +155,27 @@ TEST(ProxySteuerung, merktSichNurGanzeErfolge) {
         EXPECT_EQ(setzung.text, text);
         EXPECT_TRUE(e.werte.empty() && !lauf.steuerung.gesetzt() && !lauf.steuerung.dienst());
     }
+}
+
+TEST(ProxySteuerung, vergisstKeinenDienstDessenProxyNochAnSeinKann) {
+    const std::string anAus = schalter("LAN", "on");
+    const std::string aus = schalter("LAN", "off");
+    const Ergebnis nein{15, "", ""};
+    SpeicherEinstellungen e;
+    e.setzeText("proxy.dienst", "WLAN"); // switching it off failed before
+    {
+        Lauf lauf(
+            e,
+            {{route, gut}, {liste, {0, "(1) LAN", ""}}, {adresse("LAN"), gut}, {anAus, nein}, {aus, nein}});
+        EXPECT_EQ(lauf.steuerung.setze().ausgang, ProxySteuerung::Ausgang::misslungen);
+    }
+    { // killed and started again
+        Lauf lauf(e, {{aus, nein}, {schalter("WLAN", "off"), gut}, {schalter("WLAN", "off"), gut}});
+        lauf.steuerung.nimmUebriggebliebenenWeg();
+    }
+    Lauf lauf(e, {{aus, gut}});
+    EXPECT_EQ(lauf.steuerung.nimmWeg(), std::nullopt) << "nobody had remembered it as set";
+    EXPECT_TRUE(e.werte.empty());
 }
 
 TEST(ProxySteuerung, raeumtHinterEinemAbsturzAufUndGibtNichtAuf) {

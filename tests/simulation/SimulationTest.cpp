@@ -1,0 +1,56 @@
+// The program's one promise, that nothing is left behind, under every seed of a world that lies and falls
+// apart.
+
+#include "tests/simulation/Sturmwelt.hpp"
+
+#include <gtest/gtest.h>
+
+using namespace mobilsteg;
+
+namespace {
+
+TEST(Simulation, keinSamenBrichtEinVersprechen) {
+    constexpr std::uint64_t samenzahl = 150;
+    for (std::uint64_t samen = 1; samen <= samenzahl; ++samen) {
+        Sturmwelt welt(samen);
+        welt.lebe(100);
+        ASSERT_EQ(welt.verstoss(), "") << "mobilsteg-simulation --geschichte " << samen << "\n"
+                                       << welt.geschichte();
+    }
+}
+
+TEST(Simulation, derselbeSamenErzaehltDieselbeGeschichte) {
+    const auto geschichte = [](std::uint64_t samen) {
+        Sturmwelt welt(samen);
+        welt.lebe(60);
+        return welt.geschichte();
+    };
+    EXPECT_EQ(geschichte(7), geschichte(7));
+    EXPECT_NE(geschichte(7), geschichte(11));
+}
+
+/// Each promise is broken on purpose; a check that lets that pass would let a fault of the program pass, too.
+TEST(Simulation, jedeLuegeFaelltAuf) {
+    const std::pair<Luege, const char*> luegen[] = {
+        {Luege::proxyGehtNichtAus, "zwei Ticks nach dem Verlust des Weges ist der Proxy aus"},
+        {Luege::forwardBleibt, "am Ende steht keine Weiterleitung"},
+        {Luege::helferTaub, "nie lebt mehr als ein Helfer"},
+        {Luege::zweiHelfer, "nie lebt mehr als ein Helfer"},
+        {Luege::beweisOhneHandy, "„Fährt mit“ nur, solange das Handy teilt und erlaubt"},
+        {Luege::vergesslich, "was der Benutzer setzt, steht gespeichert"},
+        {Luege::doppelteZeile, "keine zwei gleichen Zeilen nacheinander"},
+        {Luege::altesDokument, "der Stand gleicht dem Zustand"},
+        {Luege::verklemmt, "keine Schlange wartet im Kreis"},
+    };
+    for (const auto& [luege, versprechen] : luegen) {
+        std::set<std::string> gesehen;
+        for (std::uint64_t samen = 0; samen < 40 && !gesehen.contains(versprechen); ++samen) {
+            Sturmwelt welt(samen, luege);
+            welt.lebe(100);
+            gesehen.insert(welt.verstoss().substr(0, std::string(versprechen).size()));
+        }
+        EXPECT_TRUE(gesehen.contains(versprechen)) << versprechen;
+    }
+}
+
+} // namespace
