@@ -7,29 +7,26 @@ namespace mobilsteg {
 Frage profilfrage() {
     return {
         "Nutzt du unterwegs einen Firmen-VPN?",
-        "Ja: Der Lotse schützt deinen VPN vor Funklöchern — er fährt über das Handy, das WLAN und Mobilfunk "
-        "bündelt, und bleibt verbunden, wenn ein Weg ausfällt. Das steht dann im Vordergrund.\n"
+        "Ja: Der Lotse schützt deinen VPN vor Funklöchern — "
+        "er fährt über das Handy, das WLAN und Mobilfunk bündelt, und bleibt verbunden, wenn ein Weg ausfällt. "
+        "Das steht dann im Vordergrund.\n"
         "\n"
-        "Nein: Du bekommst den Bordlotse für schnelleres Internet unterwegs; die VPN-Themen bleiben "
-        "ausgeblendet. "
+        "Nein: Du bekommst den Bordlotse für schnelleres Internet unterwegs; "
+        "die VPN-Themen bleiben ausgeblendet. "
         "Umschalten geht jederzeit im Expertenmodus.",
         {"Ja, VPN schützen", "Nein, nur schneller unterwegs"}};
 }
 
 Frage willkommen(const std::string& anzeigename) {
-    return {
-        "Willkommen beim " + anzeigename,
-        "Der VPN-Lotse verbindet Ihren Mac über das USB-Kabel mit der Mobilsteg-App auf dem Handy. Das Handy "
-        "bündelt "
-        "WLAN und Mobilfunk; fällt eines aus, läuft Ihr VPN auf dem anderen weiter — ohne Abbruch, ohne neue "
-        "Anmeldung.\n"
-        "\n"
-        "Dafür legt der Lotse einmal pro Fahrt mit Administratorrechten eine Netzwerkschnittstelle an (macOS "
-        "fragt "
-        "nach Ihrem Passwort). Ihren VPN verbinden Sie danach wie gewohnt; der Aufklapper zeigt, ob er "
-        "gesichert "
-        "fährt.",
-        {"Verstanden"}};
+    return {"Willkommen beim " + anzeigename,
+            "Der VPN-Lotse verbindet Ihren Mac über das USB-Kabel mit der Mobilsteg-App auf dem Handy. "
+            "Das Handy bündelt WLAN und Mobilfunk; fällt eines aus, läuft Ihr VPN auf dem anderen weiter — "
+            "ohne Abbruch, ohne neue Anmeldung.\n"
+            "\n"
+            "Dafür legt der Lotse einmal pro Fahrt mit Administratorrechten eine Netzwerkschnittstelle an "
+            "(macOS fragt nach Ihrem Passwort). "
+            "Ihren VPN verbinden Sie danach wie gewohnt; der Aufklapper zeigt, ob er gesichert fährt.",
+            {"Verstanden"}};
 }
 
 namespace {

@@ -4,6 +4,7 @@
 #include "app/MobilstegBordlotseApp.hpp"
 #include "handy/Adb.hpp"
 #include "handy/CurlHttp.hpp"
+#include "kabel/Verbindung.hpp"
 #include "netz/SystemProxy.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
@@ -11,7 +12,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <set>
 
 namespace mobilsteg {
 
@@ -51,8 +51,8 @@ void warneVorLaufendem() {
     anfrage.url = "http://127.0.0.1:" + std::to_string(Standdienst::standardPort) + "/stand";
     const auto stand = http.hole(anfrage);
     if (stand && stand->koerper.find("\"app\": \"mobilsteg-") != std::string::npos)
-        sage("Achtung: Ein Bordlotse läuft noch und setzt alles wieder, sobald das Handy freigibt — erst "
-             "beenden.");
+        sage("Achtung: Ein Bordlotse läuft noch und setzt alles wieder, sobald das Handy freigibt — "
+             "erst beenden.");
 }
 
 enum class Ziel { wir, andere, unbekannt };
@@ -120,11 +120,10 @@ void beendeHelfer(const Umfeld& umfeld) {
 }
 
 bool istUnserForward(std::string_view lokal, std::string_view amHandy) {
-    if (amHandy == "tcp:1080")
-        return lokal == "tcp:1080";
-    const std::set<std::string_view> gastports = {"tcp:8080", "tcp:18080", "tcp:18081", "tcp:18082",
-                                                  "tcp:28080"};
-    return amHandy == "tcp:8080" && gastports.contains(lokal);
+    if (amHandy == tcp(socksPort))
+        return lokal == tcp(socksPort);
+    return amHandy == tcp(gastPortAmHandy) &&
+           std::any_of(gastPorts.begin(), gastPorts.end(), [&](int port) { return lokal == tcp(port); });
 }
 
 void entferneForwards(const Umfeld& umfeld) {

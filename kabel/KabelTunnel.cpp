@@ -8,14 +8,11 @@ namespace mobilsteg {
 
 Frage tunnelerklaerung() {
     return {"Volltunnel: gleich fragt macOS nach deinem Administrator-Passwort",
-            "Der Volltunnel legt eine eigene Netzwerkschnittstelle an und setzt Routen und DNS, damit alles "
-            "vom Mac "
-            "durch das Handy fährt — nicht nur Programme, die den System-Proxy beachten. Das darf nur ein "
-            "Administrator, deshalb die Abfrage (einmal je Aktivierung). Beim Abstecken, Ausschalten oder "
-            "Beenden "
-            "baut der Bordlotse alles wieder zurück; kommt kein Netz durch den Tunnel, baut er sich nach 15 "
-            "Sekunden "
-            "selbst zurück.",
+            "Der Volltunnel legt eine eigene Netzwerkschnittstelle an und setzt Routen und DNS, "
+            "damit alles vom Mac durch das Handy fährt — nicht nur Programme, die den System-Proxy beachten. "
+            "Das darf nur ein Administrator, deshalb die Abfrage (einmal je Aktivierung). "
+            "Beim Abstecken, Ausschalten oder Beenden baut der Bordlotse alles wieder zurück; "
+            "kommt kein Netz durch den Tunnel, baut er sich nach 15 Sekunden selbst zurück.",
             {"Weiter", "Abbrechen"}};
 }
 

@@ -9,17 +9,16 @@ namespace mobilsteg {
 
 namespace {
 
-constexpr int apiPort = 8080;
 constexpr double forwardSekunden = 10;
 constexpr double abbauSekunden = 5;
 const std::string merkschluessel =
     "kabel.gastport"; // as long as a forward stands at another port than the usual
 
+} // namespace
+
 std::string tcp(int port) {
     return "tcp:" + std::to_string(port);
 }
-
-} // namespace
 
 Verbindung::Verbindung(Adb adb, Laeufer laeufer, Handy handy, Einstellungen& einstellungen)
     : adb_(std::move(adb)), laeufer_(std::move(laeufer)), handy_(std::move(handy)),
@@ -58,16 +57,18 @@ Ergebnis Verbindung::leiteEinenWeiter(int lokal, int amHandy) const {
 }
 
 Ergebnis Verbindung::leiteGastseiteWeiter(std::vector<std::string>& zeilen) {
-    Ergebnis letztes;
     // With 8080 still in use it is tried twice; whoever held it may just have let go.
-    for (const int port : {handy_.gastPort, apiPort, 18080, 18081, 18082, 28080}) {
-        letztes = leiteEinenWeiter(port, apiPort);
+    std::vector<int> ports = {handy_.gastPort};
+    ports.insert(ports.end(), gastPorts.begin(), gastPorts.end());
+    Ergebnis letztes;
+    for (const int port : ports) {
+        letztes = leiteEinenWeiter(port, gastPortAmHandy);
         if (letztes.status == 0) {
-            if (port != apiPort || handy_.gastPort != apiPort)
+            if (port != gastPortAmHandy || handy_.gastPort != gastPortAmHandy)
                 zeilen.push_back("Gästeseite lokal auf Port " + std::to_string(port) +
-                                 (port != apiPort ? " (8080 belegt)" : ""));
+                                 (port != gastPortAmHandy ? " (8080 belegt)" : ""));
             handy_.gastPort = port;
-            if (port != apiPort)
+            if (port != gastPortAmHandy)
                 einstellungen_.setzeText(merkschluessel, std::to_string(port));
             break;
         }

@@ -4,11 +4,19 @@
 #include "handy/Handy.hpp"
 #include "plattform/Einstellungen.hpp"
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace mobilsteg {
+
+/// The phone's page of guests and API, and where its local end may be when another program holds that port.
+inline constexpr int gastPortAmHandy = 8080;
+inline constexpr std::array gastPorts{gastPortAmHandy, 18080, 18081, 18082, 28080};
+
+/// A port as adb writes it.
+[[nodiscard]] std::string tcp(int port);
 
 /// The chain from the adb tool to the proven path, one link per operation. Holds what one tick leaves for the
 /// next; says what it found and leaves the consequences to its caller. Work queue only; every operation that

@@ -21,14 +21,13 @@ std::string Variante::anzeigename() const {
 
 std::string Variante::adminGrund() const {
     if (aktuell() == Art::vpn)
-        return anzeigename() + " braucht einmal Administratorrechte: Er legt eine Netzwerkschnittstelle an "
-                               "und leitet den Verkehr des "
-                               "Mac — auch Ihren VPN — über das Handy, das WLAN und Mobilfunk bündelt. Beim "
-                               "Abstecken wird alles "
-                               "zurückgebaut.";
-    return "Mobilsteg Bordlotse braucht einmal Administratorrechte für den Volltunnel: Netzwerkschnittstelle "
-           "anlegen, "
-           "Routen und DNS setzen. Beim Abstecken wird alles zurückgebaut.";
+        return anzeigename() + " braucht einmal Administratorrechte: "
+                               "Er legt eine Netzwerkschnittstelle an und leitet den Verkehr des Mac — "
+                               "auch Ihren VPN — über das Handy, das WLAN und Mobilfunk bündelt. "
+                               "Beim Abstecken wird alles zurückgebaut.";
+    return "Mobilsteg Bordlotse braucht einmal Administratorrechte für den Volltunnel: "
+           "Netzwerkschnittstelle anlegen, Routen und DNS setzen. "
+           "Beim Abstecken wird alles zurückgebaut.";
 }
 
 } // namespace mobilsteg

@@ -130,7 +130,7 @@ Terminaltafel::Terminaltafel(std::FILE* ausgabe)
 
 void Terminaltafel::zeichne(const Baum& baum) {
     letzter_ = alsText(baum, terminal_);
-    if (terminal_) // home, the panel with each line's rest erased, then everything below erased
+    if (terminal_) // home and erase: the panel is drawn in place
         std::fputs(("\x1b[H\x1b[J" + letzter_ + (gesagt_.empty() ? "" : gesagt_ + "\n") + "> ").c_str(),
                    ausgabe_);
     else

@@ -221,8 +221,11 @@ std::vector<std::string> Fahrtbank::aufruf(const std::string& name,
     return worte;
 }
 
-void Fahrtbank::starte(const std::string& name) {
-    programm = std::make_unique<Programm>(aufruf(name, {"--terminal"}), ordner.pfad() + "/ausgabe");
+void Fahrtbank::starte(const std::string& name, const std::string& umstand) {
+    auto worte = aufruf(name, {"--terminal"});
+    if (!umstand.empty())
+        worte.insert(worte.begin(), {"/bin/sh", "-c", umstand + R"(; exec "$0" "$@")"});
+    programm = std::make_unique<Programm>(worte, ordner.pfad() + "/ausgabe");
 }
 
 void Fahrtbank::starteFenster() {

@@ -61,7 +61,8 @@ public:
 
     /// A phone on the cable unless told otherwise.
     std::unique_ptr<Probehandy> handy(std::vector<std::string> optionen = {"--stecken", "--erlaubt"});
-    void starte(const std::string& name = "mobilsteg-bordlotse");
+    /// `umstand`: what the shell does before it becomes the program, such as setting limits.
+    void starte(const std::string& name = "mobilsteg-bordlotse", const std::string& umstand = "");
     /// In the menu bar instead of the terminal, on the display that the environment names.
     void starteFenster();
 

@@ -3,10 +3,14 @@
 
 #include "tests/simulation/Sturmwelt.hpp"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <mutex>
 #include <thread>
 
@@ -66,6 +70,57 @@ int eineGeschichte(std::uint64_t samen, int takte) {
     return welt.verstoss().empty() ? 0 : 1;
 }
 
+double belegteMebibyte() {
+    std::ifstream statm("/proc/self/statm");
+    long gesamt = 0;
+    long belegt = 0;
+    statm >> gesamt >> belegt;
+    return static_cast<double>(belegt) * static_cast<double>(::sysconf(_SC_PAGESIZE)) / (1024 * 1024);
+}
+
+/// An ordinary life: the phone drives along, and once an hour it is off the cable for a minute.
+int dauerlauf(int tage) {
+    KabelWelt welt;
+    Modellhandy handy;
+    handy.status = R"({"alles":false,"notlage":false,"paths":[{"iface":"wlan0","healthy":true,"rtt_ms":40}],)"
+                   R"("kunden":[{"name":"Testmac","bytes":123456}]})";
+    welt.handys = {handy};
+    int ticks = 0;
+    welt.standdienst.nachDokument = [&] { ++ticks; };
+    welt.starte();
+    const auto gehe = [&](Dauer dauer) {
+        welt.welt.laufe(dauer);
+        welt.aufrufe.clear();
+        welt.anmeldungen.clear();
+        welt.berichte.clear();
+    };
+    double amErstenTag = 0;
+    std::size_t zeilenJeStunde = 0;
+    for (int stunde = 1; stunde <= tage * 24; ++stunde) {
+        const auto vorher = welt.ordner.lies("/heim/Library/Logs/MobilstegBordlotse.log").size();
+        gehe(std::chrono::minutes(59));
+        welt.handys.clear();
+        welt.forwards.clear();
+        gehe(std::chrono::minutes(1));
+        welt.handys = {handy};
+        const auto text = welt.ordner.lies("/heim/Library/Logs/MobilstegBordlotse.log").substr(vorher);
+        const auto zeilen = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+        if (stunde == 2)
+            zeilenJeStunde = zeilen;
+        if (stunde > 2 && zeilen != zeilenJeStunde)
+            return std::printf("Stunde %d: %zu Zeilen statt %zu:\n%s", stunde, zeilen, zeilenJeStunde,
+                               text.c_str()),
+                   1;
+        if (stunde == 24)
+            amErstenTag = belegteMebibyte();
+    }
+    const double amLetzten = belegteMebibyte();
+    std::printf(
+        "%d Tage, %d Ticks: %zu Protokollzeilen je Stunde, Speicher nach dem ersten Tag %.2f MiB, am Ende %.2f MiB\n",
+        tage, ticks, zeilenJeStunde, amErstenTag, amLetzten);
+    return amLetzten <= amErstenTag + 1 ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -82,6 +137,8 @@ int main(int argc, char** argv) {
             ab = wert;
         else if (option == "--takte")
             takte = static_cast<int>(wert);
+        else if (option == "--tage")
+            return dauerlauf(static_cast<int>(wert));
         else if (option == "--geschichte")
             geschichte = wert;
         else
