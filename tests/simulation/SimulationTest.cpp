@@ -10,8 +10,7 @@ using namespace mobilsteg;
 namespace {
 
 TEST(Simulation, keinSamenBrichtEinVersprechen) {
-    constexpr std::uint64_t samenzahl = 150;
-    for (std::uint64_t samen = 1; samen <= samenzahl; ++samen) {
+    for (std::uint64_t samen = 1; samen <= SAMENZAHL; ++samen) {
         Sturmwelt welt(samen);
         welt.lebe(100);
         ASSERT_EQ(welt.verstoss(), "") << "mobilsteg-simulation --geschichte " << samen << "\n"
@@ -31,6 +30,8 @@ TEST(Simulation, derselbeSamenErzaehltDieselbeGeschichte) {
 
 /// Each promise is broken on purpose; a check that lets that pass would let a fault of the program pass, too.
 TEST(Simulation, jedeLuegeFaelltAuf) {
+    if (SAMENZAHL < 100)
+        GTEST_SKIP() << "this looks at the checks, not at the program; a sanitizer has nothing to find here";
     const std::pair<Luege, const char*> luegen[] = {
         {Luege::proxyGehtNichtAus, "zwei Ticks nach dem Verlust des Weges ist der Proxy aus"},
         {Luege::forwardBleibt, "am Ende steht keine Weiterleitung"},
