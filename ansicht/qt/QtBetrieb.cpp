@@ -1,5 +1,7 @@
 #include "ansicht/qt/QtBetrieb.hpp"
 
+#include "plattform/Oberflaeche.hpp"
+
 #include <QMetaObject>
 
 namespace mobilsteg {
@@ -7,6 +9,7 @@ namespace mobilsteg {
 QtBetrieb::QtBetrieb(int& argc, char** argv) : anwendung_(argc, argv), schlange_("main") {
     // The panel comes and goes; the program stays.
     QApplication::setQuitOnLastWindowClosed(false);
+    alsMenueleistenprogramm(); // Qt makes one without a bundle an ordinary one
 }
 
 void QtBetrieb::laufe() {
