@@ -30,7 +30,7 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
     });
     // A log-out may end us any moment after this, and whoever cancels it in another program finds us gone,
     // too: better than going on without what has just been taken back.
-    const auto abmeldung = beiAbmeldung([&] {
+    [[maybe_unused]] const auto abmeldung = beiAbmeldung([&] {
         delegate.applicationWillTerminate();
         qt.beende();
     });

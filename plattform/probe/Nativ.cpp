@@ -30,6 +30,7 @@ std::optional<std::string> programmbild(const std::string&, int) {
     return std::nullopt;
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): where there is such a thing, it keeps what it is given.
 Abmeldung beiAbmeldung(std::function<void()>) {
     return nullptr;
 }
@@ -37,5 +38,6 @@ Abmeldung beiAbmeldung(std::function<void()>) {
 std::unique_ptr<Leistenstueck> nativesLeistenstueck(std::function<void()>) {
     return nullptr;
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 } // namespace mobilsteg

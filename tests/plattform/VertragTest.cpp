@@ -84,8 +84,8 @@ struct EchteZeit : Schlangenbank {
 struct Asiobank final : EchteZeit {
     Schlange& q() override { return q_; }
     Schlange& andere() override { return andere_; }
-    AsioSchlange andere_{"andere"};
     AsioSchlange q_{"kabel.takt"};
+    AsioSchlange andere_{"andere"}; // goes first: its jobs may be waiting for the other
 };
 
 /// As in the terminal, where the program's own thread is the queue's.
@@ -96,8 +96,8 @@ struct Ruferbank final : EchteZeit {
     }
     Schlange& q() override { return q_; }
     Schlange& andere() override { return andere_; }
-    AsioSchlange andere_{"andere"};
     AsioSchlange q_{"haupt", AsioSchlange::Faden::rufer};
+    AsioSchlange andere_{"andere"};
     std::thread faden{[this] { q_.laufe(); }};
 };
 

@@ -9,6 +9,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <ostream>
 
 namespace mobilsteg {
 
@@ -16,6 +17,10 @@ struct Buendelart {
     std::string name;
     std::function<Buendel(const std::string& ordner)> lies; ///< with an empty folder of the test's own
 };
+
+inline void PrintTo(const Buendelart& art, std::ostream* strom) {
+    *strom << art.name;
+}
 
 class BuendelVertrag : public testing::TestWithParam<Buendelart> {};
 

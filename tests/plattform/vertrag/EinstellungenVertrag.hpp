@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <thread>
 #include <vector>
 
@@ -27,6 +28,10 @@ struct Einstellungsart {
     std::string name;
     std::function<std::unique_ptr<Einstellungsbank>()> baue;
 };
+
+inline void PrintTo(const Einstellungsart& art, std::ostream* strom) {
+    *strom << art.name;
+}
 
 class EinstellungenVertrag : public testing::TestWithParam<Einstellungsart> {
 protected:

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <ostream>
 
 namespace mobilsteg {
 
@@ -33,6 +34,10 @@ struct Schlangenart {
     std::string name;
     std::function<std::unique_ptr<Schlangenbank>()> baue;
 };
+
+inline void PrintTo(const Schlangenart& art, std::ostream* strom) {
+    *strom << art.name;
+}
 
 class SchlangenVertrag : public testing::TestWithParam<Schlangenart> {
 protected:

@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 
 namespace mobilsteg {
 
@@ -15,6 +16,10 @@ struct Skriptart {
     std::string name;
     std::function<std::unique_ptr<Adminskript>()> baue;
 };
+
+inline void PrintTo(const Skriptart& art, std::ostream* strom) {
+    *strom << art.name;
+}
 
 class SkriptVertrag : public testing::TestWithParam<Skriptart> {};
 
