@@ -3,6 +3,7 @@
 #include "ansicht/qt/QtBetrieb.hpp"
 #include "app/Delegate.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
+#include "plattform/Oberflaeche.hpp"
 
 #include <optional>
 
@@ -26,6 +27,12 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
             // As a job of the queue: an action may ask back, and then the others have to wait.
             qt.schlange().async([&pult, a] { pult.bediene(a); });
         });
+    });
+    // A log-out may end us any moment after this, and whoever cancels it in another program finds us gone,
+    // too: better than going on without what has just been taken back.
+    [[maybe_unused]] const auto abmeldung = beiAbmeldung([&] {
+        delegate.applicationWillTerminate();
+        qt.beende();
     });
     qt.laufe();
 

@@ -10,14 +10,11 @@ Orte orteAus(const Befehlszeile& zeile) {
             zeile.wurzel ? absoluterPfad(*zeile.wurzel) : std::string()};
 }
 
-std::string einstellungsPfad(const Orte& orte, const std::string& kennung) {
-    return orte.imHeim("/Library/Preferences/" + kennung + ".json");
-}
-
 MobilstegBordlotseApp::MobilstegBordlotseApp(const Befehlszeile& zeile, const std::string& kennung,
                                              Schlange& haupt, Dialog& dialog)
-    : orte_(orteAus(zeile)), buendel_(ordnerBuendel(kennung, eigenesProgramm())),
-      einstellungen_(einstellungsPfad(orte_, kennung)) {
+    : orte_(orteAus(zeile)), buendel_(eigenesBuendel(kennung)),
+      einstellungen_(einstellungenFuer(orte_, kennung).speicher), skript_(adminskriptFuer(orte_)),
+      browser_(lauf, orte_, *einstellungen_) {
     Kabel::richteEin([this, &haupt, &dialog] { return baueKabel(haupt, dialog); });
 }
 
@@ -33,7 +30,7 @@ std::unique_ptr<Kabel> MobilstegBordlotseApp::baueKabel(Schlange& haupt, Dialog&
     const auto finden = [this] { return browser_.finden(); };
     const auto oeffnen = [this](const BrowserFund& fund) { browser_.hinzufuegen(fund); };
     return std::make_unique<Kabel>(Kabel::Anschluesse{haupt, takt_, volltunnelQ_, uhr_, lauf, http_,
-                                                      einstellungen_, standdienst_, skript_, dialog, finden,
+                                                      *einstellungen_, standdienst_, *skript_, dialog, finden,
                                                       oeffnen, buendel_, orte_, rechnername(), abbruch});
 }
 

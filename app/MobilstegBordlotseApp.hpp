@@ -4,9 +4,8 @@
 #include "app/Befehlszeile.hpp"
 #include "handy/CurlHttp.hpp"
 #include "kabel/Kabel.hpp"
+#include "plattform/Adapter.hpp"
 #include "plattform/AsioSchlange.hpp"
-#include "plattform/probe/DateiEinstellungen.hpp"
-#include "plattform/probe/OsascriptSkript.hpp"
 #include "standdienst/Standdienst.hpp"
 
 #include <memory>
@@ -22,7 +21,7 @@ public:
                           Dialog& dialog);
 
     [[nodiscard]] Kabel& kabel() { return Kabel::gemeinsam(); }
-    [[nodiscard]] Einstellungen& einstellungen() { return einstellungen_; }
+    [[nodiscard]] Einstellungen& einstellungen() { return *einstellungen_; }
 
 private:
     [[nodiscard]] std::unique_ptr<Kabel> baueKabel(Schlange& haupt, Dialog& dialog);
@@ -30,10 +29,10 @@ private:
     Orte orte_;
     Buendel buendel_;
     Systemuhr uhr_;
-    DateiEinstellungen einstellungen_;
+    std::unique_ptr<Einstellungen> einstellungen_;
     CurlHttp http_;
-    OsascriptSkript skript_{orte_};
-    Browser browser_{lauf, orte_, einstellungen_};
+    std::unique_ptr<Adminskript> skript_;
+    Browser browser_;
     AsioSchlange standQ_{"standdienst"};
     Standdienst standdienst_{standQ_};
     AsioSchlange takt_{"kabel.takt"};
@@ -42,9 +41,6 @@ private:
 
 /// Where the command line puts home and system.
 [[nodiscard]] Orte orteAus(const Befehlszeile& zeile);
-
-/// Where an edition's settings lie.
-[[nodiscard]] std::string einstellungsPfad(const Orte& orte, const std::string& kennung);
 
 /// Runs the program in the terminal until its user or a signal ends it; returns the exit status.
 int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung);

@@ -28,18 +28,18 @@ void sage(const std::string& text) {
 /// What both services look at, without a controller.
 struct Umfeld {
     explicit Umfeld(const Befehlszeile& zeile, const std::string& k)
-        : kennung(k), orte(orteAus(zeile)), buendel(ordnerBuendel(k, eigenesProgramm())),
-          einstellungen(einstellungsPfad(orte, k)), proxy(lauf, orte, einstellungen),
+        : orte(orteAus(zeile)), buendel(eigenesBuendel(k)), ablage(einstellungenFuer(orte, k)),
+          einstellungen(*ablage.speicher), proxy(lauf, orte, einstellungen),
           adb(lauf, orte, buendel.ressourcen) {}
 
     [[nodiscard]] Ergebnis networksetup(const std::vector<std::string>& argumente) const {
         return lauf(orte.imSystem("/usr/sbin/networksetup"), argumente, werkzeugSekunden);
     }
 
-    std::string kennung;
     Orte orte;
     Buendel buendel;
-    DateiEinstellungen einstellungen;
+    Einstellungsort ablage;
+    Einstellungen& einstellungen;
     SystemProxy proxy;
     Adb adb;
 };
@@ -109,9 +109,9 @@ void nimmProxyWeg(Umfeld& umfeld) {
 void beendeHelfer(const Umfeld& umfeld) {
     Systemuhr uhr;
     AsioSchlange haupt("haupt", AsioSchlange::Faden::rufer);
-    OsascriptSkript skript(umfeld.orte);
+    const auto skript = adminskriptFuer(umfeld.orte);
     const Variante variante(umfeld.buendel, umfeld.einstellungen);
-    Volltunnel volltunnel({haupt, uhr, skript, variante, umfeld.buendel.ressourcen, umfeld.orte});
+    Volltunnel volltunnel({haupt, uhr, *skript, variante, umfeld.buendel.ressourcen, umfeld.orte});
     if (!volltunnel.markeLiegt())
         return sage("Volltunnel: keiner läuft");
     sage(volltunnel.stoppeUebriggebliebenen() ? "Volltunnel: beendet, Routen und DNS zurückgebaut"
@@ -167,14 +167,13 @@ int selbsttest(const Befehlszeile& zeile, const std::string& kennung) {
         sage(name + std::string(name.size() < 16 ? 16 - name.size() : 1, ' ') + wert);
     };
     const Variante variante(u.buendel, u.einstellungen);
-    angabe("Kennung", u.kennung);
+    angabe("Kennung", u.buendel.kennung);
     angabe("Ausgabe", variante.anzeigename());
     angabe("Version", oderNichts(u.buendel.version) + " (" + oderNichts(u.buendel.bauversion) + ")");
     angabe("Ressourcen", oderNichts(u.buendel.ressourcen));
     angabe("Heim", u.orte.heim);
     angabe("Wurzel", u.orte.wurzel.empty() ? "/" : u.orte.wurzel);
-    angabe("Einstellungen", einstellungsPfad(u.orte, u.kennung) + " · kabel.id " +
-                                oderNichts(u.einstellungen.text("kabel.id")));
+    angabe("Einstellungen", u.ablage.ort + " · kabel.id " + oderNichts(u.einstellungen.text("kabel.id")));
     angabe("Rechnername", rechnername());
     const auto adb = u.adb.finden();
     angabe("adb", oderNichts(adb));

@@ -13,8 +13,9 @@ struct Buendel {
     std::optional<std::string> bauversion; ///< the build's own number
 };
 
-/// The package of a program that lies as `<folder>/bin/<name>` with its resources in `<folder>/Resources`.
-/// `programm` is the path of the running executable; without that resource folder none is reported.
+/// The package of a program that lies as `<folder>/bin/<name>` (in a mac's bundle `<folder>/MacOS/<name>`)
+/// with its resources in `<folder>/Resources`. `programm` is the path of the running executable; without that
+/// resource folder none is reported.
 [[nodiscard]] Buendel ordnerBuendel(std::string kennung, const std::string& programm);
 
 /// The path of the running executable; empty if the system does not tell.

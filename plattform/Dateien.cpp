@@ -1,6 +1,7 @@
 #include "plattform/Dateien.hpp"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,6 +29,12 @@ void Deskriptor::schliesse() {
     if (nummer_ >= 0)
         ::close(nummer_);
     nummer_ = -1;
+}
+
+Dateisperre::Dateisperre(const std::string& pfad)
+    : datei_(::open(pfad.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644)) {
+    while (datei_ && ::flock(datei_.nummer(), LOCK_EX) != 0 && errno == EINTR) {
+    }
 }
 
 namespace {

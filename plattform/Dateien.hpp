@@ -24,6 +24,17 @@ private:
     int nummer_ = -1;
 };
 
+/// Held by one process (or thread) at a time, until it goes; waits for whoever holds it. `pfad` names a file
+/// that is created and stays: were it replaced or removed, not all would lock the same one. Without it there
+/// is no lock.
+class Dateisperre {
+public:
+    explicit Dateisperre(const std::string& pfad);
+
+private:
+    Deskriptor datei_;
+};
+
 enum class Haltbarkeit {
     fluechtig, ///< whole or not at all for readers, but a power cut may lose it
     dauerhaft  ///< flushed to the disk before the old file is replaced

@@ -4,9 +4,8 @@
 #include "ansicht/qt/Gestalt.hpp"
 #include "ansicht/qt/Symbole.hpp"
 #include "ansicht/qt/Wandlung.hpp"
+#include "plattform/Oberflaeche.hpp"
 
-#include <QFileIconProvider>
-#include <QFileInfo>
 #include <QStyleOptionButton>
 #include <QStylePainter>
 
@@ -20,10 +19,12 @@ constexpr float gedrueckt = 0.6F;
 constexpr int randabstand = 12; // at least; some styles leave next to nothing
 constexpr int bildbreite = Masse::browsersymbol + Masse::browserabstand;
 
-/// None where the path is not that of an application as this platform packs them.
+/// Sharp on the densest screens, too; none where the system knows no icons of applications.
 QIcon anwendungsbild(const std::string& appPfad) {
-    const QFileInfo anwendung(qtText(appPfad));
-    return anwendung.isBundle() ? QFileIconProvider().icon(anwendung) : QIcon();
+    QPixmap bild;
+    if (const auto png = programmbild(appPfad, 4 * Masse::browsersymbol))
+        bild.loadFromData(reinterpret_cast<const uchar*>(png->data()), static_cast<uint>(png->size()), "PNG");
+    return bild;
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "ansicht/qt/Wandlung.hpp"
 
 #include <QApplication>
+#include <QBuffer>
 #include <QFontMetricsF>
 #include <QPainter>
 
@@ -40,6 +41,13 @@ QPixmap leistenbild(const std::string& symbol, const std::string& kurz, const QC
     maler.drawText(QRectF(hoehe * (1 + abstandanteil), 0, textbreite, hoehe),
                    Qt::AlignLeft | Qt::AlignVCenter, text);
     return bild;
+}
+
+std::string symbolpng(const std::string& symbol, int hoehe) {
+    QBuffer bytes;
+    bytes.open(QIODevice::WriteOnly);
+    symbolbild(symbol, hoehe, Qt::black, 1).save(&bytes, "PNG");
+    return bytes.data().toStdString();
 }
 
 QIcon leistenikone(const std::string& symbol, const std::string& kurz, const QColor& farbe) {

@@ -27,7 +27,7 @@ constexpr int fensterrahmen = 60; // at most, top and bottom together
 } // namespace
 
 Menueleistenstueck::Menueleistenstueck(Aushang& aushang, bool bundleB2B, Melder melde)
-    : melde_(std::move(melde)), panel_(melde_),
+    : melde_(std::move(melde)), panel_(melde_), nativ_(nativesLeistenstueck([this] { geklickt(); })),
       tafel_(aushang, bundleB2B, [this](const Baum& baum) { panel_.zeichne(baum); }) {
     panel_.beimSchliessen([this] { geschlossen(); });
     panel_.beiNeuerHoehe([this] { stelleAuf(); });
@@ -41,8 +41,9 @@ Menueleistenstueck::Menueleistenstueck(Aushang& aushang, bool bundleB2B, Melder 
     zeige(aushang.zustand());
     beobachtung_ = aushang.beobachte([this](const Zustand& zustand) { zeige(zustand); });
 
-    sucheLeiste();
-    if (!stueck_.isVisible()) {
+    if (!nativ_)
+        sucheLeiste();
+    if (!stueckDa()) {
         suche_.start(suchabstand);
         panel_.setzeArt(Panelfenster::Art::fenster);
         oeffne();
@@ -62,8 +63,28 @@ void Menueleistenstueck::zeige(const Zustand& zustand) {
 }
 
 void Menueleistenstueck::zeigeIkone() {
+    const QString hilfe = kurz_.empty() ? panel_.windowTitle() : qtText(kurz_);
+    if (nativ_) {
+        nativ_->zeige(symbol_, kurz_, hilfe.toStdString(),
+                      [this](int hoehe) { return symbolpng(symbol_, hoehe); });
+        return;
+    }
     stueck_.setIcon(leistenikone(symbol_, kurz_, QApplication::palette().color(QPalette::WindowText)));
-    stueck_.setToolTip(kurz_.empty() ? panel_.windowTitle() : qtText(kurz_));
+    stueck_.setToolTip(hilfe);
+}
+
+bool Menueleistenstueck::stueckDa() const {
+    return nativ_ || stueck_.isVisible();
+}
+
+/// Some menu bars keep it to themselves where the item is; then the place of the click has to do.
+QRect Menueleistenstueck::ort() const {
+    if (nativ_) {
+        const auto lage = nativ_->lage();
+        return {lage.links, lage.oben, lage.breite, lage.hoehe};
+    }
+    const QRect stueck = stueck_.geometry();
+    return stueck.isValid() ? stueck : QRect(klickstelle_, QSize(1, 1));
 }
 
 void Menueleistenstueck::sucheLeiste() {
@@ -85,9 +106,10 @@ void Menueleistenstueck::geklickt() {
 }
 
 void Menueleistenstueck::oeffne() {
-    if (stueck_.isVisible() && !panel_.isVisible())
+    if (stueckDa() && !panel_.isVisible())
         panel_.setzeArt(Panelfenster::Art::aufklappend);
     stelleAuf();
+    nachVorn();
     panel_.show();
     panel_.raise();
     panel_.activateWindow();
@@ -101,17 +123,14 @@ void Menueleistenstueck::geschlossen() {
     zuletztGeschlossen_ = std::chrono::steady_clock::now();
     if (panel_.art() == Panelfenster::Art::aufklappend)
         return;
-    if (stueck_.isVisible())
+    if (stueckDa())
         schliesse();
     else
         melde_({Bedienung::beenden, ""});
 }
 
-/// Some menu bars keep it to themselves where the item is; then the place of the click has to do.
 void Menueleistenstueck::stelleAuf() {
-    QRect stueck = stueck_.geometry();
-    if (!stueck.isValid())
-        stueck = QRect(klickstelle_, QSize(1, 1));
+    const QRect stueck = ort();
     const QScreen* schirm = QGuiApplication::screenAt(stueck.center());
     const QRect flaeche =
         (schirm != nullptr ? schirm : QGuiApplication::primaryScreen())->availableGeometry();

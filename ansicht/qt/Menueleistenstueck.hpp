@@ -2,12 +2,14 @@
 
 #include "ansicht/Tafel.hpp"
 #include "ansicht/qt/Panelfenster.hpp"
+#include "plattform/Oberflaeche.hpp"
 
 #include <QPoint>
 #include <QSystemTrayIcon>
 #include <QTimer>
 
 #include <chrono>
+#include <memory>
 
 namespace mobilsteg {
 
@@ -33,13 +35,16 @@ private:
     void zeige(const Zustand& zustand);
     void zeigeIkone();
     void sucheLeiste();
+    [[nodiscard]] bool stueckDa() const;
+    [[nodiscard]] QRect ort() const;
     void geklickt();
     void geschlossen();
     void stelleAuf();
 
     Melder melde_;
     Panelfenster panel_;
-    QSystemTrayIcon stueck_;
+    std::unique_ptr<Leistenstueck> nativ_; ///< where the system brings one
+    QSystemTrayIcon stueck_;               ///< else this one
     QTimer suche_;
     int versuche_ = 0;
     std::string symbol_;

@@ -1,5 +1,7 @@
 #include "ansicht/qt/QtBetrieb.hpp"
 
+#include "plattform/Oberflaeche.hpp"
+
 #include <QMetaObject>
 
 #include <clocale>
@@ -11,6 +13,7 @@ QtBetrieb::QtBetrieb(int& argc, char** argv) : anwendung_(argc, argv), schlange_
     std::setlocale(LC_NUMERIC, "C");
     // The panel comes and goes; the program stays.
     QApplication::setQuitOnLastWindowClosed(false);
+    alsMenueleistenprogramm(); // Qt makes one without a bundle an ordinary one
 }
 
 void QtBetrieb::laufe() {

@@ -1,6 +1,7 @@
 #include "ansicht/qt/QtDialog.hpp"
 
 #include "ansicht/qt/Fragefenster.hpp"
+#include "plattform/Oberflaeche.hpp"
 
 #include <QTimer>
 
@@ -10,6 +11,7 @@ int QtDialog::frage(const Frage& frage) {
     Fragefenster fenster(frage);
     // A program without a window of its own stays in the background unless it asks for more than `show`.
     QTimer::singleShot(0, &fenster, [&fenster] {
+        nachVorn();
         fenster.raise();
         fenster.activateWindow();
     });

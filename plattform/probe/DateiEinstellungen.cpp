@@ -4,8 +4,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -39,20 +37,6 @@ Stempel stempel(const std::string& pfad) {
 #endif
     return {lage.st_dev, lage.st_ino, lage.st_size, zeit.tv_sec, zeit.tv_nsec};
 }
-
-/// Held across processes while one of them changes the file. Its own file is never replaced, so that all
-/// of them lock the same one.
-class Sperre {
-public:
-    explicit Sperre(const std::string& pfad)
-        : datei_(::open((pfad + ".sperre").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644)) {
-        while (datei_ && ::flock(datei_.nummer(), LOCK_EX) != 0 && errno == EINTR) {
-        }
-    }
-
-private:
-    Deskriptor datei_;
-};
 
 enum class Lage {
     verstanden,      ///< a settings file, or none at all
@@ -126,7 +110,7 @@ struct DateiEinstellungen::Innen {
     void aendere(const std::function<void(const json& werte, json& offen)>& aenderung) {
         const std::lock_guard wache(schloss);
         legeOrdnerAn(pfad);
-        const Sperre sperre(pfad);
+        const Dateisperre sperre(pfad + ".sperre"); // not the file itself, which is replaced
         const Inhalt inhalt = lies(pfad);
         aenderung(inhalt.werte, offen);
         if (inhalt.lage == Lage::unerreichbar)

@@ -1,5 +1,13 @@
 #include "plattform/Buendel.hpp"
 
+#ifdef __APPLE__
+#include <mach-o/dyld.h>
+
+#include <array>
+#include <climits>
+#include <cstdint>
+#endif
+
 #include <filesystem>
 
 namespace mobilsteg {
@@ -19,9 +27,15 @@ Buendel ordnerBuendel(std::string kennung, const std::string& programm) {
 }
 
 std::string eigenesProgramm() {
+#ifdef __APPLE__
+    std::array<char, PATH_MAX> pfad{};
+    std::uint32_t platz = pfad.size();
+    return ::_NSGetExecutablePath(pfad.data(), &platz) == 0 ? pfad.data() : std::string();
+#else
     std::error_code fehler;
     const fs::path pfad = fs::read_symlink("/proc/self/exe", fehler);
     return fehler ? std::string() : pfad.string();
+#endif
 }
 
 } // namespace mobilsteg

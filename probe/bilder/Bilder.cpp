@@ -1,7 +1,9 @@
-// Draws the pictures of the documentation with the program's own renderer, without a display.
+// Draws the pictures of the documentation, and the application icons, with the program's own renderer,
+// without a display.
 
 #include "ansicht/Inhalt.hpp"
 #include "ansicht/qt/Bild.hpp"
+#include "ansicht/qt/Ikone.hpp"
 #include "ansicht/qt/QtBetrieb.hpp"
 #include "app/Erststart.hpp"
 #include "kabel/Kabel.hpp"
@@ -51,16 +53,30 @@ struct Bild {
     bool bundleB2B;
 };
 
+int maleIkonen(const std::string& ordner) {
+    const std::pair<const char*, Ikone> ikonen[] = {
+        {"mobilsteg-bordlotse", {"cable.connector", 0x2f9bd6, 0x124f91}},
+        {"mobilsteg-vpnlotse", {"lock.shield.fill", 0x4cae7b, 0x135c4a}},
+    };
+    for (const auto& [name, ikone] : ikonen)
+        if (!schreibeIkone(ikone, ordner + "/" + name + ".icns"))
+            return 1;
+    return 0;
+}
+
 } // namespace
 
 int main(int anzahl, char** worte) {
-    if (anzahl != 2) {
-        std::fprintf(stderr, "Aufruf: mobilsteg-bilder ORDNER\n");
+    const bool ikonen = anzahl == 3 && std::string(worte[1]) == "--ikonen";
+    if (anzahl != 2 && !ikonen) {
+        std::fprintf(stderr, "Aufruf: mobilsteg-bilder [--ikonen] ORDNER\n");
         return 2;
     }
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    const std::string ordner = worte[1];
+    const std::string ordner = worte[anzahl - 1];
     const QtBetrieb qt(anzahl, worte);
+    if (ikonen)
+        return maleIkonen(ordner);
     constexpr double massstab = 2;
     for (const auto& bild :
          {Bild{"reise", reise(), false}, {"vpn", vpn(), true}, {"experte", experte(), false}}) {

@@ -1,0 +1,1 @@
+// The free runtime's own; clang needs no declarations for a block that is only type-checked.

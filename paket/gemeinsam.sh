@@ -1,0 +1,32 @@
+# Shared by the commands of this folder, each of which does one thing with one edition's bundle.
+# shellcheck shell=bash
+
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+case ${1:-} in
+bordlotse) anzeigename="Mobilsteg Bordlotse" ;;
+vpnlotse) anzeigename="Mobilsteg VPN-Lotse" ;;
+*)
+    echo "Aufruf: $0 bordlotse|vpnlotse" >&2
+    exit 2
+    ;;
+esac
+# shellcheck disable=SC2034 # used by those that read this
+{
+    programm=mobilsteg-$1
+    kennung=de.mobilsteg.$1
+    ziel=bau/paket
+    app="$ziel/$anzeigename.app"
+    version=$(sed -n 's/^project(MobilstegBordlotse VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+    abbild="$ziel/$programm-$version.dmg"
+}
+
+nur_auf_dem_mac() {
+    [ "$(uname)" = Darwin ] || { echo "$0: Das geht nur auf einem Mac." >&2; exit 1; }
+}
+
+fuelle() { # a template, its gaps filled in
+    sed -e "s|@KENNUNG@|$kennung|g" -e "s|@NAME@|$anzeigename|g" -e "s|@PROGRAMM@|$programm|g" \
+        -e "s|@VERSION@|$version|g" -e "s|@SUMME@|${summe:-}|g" "$1"
+}

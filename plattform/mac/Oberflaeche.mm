@@ -1,0 +1,118 @@
+#include "plattform/Oberflaeche.hpp"
+
+#include "plattform/mac/Wandlung.hpp"
+
+#import <AppKit/AppKit.h>
+
+/// What the menu bar's button sends its presses to.
+@interface BordlotseKlickziel : NSObject {
+@public
+    std::function<void()> beiKlick;
+}
+- (void)geklickt:(id)sender;
+@end
+
+@implementation BordlotseKlickziel
+- (void)geklickt:(id)sender {
+    (void)sender;
+    beiKlick();
+}
+@end
+
+namespace mobilsteg {
+
+namespace {
+
+constexpr int symbolhoehe = 18; // points, like the menu bar's other symbols
+
+class NativesLeistenstueck final : public Leistenstueck {
+public:
+    explicit NativesLeistenstueck(std::function<void()> beiKlick)
+        : ziel_([[BordlotseKlickziel alloc] init]),
+          stueck_([NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength]) {
+        ziel_->beiKlick = std::move(beiKlick);
+        stueck_.button.target = ziel_;
+        stueck_.button.action = @selector(geklickt:);
+        stueck_.button.imagePosition = NSImageLeft;
+        [stueck_.button sendActionOn:NSEventMaskLeftMouseDown];
+    }
+    ~NativesLeistenstueck() override { [NSStatusBar.systemStatusBar removeStatusItem:stueck_]; }
+    NativesLeistenstueck(const NativesLeistenstueck&) = delete;
+    NativesLeistenstueck& operator=(const NativesLeistenstueck&) = delete;
+
+    void zeige(const std::string& symbol, const std::string& titel, const std::string& hilfe,
+               const std::function<std::string(int)>& ersatz) override {
+        @autoreleasepool {
+            NSImage* bild = [NSImage imageWithSystemSymbolName:nsText(symbol)
+                                      accessibilityDescription:nsText(hilfe)];
+            if (bild == nil)
+                bild = ausPng(ersatz(2 * symbolhoehe));
+            [bild setTemplate:YES]; // its property's name is a keyword here
+            stueck_.button.image = bild;
+            stueck_.button.title = nsText(titel);
+            stueck_.button.toolTip = nsText(hilfe);
+        }
+    }
+
+    Lage lage() const override {
+        // The system counts from the main screen's bottom left.
+        const NSRect ort = stueck_.button.window.frame;
+        NSScreen* schirm = NSScreen.screens.firstObject;
+        return {static_cast<int>(NSMinX(ort)), static_cast<int>(NSMaxY(schirm.frame) - NSMaxY(ort)),
+                static_cast<int>(NSWidth(ort)), static_cast<int>(NSHeight(ort))};
+    }
+
+private:
+    static NSImage* ausPng(const std::string& png) {
+        NSImage* bild = [[NSImage alloc] initWithData:[NSData dataWithBytes:png.data() length:png.size()]];
+        bild.size = NSMakeSize(symbolhoehe, symbolhoehe);
+        return bild;
+    }
+
+    BordlotseKlickziel* ziel_;
+    NSStatusItem* stueck_;
+};
+
+} // namespace
+
+void alsMenueleistenprogramm() {
+    [NSApplication.sharedApplication setActivationPolicy:NSApplicationActivationPolicyAccessory];
+    // Kept for as long as the program runs.
+    static const id wach =
+        [NSProcessInfo.processInfo beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
+                                                     reason:@"Bordlotse"];
+    (void)wach;
+}
+
+void nachVorn() {
+    [NSApplication.sharedApplication activateIgnoringOtherApps:YES];
+}
+
+std::optional<std::string> programmbild(const std::string& pfad, int kante) {
+    @autoreleasepool {
+        NSImage* bild = [NSWorkspace.sharedWorkspace iconForFile:nsText(pfad)];
+        NSRect flaeche = NSMakeRect(0, 0, kante, kante);
+        const CGImageRef pixel = [bild CGImageForProposedRect:&flaeche context:nil hints:nil];
+        if (pixel == nullptr)
+            return std::nullopt;
+        NSBitmapImageRep* raster = [[NSBitmapImageRep alloc] initWithCGImage:pixel];
+        return stdBytes([raster representationUsingType:NSBitmapImageFileTypePNG properties:@{}]);
+    }
+}
+
+Abmeldung beiAbmeldung(std::function<void()> aufgabe) {
+    NSNotificationCenter* amt = NSWorkspace.sharedWorkspace.notificationCenter;
+    const id beobachter = [amt addObserverForName:NSWorkspaceWillPowerOffNotification
+                                           object:nil
+                                            queue:nil
+                                       usingBlock:^(NSNotification*) {
+                                         aufgabe();
+                                       }];
+    return {nullptr, [amt, beobachter](void*) { [amt removeObserver:beobachter]; }};
+}
+
+std::unique_ptr<Leistenstueck> nativesLeistenstueck(std::function<void()> beiKlick) {
+    return std::make_unique<NativesLeistenstueck>(std::move(beiKlick));
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,42 @@
+#pragma once
+
+// What every package tells about itself.
+
+#include "plattform/Buendel.hpp"
+#include "tests/hilfe/Ordner.hpp"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <ostream>
+
+namespace mobilsteg {
+
+struct Buendelart {
+    std::string name;
+    std::function<Buendel(const std::string& ordner)> lies; ///< with an empty folder of the test's own
+};
+
+inline void PrintTo(const Buendelart& art, std::ostream* strom) {
+    *strom << art.name;
+}
+
+class BuendelVertrag : public testing::TestWithParam<Buendelart> {};
+
+TEST_P(BuendelVertrag, kenntSichSelbst) {
+    const Ordner ordner;
+    const Buendel buendel = GetParam().lies(ordner.pfad());
+    EXPECT_TRUE(buendel.kennung.starts_with("de.mobilsteg.")) << buendel.kennung;
+    for (const auto& version : {buendel.version, buendel.bauversion}) {
+        ASSERT_TRUE(version.has_value());
+        EXPECT_TRUE(!version->empty() && version->find_first_not_of("0123456789.") == std::string::npos)
+            << *version;
+    }
+    if (buendel.ressourcen) {
+        EXPECT_TRUE(std::filesystem::path(*buendel.ressourcen).is_absolute()) << *buendel.ressourcen;
+        EXPECT_TRUE(std::filesystem::is_directory(*buendel.ressourcen)) << *buendel.ressourcen;
+    }
+}
+
+} // namespace mobilsteg

@@ -1,0 +1,146 @@
+#pragma once
+
+// What every serial queue promises. Nothing here measures how long something took: a machine may stand still
+// at any moment.
+
+#include "plattform/Schlange.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <ostream>
+
+namespace mobilsteg {
+
+/// A queue, another one to wait with, and the way to let them go on.
+class Schlangenbank {
+public:
+    virtual ~Schlangenbank() = default;
+    virtual Schlange& q() = 0;
+    virtual Schlange& andere() = 0;
+
+    /// The queues' time; and the running job's way to let it pass.
+    virtual Dauer jetzt() = 0;
+    virtual void schlafe(Dauer dauer) = 0;
+
+    /// Lets the queues go on until the condition holds, which must be safe to ask from any thread. False: it
+    /// did not for very long.
+    [[nodiscard]] virtual bool laufeBis(const std::function<bool()>& bedingung) = 0;
+};
+
+struct Schlangenart {
+    std::string name;
+    std::function<std::unique_ptr<Schlangenbank>()> baue;
+};
+
+inline void PrintTo(const Schlangenart& art, std::ostream* strom) {
+    *strom << art.name;
+}
+
+class SchlangenVertrag : public testing::TestWithParam<Schlangenart> {
+protected:
+    void bis(const std::atomic<bool>& wert) {
+        ASSERT_TRUE(bank->laufeBis([&] { return wert.load(); })) << "vergeblich gewartet";
+    }
+
+    std::unique_ptr<Schlangenbank> bank = GetParam().baue();
+    Schlange& q = bank->q();
+    Schlange& andere = bank->andere();
+    std::atomic<bool> fertig = false;
+};
+
+TEST_P(SchlangenVertrag, laesstAuftraegeEinzelnInDerFolgeIhrerUebergabeLaufen) {
+    std::string folge; // without a lock: only q touches it
+    andere.async([&] {
+        EXPECT_TRUE(andere.istHier() && !q.istHier());
+        for (const char buchstabe : {'a', 'b', 'c'})
+            q.async([&, buchstabe] { folge += buchstabe; });
+        q.sync([&] {
+            EXPECT_TRUE(q.istHier() && !andere.istHier());
+            folge += 's';
+            q.async([&] { folge += 'e'; });
+        });
+        q.async([&] { folge += 'n'; });
+        q.sync([&] { EXPECT_EQ(folge, "abcsen"); });
+        q.async([&] {
+            folge.clear();
+            q.async([&] { folge += "eigener "; });
+            andere.sync([&] { q.async([&] { folge += "fremder "; }); }); // a queue may wait for another one
+            q.async([&] {
+                EXPECT_EQ(folge, "eigener fremder ");
+                fertig = true;
+            });
+        });
+    });
+    bis(fertig);
+}
+
+TEST_P(SchlangenVertrag, syncAufSichSelbstBeendetDasProgramm) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            q.async([&] { q.sync([] {}); });
+            (void)bank->laufeBis([] { return false; });
+        },
+        "Programmierfehler: .*" + q.bezeichnung());
+}
+
+TEST_P(SchlangenVertrag, holtVersaeumteTakteEinmalNachUndKehrtInsRasterZurueck) {
+    constexpr Dauer periode = std::chrono::milliseconds(40);
+    bool imRaster = false;
+    for (int versuch = 0; versuch < 50 && !imRaster; ++versuch) { // a stalled machine hides the grid
+        fertig = false;
+        int lauf = 0; // touched by q alone
+        const Dauer beginn = bank->jetzt();
+        Wecker wecker = q.wiederhole(Dauer::zero(), periode, [&] {
+            if (++lauf == 1)
+                bank->schlafe(5 * periode / 2); // misses the next two, which become one
+            if (lauf != 3)
+                return;
+            const Dauer seither = bank->jetzt() - beginn;
+            EXPECT_GE(seither.count(), (3 * periode).count()) << "the two that were missed ran both";
+            imRaster = seither < 17 * periode / 5; // and not only a period after that
+            fertig = true;
+        });
+        bis(fertig);
+        wecker.reset();
+        // Whatever of it still runs must be over before its variables go.
+        std::atomic<bool> leer = false;
+        andere.async([&] { q.sync([&] { leer = true; }); });
+        bis(leer);
+    }
+    EXPECT_TRUE(imRaster);
+}
+
+TEST_P(SchlangenVertrag, weckerEndetMitDerLetztenKopie) {
+    using namespace std::chrono_literals;
+    Wecker selbst;
+    std::atomic<int> eigene = 0;
+    std::atomic<int> fremde = 0;
+    q.async([&] {
+        selbst = q.wiederhole(0ms, 1ms, [&] {
+            if (++eigene == 2)
+                selbst.reset(); // from inside the job
+        });
+    });
+    Wecker fremder = q.wiederhole(0ms, 1ms, [&] { ++fremde; });
+    Wecker kopie = fremder;
+    fremder.reset();
+    ASSERT_TRUE(bank->laufeBis([&] { return fremde >= 3 && eigene >= 2; })) << "the copy keeps it going";
+    kopie.reset();
+    int danach = 0;
+    Wecker spaeter;
+    andere.async([&] {
+        q.sync([&] { danach = fremde; }); // a run that had begun is over now
+        spaeter = q.wiederhole(10ms, 1h, [&] { fertig = true; });
+    });
+    bis(fertig);
+    EXPECT_EQ(fremde, danach);
+    EXPECT_EQ(eigene, 2);
+    bank.reset();
+    spaeter.reset(); // may be let go of when its queue is gone
+}
+
+} // namespace mobilsteg
