@@ -24,14 +24,20 @@ std::string ersetzt(const std::string& text, char was, const std::string& durch)
     return neu;
 }
 
+/// One word of a shell's, whatever it holds. Service names bear apostrophes, and the command runs as root.
+std::string inHochkommas(const std::string& wort) {
+    return "'" + ersetzt(wort, '\'', "'\\''") + "'";
+}
+
 } // namespace
 
 std::string tunnelbefehl(const std::string& helfer, const std::string& stoppPfad,
                          const std::string& protokoll, int prozess, const Tunnelauftrag& auftrag) {
     const char* art = auftrag.nurVPN ? " -nur-vpn" : auftrag.vpnDurch ? " -vpn-durch" : "";
-    return "( '" + helfer + "' -proxy 127.0.0.1:" + std::to_string(socksPort) + " -stopp '" + stoppPfad +
-           "' -dienst '" + auftrag.dienst + "' -wache " + std::to_string(prozess) + art + " </dev/null >> '" +
-           protokoll + "' 2>&1 & ) ; echo gestartet";
+    return "( " + inHochkommas(helfer) + " -proxy 127.0.0.1:" + std::to_string(socksPort) + " -stopp " +
+           inHochkommas(stoppPfad) + " -dienst " + inHochkommas(auftrag.dienst) + " -wache " +
+           std::to_string(prozess) + art + " </dev/null >> " + inHochkommas(protokoll) +
+           " 2>&1 & ) ; echo gestartet";
 }
 
 std::string skriptquelle(const std::string& befehl, const std::string& grund) {

@@ -21,8 +21,8 @@ struct Tunnelauftrag {
     bool operator==(const Tunnelauftrag&) const = default;
 };
 
-/// The shell command that starts the helper in the background. Values stand between single quotes, which are
-/// not escaped: paths and service names are trusted. Pure.
+/// The shell command that starts the helper in the background. Values stand between single quotes, so that
+/// each is one word and nothing in it is a command. Pure.
 [[nodiscard]] std::string tunnelbefehl(const std::string& helfer, const std::string& stoppPfad,
                                        const std::string& protokoll, int prozess,
                                        const Tunnelauftrag& auftrag);
