@@ -1,6 +1,7 @@
 #include "ansicht/Inhalt.hpp"
 
-#include <algorithm>
+#include <set>
+#include <string_view>
 
 namespace mobilsteg {
 
@@ -8,9 +9,10 @@ namespace {
 
 /// Rows are told apart by their text: an equal name makes no second row.
 std::vector<std::string> ohneDoppelte(const std::vector<std::string>& namen) {
+    std::set<std::string_view> gesehen;
     std::vector<std::string> einmal;
     for (const auto& name : namen)
-        if (std::find(einmal.begin(), einmal.end(), name) == einmal.end())
+        if (gesehen.insert(name).second)
             einmal.push_back(name);
     return einmal;
 }

@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
+
 namespace mobilsteg {
 
 namespace {
@@ -83,7 +85,10 @@ std::optional<std::string> Handy::austrittsIP() {
         return std::nullopt;
     const std::string text = alsUtf8(*koerper);
     const std::string_view ip = beschnitten(text);
-    if (ip.empty() || zeichenzahl(ip) > laengsteAdresse)
+    // A captive portal's page may be as short, but its lines would be several in the log, too.
+    const bool einzeilig =
+        std::none_of(ip.begin(), ip.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; });
+    if (ip.empty() || zeichenzahl(ip) > laengsteAdresse || !einzeilig)
         return std::nullopt;
     return std::string(ip);
 }

@@ -70,7 +70,9 @@ void Berichte::sende(Handy& handy, const Angaben& angaben) {
 void Berichte::sendeProtokolle(Handy& handy, const Angaben& angaben) {
     auto stand = einstellungen_.tabelle(standschluessel).value_or(Einstellungen::Tabelle{});
     for (const auto& datei : dateien_) {
-        const std::int64_t gesendet = stand.contains(datei.name) ? stand[datei.name] : 0;
+        // The table lies in a file that anybody may edit.
+        const std::int64_t gesendet =
+            std::max<std::int64_t>(0, stand.contains(datei.name) ? stand[datei.name] : 0);
         const auto abschnitt = liesEnde(datei.pfad, gesendet, groessterAbschnitt);
         if (!abschnitt || abschnitt->bytes.empty())
             continue;

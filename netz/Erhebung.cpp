@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 
 namespace mobilsteg {
 
@@ -51,10 +52,11 @@ std::vector<std::string> haeufigste(const std::map<std::string, int>& zaehler) {
 /// lsof writes a blank in a program's name as "\x20".
 std::string mitBlanks(std::string_view name) {
     constexpr std::string_view geschrieben = "\\x20";
-    std::string text(name);
-    for (std::size_t i = 0; (i = text.find(geschrieben, i)) != std::string::npos; ++i)
-        text.replace(i, geschrieben.size(), " ");
-    return text;
+    std::string text;
+    for (std::size_t i = 0; (i = name.find(geschrieben)) != std::string_view::npos;
+         name.remove_prefix(i + geschrieben.size()))
+        text += std::string(name.substr(0, i)) + " ";
+    return text + std::string(name);
 }
 
 } // namespace
@@ -103,6 +105,7 @@ Erhebung::Tunnelbericht Erhebung::liesTunnelbericht(std::string_view bytes) {
 
 std::vector<std::string> Erhebung::liesDienste(std::string_view ausgabe,
                                                const std::vector<std::string>& bekannte) {
+    const std::set<std::string_view> bekannt(bekannte.begin(), bekannte.end());
     std::vector<std::string> namen;
     for (const auto zeile : teile(ausgabe, '\n')) {
         if (zeile.find("(Connected)") == std::string_view::npos ||
@@ -112,7 +115,8 @@ std::vector<std::string> Erhebung::liesDienste(std::string_view ausgabe,
         const auto zu = auf == std::string_view::npos ? auf : zeile.find('"', auf + 1);
         if (zu == std::string_view::npos)
             continue;
-        if (const auto name = zeile.substr(auf + 1, zu - auf - 1); !enthaelt(bekannte, name))
+        const auto name = zeile.substr(auf + 1, zu - auf - 1);
+        if (!name.empty() && !bekannt.contains(name))
             namen.emplace_back(name);
     }
     return namen;

@@ -100,12 +100,14 @@ std::optional<std::string> SystemProxy::gemerkterDienst() const {
 
 std::optional<std::string> SystemProxy::schnittstelle(std::string_view routeAusgabe) {
     for (const auto zeile : teile(routeAusgabe, '\n')) {
-        if (zeile.find("interface:") == std::string_view::npos)
+        constexpr std::string_view marke = "interface:";
+        const auto stelle = zeile.find(marke);
+        if (stelle == std::string_view::npos)
             continue;
-        const auto stuecke = teile(zeile, ':');
-        if (stuecke.empty())
-            return std::nullopt;
-        return std::string(ohneRandblanks(stuecke.back()));
+        const auto stuecke = teile(zeile.substr(stelle + marke.size()), ':');
+        const auto name = stuecke.empty() ? std::string_view() : ohneRandblanks(stuecke.back());
+        // An empty name would fit the services that have no device at all, as VPNs.
+        return name.empty() ? std::nullopt : std::optional(std::string(name));
     }
     return std::nullopt;
 }
@@ -122,8 +124,9 @@ std::optional<std::string> SystemProxy::dienstFuer(const std::optional<std::stri
                 zeile.find("Device: " + *schnittstelle + ")") != std::string_view::npos)
                 return laufender;
         } else if (const auto zu = zeile.find(')'); zeile.starts_with('(') && zu != std::string_view::npos) {
-            laufender = ohneRandblanks(zeile.substr(zu + 1));
-            if (!ersatz && !zeile.starts_with("(*)"))
+            const auto name = ohneRandblanks(zeile.substr(zu + 1));
+            laufender = name.empty() ? std::nullopt : std::optional(std::string(name));
+            if (!ersatz && laufender && !zeile.starts_with("(*)"))
                 ersatz = laufender;
         }
     }
@@ -135,8 +138,10 @@ std::vector<std::string> SystemProxy::dienste(std::string_view reihenfolge) {
     for (const auto roh : teile(reihenfolge, '\n')) {
         const auto zeile = ohneRandblanks(roh);
         const auto zu = zeile.find(')');
-        if (zeile.starts_with('(') && !zeile.starts_with("(Hardware Port:") && zu != std::string_view::npos)
-            namen.emplace_back(ohneRandblanks(zeile.substr(zu + 1)));
+        if (!zeile.starts_with('(') || zeile.starts_with("(Hardware Port:") || zu == std::string_view::npos)
+            continue;
+        if (const auto name = ohneRandblanks(zeile.substr(zu + 1)); !name.empty())
+            namen.emplace_back(name);
     }
     return namen;
 }

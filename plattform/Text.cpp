@@ -149,6 +149,24 @@ std::string inKleinbuchstaben(std::string_view text) {
     return klein;
 }
 
+std::size_t klammertiefe(std::string_view json) {
+    std::size_t tiefe = 0;
+    std::size_t tiefste = 0;
+    bool imText = false;
+    for (std::size_t i = 0; i < json.size(); ++i) {
+        const char c = json[i];
+        if (c == '"')
+            imText = !imText;
+        else if (imText)
+            i += c == '\\' ? 1 : 0;
+        else if (c == '[' || c == '{')
+            tiefste = std::max(tiefste, ++tiefe);
+        else if ((c == ']' || c == '}') && tiefe > 0)
+            --tiefe;
+    }
+    return tiefste;
+}
+
 std::string verbunden(const std::vector<std::string>& stuecke, std::string_view dazwischen) {
     std::string text;
     for (const auto& stueck : stuecke) {

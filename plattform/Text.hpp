@@ -31,6 +31,9 @@ namespace mobilsteg {
 [[nodiscard]] std::string inGrossbuchstaben(std::string_view text);
 [[nodiscard]] std::string inKleinbuchstaben(std::string_view text);
 
+/// How deep the arrays and objects of a JSON text lie in each other; of any other text, some number.
+[[nodiscard]] std::size_t klammertiefe(std::string_view json);
+
 /// The pieces joined with `dazwischen`.
 [[nodiscard]] std::string verbunden(const std::vector<std::string>& stuecke, std::string_view dazwischen);
 

@@ -1,6 +1,7 @@
 #include "plattform/probe/DateiEinstellungen.hpp"
 
 #include "plattform/Dateien.hpp"
+#include "plattform/Text.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -50,7 +51,7 @@ struct Inhalt {
 };
 
 // Deeper than any setting. nlohmann's copying and writing recurse.
-constexpr int tiefstes = 100;
+constexpr std::size_t tiefstes = 100;
 
 Inhalt lies(const std::string& pfad) {
     struct stat lage {};
@@ -61,13 +62,8 @@ Inhalt lies(const std::string& pfad) {
         const bool voruebergehend = errno == EMFILE || errno == ENFILE || errno == ENOMEM;
         return {json::object(), voruebergehend ? Lage::unerreichbar : Lage::unverstaendlich};
     }
-    bool zuTief = false;
-    const auto nichtZuTief = [&](int tiefe, json::parse_event_t, json&) {
-        zuTief = zuTief || tiefe > tiefstes;
-        return !zuTief;
-    };
-    json werte = json::parse(*bytes, nichtZuTief, false);
-    if (zuTief || !werte.is_object())
+    json werte = klammertiefe(*bytes) > tiefstes ? json() : json::parse(*bytes, nullptr, false);
+    if (!werte.is_object())
         return {json::object(), Lage::unverstaendlich};
     return {std::move(werte), Lage::verstanden};
 }

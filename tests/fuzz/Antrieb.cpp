@@ -1,0 +1,27 @@
+// libFuzzer's side: MOBILSTEG_FUZZER names the reader that is to be fuzzed.
+
+#include "tests/fuzz/Pruefungen.hpp"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+
+using namespace mobilsteg;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* daten, std::size_t laenge) {
+    static const fuzz::Pruefung& pruefung = [] {
+        const char* name = std::getenv("MOBILSTEG_FUZZER");
+        for (const auto& eine : fuzz::pruefungen())
+            if (name != nullptr && eine.name == name)
+                return eine;
+        std::fputs("MOBILSTEG_FUZZER must be one of:", stderr);
+        for (const auto& eine : fuzz::pruefungen())
+            std::fprintf(stderr, " %s", eine.name.c_str());
+        std::fputs("\n", stderr);
+        std::exit(2);
+    }();
+    pruefung.pruefe({reinterpret_cast<const char*>(daten), laenge}); // an exception ends the run as a find
+    return 0;
+}
