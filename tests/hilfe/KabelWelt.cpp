@@ -39,6 +39,14 @@ Kabel& KabelWelt::starte() {
     return *kabel;
 }
 
+void KabelWelt::fahreLos() {
+    handys = {Modellhandy{}};
+    starte();
+    laufeBisSekunde(1);
+    ASSERT_EQ(zustand().phase, Phase::Art::faehrt);
+    ASSERT_TRUE(socksAn["Wi-Fi"]);
+}
+
 void KabelWelt::laufeBisSekunde(double sekunden) {
     welt.laufe(std::chrono::duration_cast<Dauer>(std::chrono::duration<double>(sekunden)) - welt.jetzt());
 }

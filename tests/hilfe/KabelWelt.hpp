@@ -46,6 +46,8 @@ public:
     Kabel& baue();
     /// Makes it and starts its clock.
     Kabel& starte();
+    /// Makes one that has come to `faehrt` with its first tick.
+    void fahreLos();
     /// Lets the world go on until the tick at `sekunden` after the clock's start is over.
     void laufeBisSekunde(double sekunden);
     /// The clean-up as the program's end does it.

@@ -6,7 +6,6 @@
 #include <nlohmann/json.hpp>
 
 using namespace mobilsteg;
-using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -19,15 +18,6 @@ Modellhandy handy(const std::function<void(Modellhandy&)>& abweichung = {}) {
     if (abweichung)
         abweichung(h);
     return h;
-}
-
-/// A controller that has come to `faehrt` with its first tick.
-void fahreLos(KabelWelt& w) {
-    w.handys = {handy()};
-    w.starte();
-    w.laufeBisSekunde(1);
-    ASSERT_EQ(w.zustand().phase, Phase::Art::faehrt);
-    ASSERT_TRUE(w.socksAn["Wi-Fi"]);
 }
 
 TEST(Fahrt, kommtSchrittFuerSchrittAnsZiel) {
@@ -86,7 +76,7 @@ TEST(Fahrt, jederVerlustNimmtAllesZurueck) {
     for (const auto& fall : faelle) {
         SCOPED_TRACE(fall.name);
         KabelWelt w;
-        fahreLos(w);
+        w.fahreLos();
         fall.geschieht(w);
         w.laufeBisSekunde(3.3);
         EXPECT_EQ(w.zustand().phase, fall.phase);
@@ -215,7 +205,7 @@ TEST(Fahrt, meldetGescheiterteForwards) {
 
 TEST(Fahrt, anderesHandyBekommtEigeneForwardsUndNamen) {
     KabelWelt w;
-    fahreLos(w);
+    w.fahreLos();
     w.handys[0].serial = "PX8";
     w.handys[0].modell = "";
     w.laufeBisSekunde(3.3);
@@ -243,173 +233,6 @@ TEST(Fahrt, gescheiterterBeweisBautNichtsAbUndWirdWiederholt) {
     w.laufeBisSekunde(20);
     EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
     EXPECT_EQ(w.zustand().austritt, "2001:db8::1");
-}
-
-TEST(Proxy, fehlerBleibtStehenSolangeDerWegBewiesenIst) {
-    KabelWelt w;
-    w.handys = {handy()};
-    w.networksetupFehler = "** Error: Command requires admin privileges.";
-    w.starte();
-    w.laufeBisSekunde(10);
-    const auto fehler =
-        Phase::proxyFehler("System-Proxy nicht gesetzt: ** Error: Command requires admin privileges.");
-    EXPECT_EQ(w.zustand().phase, fehler);
-    EXPECT_FALSE(w.zustand().proxyGesetzt);
-    EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
-
-    w.networksetupFehler.clear();
-    w.dienste = "";
-    w.handys.clear();
-    w.laufeBisSekunde(12.5);
-    w.handys = {handy()};
-    w.laufeBisSekunde(15.5);
-    EXPECT_EQ(w.zustand().phase,
-              Phase::proxyFehler("Keinen Netzwerkdienst gefunden — Proxy von Hand setzen"));
-}
-
-TEST(Proxy, schalterUndSelbsttaetigesSetzen) {
-    KabelWelt w;
-    w.baue();
-    w.haupt.sync([&] { w.kabel->setzeProxyAutomatisch(false); });
-    w.handys = {handy()};
-    w.haupt.sync([&] { w.kabel->start(); });
-    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
-    w.laufeBisSekunde(0.1);
-    EXPECT_EQ(w.zustand().meldung, "Erst muss das Handy freigeben.");
-    w.laufeBisSekunde(1);
-    EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
-    EXPECT_FALSE(w.zustand().proxyGesetzt);
-
-    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
-    w.welt.laufe({});
-    EXPECT_TRUE(w.zustand().proxyGesetzt);
-    EXPECT_EQ(w.zustand().meldung, "");
-    EXPECT_EQ(std::get<std::string>(w.einstellungen.werte["proxy.dienst"]), "Wi-Fi");
-    w.haupt.sync([&] { // twice quickly: off and on again
-        w.kabel->proxyUmschalten();
-        w.kabel->proxyUmschalten();
-    });
-    w.welt.laufe({});
-    EXPECT_TRUE(w.socksAn["Wi-Fi"]);
-    w.raeumeAuf();
-    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
-    EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
-}
-
-TEST(Proxy, einVerungluecktesEntfernenWirdWiederholt) {
-    KabelWelt w;
-    fahreLos(w);
-    w.networksetupFehler = "kaputt";
-    w.handys.clear();
-    w.laufeBisSekunde(3.5);
-    EXPECT_TRUE(w.socksAn["Wi-Fi"]);
-    EXPECT_THAT(w.protokoll(), Contains("System-Proxy entfernt von Wi-Fi"));
-    w.networksetupFehler.clear();
-    w.laufeBisSekunde(6.5);
-    EXPECT_FALSE(w.socksAn["Wi-Fi"]) << "the remembered service lets the next tick try again";
-}
-
-TEST(Ende, nachEinemAbsturzRaeumtDerNaechsteStartAufVorDemErstenTakt) {
-    KabelWelt w;
-    fahreLos(w);
-    w.welt.laufe(1s);
-    w.kabel->q().sync([&] {}); // between two ticks the process dies
-    Kabel* const alter = w.kabel.release();
-    w.handys.clear();
-    w.aufrufe.clear();
-    const auto versatz = w.welt.jetzt();
-    w.starte();
-    w.welt.laufe(100ms);
-    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
-    EXPECT_THAT(w.aufrufe, Contains("networksetup -setsocksfirewallproxystate Wi-Fi off"));
-    EXPECT_LT(w.welt.jetzt() - versatz, 200ms);
-    EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
-    w.welt.beende();
-    delete alter;
-}
-
-TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
-    KabelWelt w;
-    w.belegtePorts = {8080};
-    fahreLos(w);
-    w.aufrufe.clear();
-    w.raeumeAuf();
-    EXPECT_THAT(w.aufrufe, ElementsAre("networksetup -setsocksfirewallproxystate Wi-Fi off",
-                                       "adb -s R5CT1 forward --remove tcp:1080",
-                                       "adb -s R5CT1 forward --remove tcp:18080"));
-    EXPECT_TRUE(w.forwards.empty());
-    // The process may still live for a tick or a click.
-    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
-    w.welt.laufe(10s);
-    EXPECT_EQ(w.aufrufe.size(), 3U);
-}
-
-TEST(Ende, aufraeumenWartetDenLaufendenTaktAb) {
-    KabelWelt w;
-    w.dauerHttp = 2s;
-    w.handys = {handy()};
-    w.starte();
-    w.laufeBisSekunde(3); // in the middle of the proof
-    EXPECT_EQ(w.zustand().phase, Phase::Art::pruefung);
-    w.raeumeAuf();
-    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
-    EXPECT_TRUE(w.forwards.empty());
-    EXPECT_EQ(w.welt.verklemmte(), 0U);
-}
-
-TEST(Takt, langeTakteVerschmelzenUndUeberlappenNie) {
-    KabelWelt w;
-    w.dauerWerkzeug = 4s; // every look at the devices takes longer than a period
-    std::vector<Dauer> anfaenge;
-    w.vorWerkzeug = [&](const std::string& aufruf) {
-        if (aufruf == "adb devices -l")
-            anfaenge.push_back(w.welt.jetzt());
-    };
-    w.starte();
-    w.laufeBisSekunde(14);
-    // Each begins as soon as the one before has ended, not once per missed firing.
-    EXPECT_THAT(anfaenge, ElementsAre(200ms, 4200ms, 8200ms, 12200ms));
-}
-
-TEST(Takt, zehnMinutenFahrtMitFunkloechern) {
-    KabelWelt w;
-    w.dauerWerkzeug = 30ms;
-    w.dauerHttp = 80ms;
-    w.handys = {handy()};
-    w.starte();
-    for (int minute = 0; minute < 10; ++minute) {
-        w.laufeBisSekunde(minute * 60 + 40);
-        EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
-        EXPECT_TRUE(w.socksAn["Wi-Fi"]);
-        w.handys[0].teilt = false;
-        w.laufeBisSekunde(minute * 60 + 50);
-        EXPECT_EQ(w.zustand().phase, Phase::Art::weitergabeAus);
-        EXPECT_FALSE(w.socksAn["Wi-Fi"]);
-        w.handys[0].teilt = true;
-    }
-    const auto blicke = std::count(w.aufrufe.begin(), w.aufrufe.end(), "adb devices -l");
-    EXPECT_EQ(blicke, 197) << "one tick every three seconds";
-}
-
-TEST(Aushang, beobachterHoerenVonEinemTaktEinmalUndVonNichtsNie) {
-    KabelWelt w;
-    w.starte();
-    int gehoert = 0;
-    const auto beobachtung = w.kabel->aushang().beobachte([&](const Zustand&) { ++gehoert; });
-    w.laufeBisSekunde(0.5);
-    EXPECT_EQ(gehoert, 1);
-    w.laufeBisSekunde(30); // the same phase tick after tick
-    EXPECT_EQ(gehoert, 1);
-}
-
-TEST(Aushang, unmoeglicheZahlenBeendenDasProgramm) {
-    KabelWelt w;
-    w.handys = {handy([](auto& h) {
-        h.status = R"({"guests":[{"IP":"kabel:Testmac","BytesUp":9223372036854775807,"BytesDown":1}]})";
-    })};
-    w.starte();
-    w.laufeBisSekunde(1);
-    EXPECT_NE(w.abgebrochen, "");
 }
 
 } // namespace
