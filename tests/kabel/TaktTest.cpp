@@ -7,6 +7,7 @@
 using namespace mobilsteg;
 using namespace std::chrono_literals;
 using testing::ElementsAre;
+using testing::Pair;
 
 namespace {
 
@@ -42,6 +43,60 @@ TEST(Takt, zehnMinutenFahrtMitFunkloechern) {
     }
     const auto blicke = std::count(w.aufrufe.begin(), w.aufrufe.end(), "adb devices -l");
     EXPECT_EQ(blicke, 197) << "one tick every three seconds";
+}
+
+TEST(Takt, jedesWerkzeugHatSeineFrist) {
+    KabelWelt w;
+    w.einstellungen.werte = {{"experte", true}, {"kabel.gastport", std::string("28080")}};
+    w.ordner.lege("/wurzel/usr/local/bin/tailscale", "#!", true);
+    w.handys = {Modellhandy{}};
+    w.handys[0].austritt.reset(); // one report
+    w.starte();
+    w.laufeBisSekunde(1);
+    w.handys[0].austritt = "203.0.113.7";
+    w.laufeBisSekunde(15); // to the fifth tick, which looks at the connections
+    w.raeumeAuf();
+    EXPECT_EQ(w.fristen, (std::map<std::string, double>{
+                             {"adb devices -l", 10},
+                             {"adb -s R5CT1 forward tcp:1080 tcp:1080", 10},
+                             {"adb -s R5CT1 forward tcp:8080 tcp:8080", 10},
+                             {"adb -s R5CT1 forward --remove tcp:28080", 5},
+                             {"adb -s R5CT1 forward --remove tcp:1080", 5},
+                             {"adb -s R5CT1 forward --remove tcp:8080", 5},
+                             {"route -n get default", 5},
+                             {"networksetup -listnetworkserviceorder", 5},
+                             {"networksetup -setsocksfirewallproxy Wi-Fi 127.0.0.1 1080", 10},
+                             {"networksetup -setsocksfirewallproxystate Wi-Fi on", 10},
+                             {"networksetup -setsocksfirewallproxystate Wi-Fi off", 10},
+                             {"scutil --nc list", 5},
+                             {"pgrep -x openvpn", 3},
+                             {"lsof -i -nP", 8},
+                             {"netstat -rn -f inet", 5},
+                             {"scutil --dns", 5},
+                             {"scutil --nwi", 5},
+                             {"mdfind kMDItemCFBundleIdentifier == 'io.tailscale.ipn.macsys' || "
+                              "kMDItemCFBundleIdentifier == 'io.tailscale.ipn.macos'",
+                              8},
+                             {"tailscale status", 10},
+                             {"tailscale netcheck", 25}}));
+}
+
+TEST(Takt, dieMenueleisteWechseltAlleVierSekunden) {
+    KabelWelt w;
+    w.handys = {Modellhandy{}};
+    w.handys[0].status = R"({"paths":[{"iface":"wifi","healthy":false,"rtt_ms":0}]})";
+    w.starte();
+    std::vector<std::pair<std::string, std::string>> bilder;
+    for (const double sekunde : {3.9, 4.1, 8.1, 12.1, 15.9}) {
+        w.laufeBisSekunde(sekunde);
+        bilder.emplace_back(w.zustand().symbol, w.zustand().kurz);
+    }
+    const std::string faehrt = "cable.connector";
+    EXPECT_THAT(bilder, ElementsAre(Pair("cable.connector.slash", ""), Pair(faehrt, "W✕"), Pair(faehrt, "2."),
+                                    Pair(faehrt, "W✕"), Pair(faehrt, "W✕")));
+    w.handys.clear();
+    w.laufeBisSekunde(20.1);
+    EXPECT_EQ(w.zustand().symbol + w.zustand().kurz, "cable.connector.slash");
 }
 
 TEST(Aushang, beobachterHoerenVonEinemTaktEinmalUndVonNichtsNie) {
