@@ -77,20 +77,45 @@ TEST(Fahrt, jederVerlustNimmtAllesZurueck) {
         SCOPED_TRACE(fall.name);
         KabelWelt w;
         w.fahreLos();
-        fall.geschieht(w);
+        w.handys[0].status = R"({"paths":[{"iface":"wifi","healthy":true,"rtt_ms":9}],"funkloecher":1,
+                                 "guests":[{"IP":"kabel:Testmac","BytesUp":2000,"BytesDown":0}]})";
         w.laufeBisSekunde(3.3);
+        ASSERT_TRUE(!w.zustand().gleise.empty() && !w.zustand().rettung.empty());
+        fall.geschieht(w);
+        w.laufeBisSekunde(6.3);
         EXPECT_EQ(w.zustand().phase, fall.phase);
         EXPECT_FALSE(w.socksAn["Wi-Fi"]);
         EXPECT_FALSE(w.zustand().proxyGesetzt);
         EXPECT_EQ(w.zustand().austritt, "");
-        EXPECT_EQ(w.zustand().klasse, "");
+        EXPECT_EQ(w.zustand().klasse + w.zustand().rettung, "");
+        EXPECT_TRUE(w.zustand().gleise.empty());
+        EXPECT_EQ(w.zustand().menge, "2 kB") << "the amount and the phone's name stay on show";
+        EXPECT_EQ(w.zustand().handy, "Samsung Galaxy S23");
         EXPECT_THAT(w.protokoll(), Contains("System-Proxy entfernt von Wi-Fi"));
         // What mended itself is proven anew, not believed.
         w.handys = {handy()};
-        w.laufeBisSekunde(9.3);
+        w.laufeBisSekunde(12.3);
         EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
         EXPECT_EQ(w.zustand().austritt, "203.0.113.7");
         EXPECT_TRUE(w.socksAn["Wi-Fi"]);
+    }
+}
+
+TEST(Fahrt, nimmtDasErsteBereiteGeraetDerListe) {
+    const std::tuple<const char*, const char*, Phase::Art, const char*> faelle[] = {
+        {"unauthorized", "device", Phase::Art::faehrt, "B"},
+        {"device", "device", Phase::Art::faehrt, "A"},
+        {"offline", "unauthorized", Phase::Art::nichtAutorisiert, ""},
+        {"recovery", "offline", Phase::Art::keinHandy, ""}};
+    for (const auto& [a, b, phase, genutzt] : faelle) {
+        KabelWelt w;
+        w.handys.resize(2);
+        std::tie(w.handys[0].serial, w.handys[0].zustand) = std::tuple("A", a);
+        std::tie(w.handys[1].serial, w.handys[1].zustand) = std::tuple("B", b);
+        w.starte();
+        w.laufeBisSekunde(1);
+        EXPECT_EQ(w.zustand().phase, phase);
+        EXPECT_EQ(w.forwards[1080], genutzt);
     }
 }
 
@@ -102,6 +127,8 @@ TEST(Fahrt, ohneAdbWirdBeiJedemTaktNeuGesucht) {
     w.starte();
     w.laufeBisSekunde(4);
     EXPECT_EQ(w.zustand().phase, Phase::Art::keinAdb);
+    EXPECT_THAT(w.protokoll(), ElementsAre("adb nicht gefunden — Android-Platform-Tools installieren (brew "
+                                           "install --cask android-platform-tools)"));
     EXPECT_TRUE(w.aufrufe.empty());
     w.ordner.lege("/wurzel/usr/local/bin/adb", "#!", true);
     w.laufeBisSekunde(6.5);

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 using namespace mobilsteg;
+using namespace std::chrono_literals;
 using testing::Contains;
 
 namespace {
@@ -54,7 +55,12 @@ TEST(Proxy, schalterUndSelbsttaetigesSetzen) {
         w.kabel->proxyUmschalten();
     });
     w.welt.laufe({});
-    EXPECT_TRUE(w.socksAn["Wi-Fi"]);
+    w.haupt.sync([&] {
+        w.kabel->setzeProxyAutomatisch(true);
+        w.kabel->setzeProxyAutomatisch(false);
+    });
+    w.welt.laufe(10s);
+    EXPECT_TRUE(w.socksAn["Wi-Fi"]) << "what is set stays set";
     w.raeumeAuf();
     EXPECT_FALSE(w.socksAn["Wi-Fi"]);
     EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
