@@ -81,8 +81,8 @@ std::optional<std::string> Volltunnel::warteAufHelfer() {
             a_.uhr.schlafe(blickabstand);
         if (markeLiegt())
             return std::nullopt;
-        if (const auto fehler = liesDatei(stoppPfad_ + ".fehler"); fehler && !fehler->empty())
-            return "zurückgebaut — " + grund();
+        if (const auto fehler = fehlertext(); !fehler.empty())
+            return "zurückgebaut — " + std::string(beschnitten(fehler));
     }
     bitteUmStopp(); // one that comes up after all must not run unseen
     return "Helfer meldet sich nicht (siehe " + protokollPfad_ + ")";
@@ -125,9 +125,14 @@ bool Volltunnel::markeLiegt() const {
     return existiert(stoppPfad_ + ".laeuft");
 }
 
+/// What the helper wrote; what is no text counts as nothing, in the start as well as later.
+std::string Volltunnel::fehlertext() const {
+    std::string bytes = liesDatei(stoppPfad_ + ".fehler").value_or("");
+    return alsUtf8(bytes) == bytes ? bytes : "";
+}
+
 std::string Volltunnel::grund() const {
-    const std::string bytes = liesDatei(stoppPfad_ + ".fehler").value_or("");
-    return alsUtf8(bytes) == bytes ? std::string(beschnitten(bytes)) : ""; // what is no text gives no reason
+    return std::string(beschnitten(fehlertext()));
 }
 
 } // namespace mobilsteg

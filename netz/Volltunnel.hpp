@@ -87,6 +87,7 @@ public:
 private:
     [[nodiscard]] std::optional<std::string> fuehreSkriptAus(const std::string& quelle);
     [[nodiscard]] std::optional<std::string> warteAufHelfer();
+    [[nodiscard]] std::string fehlertext() const;
 
     Anschluesse a_;
     std::string stoppPfad_;

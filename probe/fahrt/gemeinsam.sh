@@ -25,6 +25,9 @@ bereite_vor() {
     [ "$AUSGABE" = bordlotse ] && profil='"profil": "reise", ' || profil=""
     [ "${GERAET:-nein}" = ja ] && dienst='' || dienst='"austritt.dienst": "http://austritt.probe/", '
     echo "{ $profil$dienst\"proxy.automatisch\": true }" >"$heim/Library/Preferences/de.mobilsteg.$AUSGABE.json"
+    # A VPN that the tunnel's helper takes along, if one runs.
+    mkdir -p "$(dirname "$stopp")"
+    echo '{"vpns": [{"dienst": "Werk Nord", "server": "198.51.100.20"}]}' >"$stopp.vpns.vorlage"
     [ -x "$mac/opt/homebrew/bin/adb" ] || fehler "adb ist nicht installiert"
     adb=$mac/opt/homebrew/bin/adb
     if [ "${GERAET:-nein}" = nein ]; then

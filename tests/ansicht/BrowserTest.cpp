@@ -2,10 +2,13 @@
 
 #include "ansicht/Bedienpult.hpp"
 #include "ansicht/Inhalt.hpp"
+#include "plattform/Dateien.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/hilfe/SpeicherEinstellungen.hpp"
 
 #include <gmock/gmock.h>
+
+#include <unistd.h>
 
 using namespace mobilsteg;
 using testing::ElementsAre;
@@ -25,11 +28,16 @@ TEST(Browser, findetSieInBeidenOrdnernUndDieErweiterungInJedemProfil) {
     o.lege("/heim/Applications/Google Chrome.app/x", "");
     o.lege("/wurzel/Applications/Brave Browser.app/x", "");
     o.lege("/wurzel/Applications/Arc.app/x", "");
+    o.lege("/wurzel/Applications/Microsoft Edge.app/x", "");
+    o.lege("/heim/Applications/Microsoft Edge.app/x", "");
+    o.lege("/heim/Applications/Chromium.app/x", "");
     const auto erweiterung = [&](const std::string& wo, const char* datei = "notbetrieb.js") {
         o.lege(profile + wo + "/Extensions/abc/1.0_0/" + datei, "");
     };
     erweiterung("Google/Chrome/Default", "anderes.js");
     erweiterung("Google/Chrome/Profile 3");
+    erweiterung("Microsoft Edge/Default");
+    erweiterung("Chromium/Profile 1");
     erweiterung("BraveSoftware/Brave-Browser/System Profile");
     erweiterung("BraveSoftware/Brave-Browser/Guest Profile");
     erweiterung("BraveSoftware/Brave-Browser/Profile3");
@@ -43,14 +51,44 @@ TEST(Browser, findetSieInBeidenOrdnernUndDieErweiterungInJedemProfil) {
                 ElementsAre(BrowserFund{"Chrome", "com.google.Chrome", true,
                                         o.pfad() + "/heim/Applications/Google Chrome.app"},
                             BrowserFund{"Brave", "com.brave.Browser", false, w + "Brave Browser.app"},
+                            BrowserFund{"Edge", "com.microsoft.edgemac", true, w + "Microsoft Edge.app"},
                             BrowserFund{"Arc", "company.thebrowser.Browser", false, w + "Arc.app"},
-                            BrowserFund{"Vivaldi", "com.vivaldi.Vivaldi", false, w + "Vivaldi.app"}));
+                            BrowserFund{"Vivaldi", "com.vivaldi.Vivaldi", false, w + "Vivaldi.app"},
+                            BrowserFund{"Chromium", "org.chromium.Chromium", true,
+                                        o.pfad() + "/heim/Applications/Chromium.app"}));
+}
+
+TEST(Browser, riesigeKreisendeUndVerschlosseneOrdnerHaltenNichtAuf) {
+    namespace fs = std::filesystem;
+    const Ordner o;
+    const std::string versteckt = o.lege("/Profile 0/Extensions/abc/1/notbetrieb.js", "");
+    for (int i = 0; i < 1000; ++i)
+        fs::create_directories(o.pfad() + "/Default/Extensions/" + std::to_string(i));
+    for (int i = 1; i <= 30; ++i) // one after the other is looked at
+        fs::create_directory_symlink("Default", o.pfad() + "/Profile " + std::to_string(i));
+    fs::create_directory_symlink("..", o.pfad() + "/Default/Extensions/0/hoch");
+    fs::create_directory_symlink(".", o.pfad() + "/Profile kreis");
+    fs::create_directory_symlink("Extensions", o.pfad() + "/Extensions");
+    fs::permissions(o.pfad() + "/Profile 0/Extensions", fs::perms::none);
+    fs::permissions(o.pfad(), fs::perms(0755));
+    const bool root = ::geteuid() == 0; // whom no permission stops
+    ASSERT_TRUE(!root || ::seteuid(65534) == 0);
+    const auto anfang = std::chrono::steady_clock::now();
+    EXPECT_FALSE(existiert(versteckt));
+    EXPECT_FALSE(Browser::hatFahrtwind(o.pfad()));
+    ASSERT_TRUE(!root || ::seteuid(0) == 0);
+    o.lege("/Profile 31/Extensions/abc/2/notbetrieb.js", "");
+    fs::permissions(o.pfad() + "/Profile 0/Extensions", fs::perms::owner_all);
+    fs::remove(versteckt);
+    EXPECT_TRUE(Browser::hatFahrtwind(o.pfad())) << "the one among all";
+    EXPECT_LT(std::chrono::steady_clock::now() - anfang, std::chrono::seconds(10));
 }
 
 TEST(Browser, oeffnetDieSeiteInGenauDiesem) {
     std::vector<std::vector<std::string>> aufrufe;
-    const auto laeufer = [&](const std::string& programm, std::vector<std::string> worte, double) {
+    const auto laeufer = [&](const std::string& programm, std::vector<std::string> worte, double sekunden) {
         worte.insert(worte.begin(), programm);
+        worte.push_back(std::to_string(static_cast<int>(sekunden)));
         aufrufe.push_back(worte);
         return Ergebnis{1, "", "geht nicht"};
     };
@@ -62,7 +100,7 @@ TEST(Browser, oeffnetDieSeiteInGenauDiesem) {
     }
     ASSERT_EQ(aufrufe.size(), 2U);
     EXPECT_THAT(aufrufe[0], ElementsAre("/w/usr/bin/open", "-b", "com.microsoft.edgemac",
-                                        testing::EndsWith("/download/")));
+                                        testing::EndsWith("/download/"), "10"));
     EXPECT_EQ(aufrufe[1][3], "https://store.example/x");
 }
 

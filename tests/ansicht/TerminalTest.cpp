@@ -1,8 +1,12 @@
 #include "ansicht/Inhalt.hpp"
 #include "ansicht/terminal/Befehle.hpp"
+#include "ansicht/terminal/Terminaldialog.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
+#include "tests/hilfe/VirtuelleWelt.hpp"
 
 #include <gmock/gmock.h>
+
+#include <unistd.h>
 
 using namespace mobilsteg;
 using testing::HasSubstr;
@@ -24,6 +28,22 @@ TEST(Terminaltafel, einBlockMitGemeinsamerSpalteUndBefehlen) {
               "────────────────────────────────────────────────────────────\n"
               "> experte an  Expertenmodus\n"
               "> beenden     Beenden\n");
+}
+
+TEST(Terminaldialog, zeilenAntwortenUndDasEndeDerEingabeSchliesst) {
+    int rohr[2];
+    ASSERT_EQ(::pipe(rohr), 0);
+    ::dup2(rohr[0], STDIN_FILENO);
+    const std::string zeilen = "2\n Ja \t\n3\nNein!\n1"; // the last one without its line end
+    EXPECT_EQ(::write(rohr[1], zeilen.data(), zeilen.size()), static_cast<ssize_t>(zeilen.size()));
+    ::close(rohr[1]);
+    VirtuelleWelt welt;
+    Eingabe eingabe(welt.schlange("haupt"), {});
+    eingabe.beginne();
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> ausgabe(std::tmpfile(), std::fclose);
+    Terminaldialog dialog(ausgabe.get(), eingabe);
+    for (const int antwort : {1, 0, -1, -1, 0, -1, -1})
+        EXPECT_EQ(dialog.frage({"Frage?", "Darum.", {"Ja", "Nein"}}), antwort);
 }
 
 TEST(Befehle, verstehenNurWasDasFeldZeigt) {

@@ -38,6 +38,25 @@ TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
                 HasSubstr("System-Proxy: keiner zeigt auf 127.0.0.1:1080"));
 }
 
+TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemOderTotemHelfer) {
+    Fahrtbank bank;
+    bank.ordner.lege(einstellungen, R"({"profil":"reise","austritt.dienst":"http://austritt.probe/",
+                                        "volltunnel":true,"volltunnel.erklaert":true})");
+    const auto handy = bank.handy();
+    bank.starte();
+    ASSERT_TRUE(warteBis([&] { return bank.stand().find(R"("volltunnel": true)") != std::string::npos; }));
+    EXPECT_THAT(bank.rufe({"--aufraeumen"}).ausgabe,
+                AllOf(HasSubstr("Achtung: Ein Bordlotse läuft noch"),
+                      HasSubstr("Volltunnel: beendet, Routen und DNS zurückgebaut")));
+    bank.programm->sende(SIGKILL);
+    bank.programm->warteAufEnde();
+    const std::string marke =
+        bank.ordner.lege("/heim/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp.laeuft", "");
+    const auto allein = bank.rufe({"--aufraeumen"}).ausgabe;
+    EXPECT_THAT(allein, AllOf(testing::Not(HasSubstr("Achtung")), HasSubstr("der Helfer antwortet nicht")));
+    EXPECT_FALSE(existiert(marke));
+}
+
 TEST(Aufraeumen, laesstFremdeProxysInRuheUndGehtOhneAdbUndNetworksetup) {
     const Fahrtbank bank;
     const std::string networksetup = bank.ordner.pfad() + "/mac/usr/sbin/networksetup";
@@ -72,7 +91,10 @@ TEST(Erhebung, expertenfahrtMitBrowsernVpnsUndBerichten) {
     Fahrtbank bank;
     bank.ordner.lege("/mac/Applications/Google Chrome.app/Contents/Info.plist", "");
     bank.ordner.lege(einstellungen,
-                     R"({"profil":"reise","experte":true,"austritt.dienst":"http://austritt.probe/"})");
+                     R"({"profil":"reise","experte":true,"austritt.dienst":"http://austritt.probe/",
+                         "volltunnel.erklaert":true})");
+    bank.ordner.lege("/heim/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp.vpns.vorlage",
+                     R"({"vpns":[{"dienst":"Werk Nord","server":"198.51.100.20"}]})");
     const auto handy = bank.handy();
     handy->sage("proxy kaputt"); // trouble: the reports go out
     bank.starte();
@@ -85,9 +107,10 @@ TEST(Erhebung, expertenfahrtMitBrowsernVpnsUndBerichten) {
     EXPECT_TRUE(!inhalt.empty() && bank.protokoll().starts_with(inhalt)) << inhalt;
     EXPECT_TRUE(
         warteBis([&] { return existiert(bank.ordner.pfad() + "/handy1/berichte/002-mac-diagnose.txt"); }));
-    EXPECT_THAT(
-        bank.ordner.lies("/handy1/berichte/002-mac-diagnose.txt"),
-        AllOf(HasSubstr("## routen (Auszug)\ndefault            192.168.178.1"), HasSubstr("nameserver[0]")));
+    EXPECT_THAT(bank.ordner.lies("/handy1/berichte/002-mac-diagnose.txt"),
+                AllOf(HasSubstr("## routen (Auszug)\ndefault            192.168.178.1"),
+                      HasSubstr("nameserver[0]"), HasSubstr("## tailscale status\n100.64.0.5 "),
+                      HasSubstr("## tailscale netcheck\nReport:\n\t* UDP: true\n")));
 
     handy->sage("proxy heil");
     bank.erwartePhase("Fährt mit");
@@ -102,6 +125,13 @@ TEST(Erhebung, expertenfahrtMitBrowsernVpnsUndBerichten) {
         [&] { return bank.ordner.lies("/mac/zustand/geoeffnet").starts_with("-b com.google.Chrome http"); }));
     bank.programm->tippe("profil vpn");
     EXPECT_TRUE(zeigt("Firmen-VPN (Zürich) · ungesichert"));
+    EXPECT_TRUE(zeigt("OpenVPN · ungesichert"));
+    bank.programm->tippe("volltunnel an");
+    EXPECT_TRUE(zeigt("Werk Nord · 198.51.100.20 · gesichert"));
+    EXPECT_TRUE(zeigt("OpenVPN · noch nicht gesichert"));
+    EXPECT_TRUE(warteBis([&] {
+        return handy->sage("zustand").find(R"("vpn":["198.51.100.20"])") != std::string::npos;
+    })) << "the phone hears of the server";
 }
 
 } // namespace

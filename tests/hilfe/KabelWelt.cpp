@@ -23,7 +23,7 @@ Kabel& KabelWelt::baue() {
     q = &welt.schlange("kabel.takt");
     const auto laeufer = [this](const std::string& programm, const std::vector<std::string>& argumente,
                                 double sekunden) { return werkzeug(programm, argumente, sekunden); };
-    const Buendel buendel{buendelkennung, ordner.pfad() + "/Resources", "1.0", "1"};
+    const Buendel buendel{buendelkennung, ordner.pfad() + "/Resources", version, bauversion};
     const Orte orte{ordner.pfad() + "/heim", ordner.pfad() + "/wurzel"};
     kabel = std::make_unique<Kabel>(
         Kabel::Anschluesse{haupt, *q, welt.schlange("volltunnel.start"), welt.uhr(), laeufer, *this,
@@ -37,6 +37,14 @@ Kabel& KabelWelt::starte() {
     baue();
     haupt.sync([this] { kabel->start(); });
     return *kabel;
+}
+
+void KabelWelt::fahreLos() {
+    handys = {Modellhandy{}};
+    starte();
+    laufeBisSekunde(1);
+    ASSERT_EQ(zustand().phase, Phase::Art::faehrt);
+    ASSERT_TRUE(socksAn["Wi-Fi"]);
 }
 
 void KabelWelt::laufeBisSekunde(double sekunden) {
@@ -62,9 +70,11 @@ bool KabelWelt::rief(const std::string& stueck) const {
                        [&](const auto& a) { return a.find(stueck) != std::string::npos; });
 }
 
-Ergebnis KabelWelt::werkzeug(const std::string& programm, const std::vector<std::string>& argumente, double) {
+Ergebnis KabelWelt::werkzeug(const std::string& programm, const std::vector<std::string>& argumente,
+                             double sekunden) {
     const std::string name = programm.substr(programm.rfind('/') + 1);
     aufrufe.push_back(name + " " + verbunden(argumente, " "));
+    fristen[aufrufe.back()] = sekunden;
     if (vorWerkzeug)
         vorWerkzeug(aufrufe.back());
     if (dauerWerkzeug > Dauer{})

@@ -46,6 +46,8 @@ public:
     Kabel& baue();
     /// Makes it and starts its clock.
     Kabel& starte();
+    /// Makes one that has come to `faehrt` with its first tick.
+    void fahreLos();
     /// Lets the world go on until the tick at `sekunden` after the clock's start is over.
     void laufeBisSekunde(double sekunden);
     /// The clean-up as the program's end does it.
@@ -66,6 +68,8 @@ public:
     Dauer dauerWerkzeug{};          ///< how long each tool takes
     Dauer dauerHttp{};              ///< how long each request takes
     std::string buendelkennung = "de.mobilsteg.bordlotse";
+    std::optional<std::string> version = "1.0";
+    std::optional<std::string> bauversion = "1";
     std::function<void(const std::string&)> vorWerkzeug; ///< told of each call before it acts
     Modelltunnel tunnel;
     std::map<std::string, std::string> ausgaben; ///< what other tools print; those missing here are missing
@@ -77,6 +81,7 @@ public:
     std::map<int, std::string> forwards;                       ///< local port → serial
     std::map<std::string, bool> socksAn;                       ///< network service → proxy on
     std::vector<std::string> aufrufe;                          ///< every tool call, its name and arguments
+    std::map<std::string, double> fristen;                     ///< the seconds that each such call was given
     std::vector<std::string> anmeldungen;                      ///< bodies of the registrations
     std::vector<std::string> skripte;                          ///< every AppleScript source that was run
     std::vector<std::string> fragen;                           ///< every question's first line

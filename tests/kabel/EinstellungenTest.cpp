@@ -85,10 +85,12 @@ TEST(Einstellungen, aenderungenWerdenSofortGespeichertUndGezeigt) {
         EXPECT_EQ(w.einstellungen.flagge("browser.hinweisWeg"), true);
     });
     EXPECT_FALSE(w.einstellungen.werte.contains("volltunnel")) << "the profile leaves the switches alone";
-    const Zustand vorher = w.zustand();
-    EXPECT_TRUE(vorher.experte && !vorher.proxyAutomatisch && vorher.profilIstVpn() &&
-                vorher.browserHinweisWeg);
-    EXPECT_FALSE(vorher.volltunnelAn);
+    const auto gilt = [](const Zustand& z) {
+        return z.experte && !z.proxyAutomatisch && z.profilIstVpn() && z.browserHinweisWeg;
+    };
+    EXPECT_TRUE(gilt(w.zustand()));
+    EXPECT_FALSE(w.zustand().volltunnelAn);
+    EXPECT_TRUE(gilt(w.baue().aushang().zustand())) << "the next start reads what is stored";
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // What the controller looks at every n-th tick: VPNs, connections, browsers; and the reports that it sends.
 
 #include "plattform/Dateien.hpp"
+#include "plattform/Text.hpp"
 #include "tests/hilfe/KabelWelt.hpp"
 
 #include <gmock/gmock.h>
@@ -44,9 +45,15 @@ TEST(Erhebung, vpnsAusTunnelberichtUndSystem) {
     w.laufeBisSekunde(6.5);
     EXPECT_THAT(w.anmeldungen.back(), HasSubstr(R"("vpn":["10.0.0.9","10.1.2.3"])"));
 
+    schreibeAtomar(w.stoppPfad() + ".vpns.json", R"J({"vpns":[{"dienst":"OpenVPN (Büro)"}]})J",
+                   Haltbarkeit::fluechtig);
+    w.laufeBisSekunde(10);
+    EXPECT_THAT(w.zustand().vpnsGesichert, ElementsAre("OpenVPN (Büro)"));
+    EXPECT_THAT(w.zustand().vpnsOffen, ElementsAre("Firma (Zürich)", "Firma"));
+
     schreibeAtomar(w.stoppPfad() + ".vpns.json", R"({"vpns":[{"dienst":5}]})", Haltbarkeit::fluechtig);
     w.ausgaben.clear();
-    w.laufeBisSekunde(10);
+    w.laufeBisSekunde(16);
     EXPECT_THAT(w.zustand().vpnsGesichert, IsEmpty());
     EXPECT_THAT(w.zustand().vpnsOffen, IsEmpty());
 }
@@ -215,6 +222,22 @@ TEST(Berichte, protokolleInStuecken) {
     EXPECT_EQ(stand(), 3'000'011);
 }
 
+TEST(Berichte, derKopfNenntAusgabeUndVersion) {
+    using Vielleicht = std::optional<std::string>;
+    for (const auto& [kennung, profil, version, bauversion, ende] :
+         std::vector<std::tuple<std::string, std::string, Vielleicht, Vielleicht, std::string>>{
+             {"de.mobilsteg.bordlotse", "vpn", "2.1", {}, "Mobilsteg Bordlotse · VPN 2.1 (?)"},
+             {"de.mobilsteg.vpnlotse", "reise", {}, "77", "Mobilsteg VPN-Lotse ? (77)"},
+             {"", "reise", {}, {}, "Mobilsteg Bordlotse ? (?)"}}) {
+        KabelWelt w;
+        std::tie(w.buendelkennung, w.version, w.bauversion) = std::tie(kennung, version, bauversion);
+        w.einstellungen.werte = {{"profil", profil}, {"volltunnel", false}};
+        w.starte();
+        melde(w);
+        EXPECT_THAT(bericht(w, "mac%2Dbordlotse%2Elog"), HasSubstr("), " + ende + "\n"));
+    }
+}
+
 TEST(Berichte, diagnose) {
     KabelWelt w;
     w.ausgaben = {{"netstat", "Internet:\ndefault 1\n127 2\n100.64.0.1/32 3\n10 4 utun3\n0/1 5\n128.0/1 6\n"},
@@ -242,6 +265,23 @@ TEST(Berichte, diagnose) {
               "## tailscale status\n1\n2\n3\n4\n5\n6\n7\n8\n"
               "## tailscale netcheck\n1\n2\n3\n4\n5\n6\n7\n8\n9\n" +
                   ende);
+
+    KabelWelt viel; // every part has its cap
+    std::string zeilen;
+    for (int i = 0; i < 30; ++i)
+        zeilen += "default nameserver\n";
+    viel.ausgaben = {{"netstat", zeilen}, {"scutil", zeilen}, {"tailscale", zeilen}};
+    viel.ordner.lege("/wurzel/opt/homebrew/bin/tailscale", "#!", true);
+    viel.starte();
+    melde(viel);
+    std::vector<int> anzahlen;
+    const std::string lang = bericht(viel, "mac%2Ddiagnose%2Etxt");
+    for (const auto zeile : teile(lang, '\n'))
+        if (zeile.starts_with('#'))
+            anzahlen.push_back(0);
+        else
+            ++anzahlen.back();
+    EXPECT_THAT(anzahlen, ElementsAre(0, 2, 20, 12, 16, 8, 14));
 
     KabelWelt ohne; // every tool silent: the headings stay
     ohne.schnittstelle = "";

@@ -123,6 +123,8 @@ TEST(Volltunnel, misslungenerStartSchaltetAusAberVergisstDenWunschNicht) {
          "Helfer mobilsteg-volltunnel fehlt im Bundle", ""},
         {"zurückgebaut", [](auto& w) { w.tunnel.zurueckgebaut = " utun belegt\n"; },
          "zurückgebaut — utun belegt", ""},
+        {"Grund ist kein Text", [](auto& w) { w.tunnel.zurueckgebaut = "kaputt \xFF"; },
+         "Helfer meldet sich nicht (siehe LOG)", ""},
         {"stumm", [](auto& w) { w.tunnel.stumm = true; }, "Helfer meldet sich nicht (siehe LOG)", ""},
     };
     for (const auto& fall : faelle) {
@@ -146,10 +148,11 @@ TEST(Volltunnel, misslungenerStartSchaltetAusAberVergisstDenWunschNicht) {
 }
 
 TEST(Volltunnel, selbstrueckbauWirdBemerktUndBleibtAus) {
-    for (const std::string grund : {"", " kein Netz \n"}) {
+    for (const std::string geschrieben : {"", "kein Text \xFF", " kein Netz \n"}) {
+        const std::string grund = geschrieben.ends_with('\n') ? "kein Netz" : "";
         KabelWelt w;
         mitTunnel(w);
-        w.helferBautZurueck(grund);
+        w.helferBautZurueck(geschrieben);
         w.laufeBisSekunde(3.5);
         EXPECT_FALSE(w.zustand().volltunnelLaeuft);
         EXPECT_FALSE(w.zustand().volltunnelAn);
@@ -165,6 +168,46 @@ TEST(Volltunnel, selbstrueckbauWirdBemerktUndBleibtAus) {
                   1);
         EXPECT_EQ(w.skripte.size(), 1U);
     }
+}
+
+TEST(Volltunnel, wartetVierzigSekundenUndEinLeererGrundIstKeiner) {
+    KabelWelt w;
+    ruesteAus(w);
+    w.tunnel.bisLaeuft = 39900ms;
+    w.starte();
+    w.laufeBisSekunde(5);
+    schreibeAtomar(w.stoppPfad() + ".fehler", "", Haltbarkeit::fluechtig);
+    w.laufeBisSekunde(40);
+    EXPECT_FALSE(w.zustand().volltunnelLaeuft);
+    w.laufeBisSekunde(41);
+    EXPECT_TRUE(w.zustand().volltunnelLaeuft);
+}
+
+TEST(Volltunnel, ohneProxyGiltDerDienstDerStandardroute) {
+    for (const std::string dienst : {"USB LAN", "Wi-Fi"}) {
+        KabelWelt w;
+        ruesteAus(w);
+        w.einstellungen.werte["proxy.automatisch"] = false;
+        w.schnittstelle = "en7";
+        if (dienst == "Wi-Fi")
+            w.dienste.clear(); // whoever knows no service guesses
+        w.starte();
+        w.laufeBisSekunde(3);
+        EXPECT_THAT(w.skripte, ElementsAre(HasSubstr("-dienst '" + dienst + "' ")));
+        EXPECT_TRUE(w.zustand().volltunnelLaeuft && w.socksAn.empty());
+    }
+}
+
+TEST(Volltunnel, ohneTunnelWirdDieArtNurGespeichert) {
+    KabelWelt w;
+    w.fahreLos();
+    w.haupt.sync([&] {
+        w.kabel->setzeVpnDurch(true);
+        w.kabel->setzeNurVPN(true);
+    });
+    w.laufeBisSekunde(10);
+    EXPECT_TRUE(gespeichert(w, "vpnDurch").value_or(false) && gespeichert(w, "nurVPN").value_or(false));
+    EXPECT_TRUE(w.zustand().vpnDurch && w.zustand().nurVPN && w.skripte.empty());
 }
 
 TEST(Volltunnel, geaenderteArtStartetNeu) {

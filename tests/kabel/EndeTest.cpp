@@ -1,0 +1,62 @@
+// What the controller takes back: at its end, and at the next start after a crash.
+
+#include "tests/hilfe/KabelWelt.hpp"
+
+#include <gmock/gmock.h>
+
+using namespace mobilsteg;
+using namespace std::chrono_literals;
+using testing::Contains;
+using testing::ElementsAre;
+
+namespace {
+
+TEST(Ende, nachEinemAbsturzRaeumtDerNaechsteStartAufVorDemErstenTakt) {
+    KabelWelt w;
+    w.fahreLos();
+    w.welt.laufe(1s);
+    w.kabel->q().sync([&] {}); // between two ticks the process dies
+    Kabel* const alter = w.kabel.release();
+    w.handys.clear();
+    w.aufrufe.clear();
+    const auto versatz = w.welt.jetzt();
+    w.starte();
+    w.welt.laufe(100ms);
+    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+    EXPECT_THAT(w.aufrufe, Contains("networksetup -setsocksfirewallproxystate Wi-Fi off"));
+    EXPECT_LT(w.welt.jetzt() - versatz, 200ms);
+    EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
+    w.welt.beende();
+    delete alter;
+}
+
+TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
+    KabelWelt w;
+    w.belegtePorts = {8080};
+    w.fahreLos();
+    w.aufrufe.clear();
+    w.raeumeAuf();
+    EXPECT_THAT(w.aufrufe, ElementsAre("networksetup -setsocksfirewallproxystate Wi-Fi off",
+                                       "adb -s R5CT1 forward --remove tcp:1080",
+                                       "adb -s R5CT1 forward --remove tcp:18080"));
+    EXPECT_TRUE(w.forwards.empty());
+    // The process may still live for a tick or a click.
+    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
+    w.welt.laufe(10s);
+    EXPECT_EQ(w.aufrufe.size(), 3U);
+}
+
+TEST(Ende, aufraeumenWartetDenLaufendenTaktAb) {
+    KabelWelt w;
+    w.dauerHttp = 2s;
+    w.handys = {Modellhandy{}};
+    w.starte();
+    w.laufeBisSekunde(3); // in the middle of the proof
+    EXPECT_EQ(w.zustand().phase, Phase::Art::pruefung);
+    w.raeumeAuf();
+    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+    EXPECT_TRUE(w.forwards.empty());
+    EXPECT_EQ(w.welt.verklemmte(), 0U);
+}
+
+} // namespace
