@@ -10,7 +10,8 @@ namespace mobilsteg {
 // What the system's desktop gives beside the toolkit. Only a mac's does; elsewhere these do nothing or are
 // absent. All of it on the main thread, once the toolkit's application object stands. Nothing here blocks.
 
-/// A program of the menu bar: no Dock icon, no menu of its own, and never slowed down for not being looked at.
+/// A program of the menu bar: no Dock icon, no menu of its own, and never slowed down for not being looked
+/// at.
 void alsMenueleistenprogramm();
 
 /// Brings this program before the others, so that its window gets the keyboard.

@@ -2,7 +2,7 @@
 #include "ansicht/terminal/Befehle.hpp"
 #include "ansicht/terminal/Terminaldialog.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
-#include "tests/hilfe/VirtuelleWelt.hpp"
+#include "probe/welt/VirtuelleWelt.hpp"
 
 #include <gmock/gmock.h>
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "kabel/Kabel.hpp"
+#include "probe/welt/VirtuelleWelt.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/hilfe/SpeicherEinstellungen.hpp"
-#include "tests/hilfe/VirtuelleWelt.hpp"
 
 #include <functional>
 #include <map>

@@ -1,7 +1,7 @@
 #include "kabel/Protokoll.hpp"
 
+#include "probe/welt/VirtuelleWelt.hpp"
 #include "tests/hilfe/Ordner.hpp"
-#include "tests/hilfe/VirtuelleWelt.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The virtual time itself: if it lied, every test on top of it would.
 
-#include "tests/hilfe/VirtuelleWelt.hpp"
+#include "probe/welt/VirtuelleWelt.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tests/hilfe/VirtuelleWelt.hpp"
+#include "probe/welt/VirtuelleWelt.hpp"
 
 #include <algorithm>
 #include <condition_variable>
