@@ -19,7 +19,7 @@ namespace {
 
 using asio::ip::tcp;
 
-constexpr std::chrono::seconds verbindefrist{25};
+constexpr std::chrono::seconds zielfrist{25};
 
 bool istHier(const asio::ip::address& adresse) {
     if (adresse.is_v6() && adresse.to_v6().is_v4_mapped()) {
@@ -53,7 +53,7 @@ public:
           port_(port), insNetz_(insNetz), fertig_(std::move(fertig)) {}
 
     void starte(const std::string& rechner) {
-        frist_.expires_after(verbindefrist);
+        frist_.expires_after(zielfrist);
         frist_.async_wait([selbst = shared_from_this()](std::error_code fehler) {
             if (!fehler) {
                 selbst->melde(SocksAntwort::rechnerUnerreichbar);
