@@ -36,7 +36,7 @@ void erwarteNichts(const Fahrtbank& bank, const std::string& wann) {
 /// MOBILSTEG_TODE=200 makes it a long one.
 TEST(Gewalt, nachKeinemAbschussBleibtEtwas) {
     const char* wunsch = std::getenv("MOBILSTEG_TODE");
-    const int tode = wunsch != nullptr ? std::atoi(wunsch) : 6;
+    const int tode = wunsch != nullptr ? std::atoi(wunsch) : 4;
     const unsigned samen = std::random_device{}();
     std::mt19937 zufall(samen);
     Fahrtbank bank;
@@ -75,7 +75,7 @@ TEST(Gewalt, wasDerMacImSchlafVerliertIstNachDemErstenTaktZurueckgenommen) {
     bank.erwartePhase("Fährt mit");
     bank.programm->sende(SIGSTOP);
     handy->sage("ziehen");
-    schlafe(std::chrono::seconds(7)); // more than two ticks
+    schlafe(std::chrono::milliseconds(3500)); // a tick is missed
     EXPECT_TRUE(bank.proxyAn());
     bank.programm->sende(SIGCONT);
     EXPECT_TRUE(warteBis([&] { return !bank.proxyAn(); }, 5));

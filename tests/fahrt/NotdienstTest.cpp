@@ -38,7 +38,7 @@ TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
                 HasSubstr("System-Proxy: keiner zeigt auf 127.0.0.1:1080"));
 }
 
-TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemOderTotemHelfer) {
+TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
     Fahrtbank bank;
     bank.ordner.lege(einstellungen, R"({"profil":"reise","austritt.dienst":"http://austritt.probe/",
                                         "volltunnel":true,"volltunnel.erklaert":true})");
@@ -48,13 +48,6 @@ TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemOderTotemHelfer) {
     EXPECT_THAT(bank.rufe({"--aufraeumen"}).ausgabe,
                 AllOf(HasSubstr("Achtung: Ein Bordlotse läuft noch"),
                       HasSubstr("Volltunnel: beendet, Routen und DNS zurückgebaut")));
-    bank.programm->sende(SIGKILL);
-    bank.programm->warteAufEnde();
-    const std::string marke =
-        bank.ordner.lege("/heim/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp.laeuft", "");
-    const auto allein = bank.rufe({"--aufraeumen"}).ausgabe;
-    EXPECT_THAT(allein, AllOf(testing::Not(HasSubstr("Achtung")), HasSubstr("der Helfer antwortet nicht")));
-    EXPECT_FALSE(existiert(marke));
 }
 
 TEST(Aufraeumen, laesstFremdeProxysInRuheUndGehtOhneAdbUndNetworksetup) {
