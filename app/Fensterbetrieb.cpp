@@ -28,11 +28,12 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
             qt.schlange().async([&pult, a] { pult.bediene(a); });
         });
     });
-    // A log-out may end us any moment after this, and whoever cancels it in another program finds us gone,
-    // too: better than going on without what has just been taken back.
+    // At once, not by way of the event loop: the system's request to quit, which comes next, Qt refuses even
+    // where it means to quit, and that would hold up the log-out. Whoever cancels it in another program finds
+    // us gone: better than going on without what has just been taken back.
     [[maybe_unused]] const auto abmeldung = beiAbmeldung([&] {
         delegate.applicationWillTerminate();
-        qt.beende();
+        beendeProzess(0);
     });
     qt.laufe();
 

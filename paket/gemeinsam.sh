@@ -30,3 +30,13 @@ fuelle() { # a template, its gaps filled in
     sed -e "s|@KENNUNG@|$kennung|g" -e "s|@NAME@|$anzeigename|g" -e "s|@PROGRAMM@|$programm|g" \
         -e "s|@VERSION@|$version|g" -e "s|@SUMME@|${summe:-}|g" "$1"
 }
+
+maengel() { # says what keeps a bundle from running on other Macs; the tool complains about all that is no program
+    local rand
+    rand=$({ find "$1/Contents" -type f -exec otool -L {} + 2>/dev/null || true; } |
+        awk '/^\t/ && $1 !~ "^(@|/usr/lib/|/System/)" { print $1 }' | sort -u)
+    [ -z "$rand" ] || printf 'Achtung, das Bündel braucht Bibliotheken von außerhalb:\n%s\n' "$rand" >&2
+    rand=$({ find "$1/Contents" -type f -exec otool -l {} + 2>/dev/null || true; } |
+        awk '$1 == "minos" && $2 > 13 { print $2 }' | sort -un | tail -n 1)
+    [ -z "$rand" ] || echo "Achtung, Teile des Bündels verlangen macOS $rand" >&2
+}

@@ -43,11 +43,11 @@ public:
     void zeige(const std::string& symbol, const std::string& titel, const std::string& hilfe,
                const std::function<std::string(int)>& ersatz) override {
         @autoreleasepool {
-            NSImage* bild = [NSImage imageWithSystemSymbolName:nsText(symbol)
-                                      accessibilityDescription:nsText(hilfe)];
+            NSImage* bild = [NSImage imageWithSystemSymbolName:nsText(symbol) accessibilityDescription:nil];
             if (bild == nil)
                 bild = ausPng(ersatz(2 * symbolhoehe));
             [bild setTemplate:YES]; // its property's name is a keyword here
+            bild.accessibilityDescription = nsText(hilfe);
             stueck_.button.image = bild;
             stueck_.button.title = nsText(titel);
             stueck_.button.toolTip = nsText(hilfe);
@@ -91,12 +91,24 @@ void nachVorn() {
 std::optional<std::string> programmbild(const std::string& pfad, int kante) {
     @autoreleasepool {
         NSImage* bild = [NSWorkspace.sharedWorkspace iconForFile:nsText(pfad)];
-        NSRect flaeche = NSMakeRect(0, 0, kante, kante);
-        const CGImageRef pixel = [bild CGImageForProposedRect:&flaeche context:nil hints:nil];
-        if (pixel == nullptr)
-            return std::nullopt;
-        NSBitmapImageRep* raster = [[NSBitmapImageRep alloc] initWithCGImage:pixel];
-        return stdBytes([raster representationUsingType:NSBitmapImageFileTypePNG properties:@{}]);
+        // Drawn, since the image itself counts in points, of which a dense screen has fewer than pixels.
+        NSBitmapImageRep* raster =
+            [[NSBitmapImageRep alloc] initWithBitmapDataPlanes:nullptr
+                                                    pixelsWide:kante
+                                                    pixelsHigh:kante
+                                                 bitsPerSample:8
+                                               samplesPerPixel:4
+                                                      hasAlpha:YES
+                                                      isPlanar:NO
+                                                colorSpaceName:NSCalibratedRGBColorSpace
+                                                   bytesPerRow:0
+                                                  bitsPerPixel:0];
+        [NSGraphicsContext saveGraphicsState];
+        NSGraphicsContext.currentContext = [NSGraphicsContext graphicsContextWithBitmapImageRep:raster];
+        [bild drawInRect:NSMakeRect(0, 0, kante, kante)];
+        [NSGraphicsContext restoreGraphicsState];
+        NSData* png = [raster representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
+        return png == nil ? std::nullopt : std::optional(stdBytes(png));
     }
 }
 

@@ -5,6 +5,7 @@
 #include "plattform/AsioSchlange.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Kennung.hpp"
+#include "plattform/Kindprozess.hpp"
 #include "plattform/Nativ.hpp"
 #include "plattform/Uhr.hpp"
 #include "plattform/probe/DateiEinstellungen.hpp"
@@ -42,9 +43,12 @@ struct Speicherbank final : Einstellungsbank {
     SpeicherEinstellungen e;
 };
 
-/// In a range of its own of the user's real defaults.
+/// In a range of its own of the user's real defaults, which goes with it.
 struct Nativbank final : Einstellungsbank {
     ~Nativbank() override {
+        // The file alone is not enough: the system keeps the range and writes it anew.
+        if (auto versuch = starteProzess("/usr/bin/defaults", {"delete", bereich}); versuch.kind)
+            (void)versuch.kind->warteUndErnte();
         std::error_code egal;
         std::filesystem::remove(eigenesHeim() + "/Library/Preferences/" + bereich + ".plist", egal);
     }

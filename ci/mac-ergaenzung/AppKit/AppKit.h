@@ -16,10 +16,7 @@ constexpr auto NSBitmapImageFileTypePNG = NSPNGFileType; // 10.12
 @end
 
 @interface NSImage (Ergaenzung)
+@property(copy) NSString* accessibilityDescription;                                                 // 10.6
 + (instancetype)imageWithSystemSymbolName:(NSString*)name accessibilityDescription:(NSString*)text; // 11.0
 - (void)setTemplate:(BOOL)template_;                                                                // 10.5
-@end
-
-@interface NSBitmapImageRep (Ergaenzung)
-- (instancetype)initWithCGImage:(CGImageRef)image; // 10.5
 @end
