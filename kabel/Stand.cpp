@@ -64,12 +64,8 @@ std::optional<std::string> standDokument(const Standangaben& angaben, const std:
         dokument["gleise"] = gleise(status);
         dokument["kabel_bytes"] = *bytes;
     }
-    try {
-        // A tool's text in the phase may hold anything; one bad byte must not cost the document.
-        return dokument.dump(2, ' ', false, json::error_handler_t::replace);
-    } catch (const json::exception&) {
-        return std::nullopt;
-    }
+    // A tool's text in the phase may hold anything; one bad byte must not cost the document.
+    return dokument.dump(2, ' ', false, json::error_handler_t::replace);
 }
 
 } // namespace mobilsteg

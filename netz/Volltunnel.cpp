@@ -60,11 +60,7 @@ std::optional<std::string> Volltunnel::start(const Tunnelauftrag& auftrag) {
 
 std::optional<std::string> Volltunnel::fuehreSkriptAus(const std::string& quelle) {
     std::optional<Skriptfehler> fehler;
-    const auto ausfuehren = [&] { fehler = a_.skript.fuehreAus(quelle); };
-    if (a_.haupt.istHier())
-        ausfuehren();
-    else
-        a_.haupt.sync(ausfuehren);
+    a_.haupt.sync([&] { fehler = a_.skript.fuehreAus(quelle); });
     if (!fehler)
         return std::nullopt;
     if (fehler->nichtGebaut)

@@ -169,16 +169,10 @@ std::string fehlerbeschreibung(int nummer) {
         return "Nicht genug Speicher";
     case EAGAIN:
         return "Das System kann gerade keinen weiteren Prozess starten";
-    case ENOSPC:
-        return "Kein Platz auf dem Datenträger";
-    case EROFS:
-        return "Der Datenträger ist schreibgeschützt";
     case E2BIG:
         return "Zu viele oder zu lange Argumente";
     case ENOTDIR:
         return "Kein Ordner";
-    case EADDRINUSE:
-        return "Der Port ist belegt";
     default:
         return std::string(std::strerror(nummer)) + " (Fehler " + std::to_string(nummer) + ")";
     }

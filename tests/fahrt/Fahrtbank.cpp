@@ -128,7 +128,10 @@ Programm::Programm(const std::vector<std::string>& worte, const std::string& aus
 
 Programm::~Programm() {
     ::close(eingabe_);
-    if (!status_) {
+    if (!status_)
+        sende(SIGTERM);
+    if (!warteAufEnde(20)) {
+        ADD_FAILURE() << "ließ sich nicht beenden";
         sende(SIGKILL);
         warteAufEnde();
     }

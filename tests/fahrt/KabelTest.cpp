@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <csignal>
+
 using namespace mobilsteg;
 using testing::AllOf;
 using testing::HasSubstr;
@@ -31,10 +33,12 @@ TEST(Kabel, vonDerStrassensperreBisZurFahrtUndZurueck) {
     bank.erwartePhase("Kein Handy am Kabel", 4); // within one tick
     EXPECT_FALSE(bank.proxyAn());
     EXPECT_EQ(bank.adb({"forward", "--list"}), "");
-    bank.programm->tippe("beenden");
+    for (const auto* zeile : {"", "lauter", "beenden"})
+        bank.programm->tippe(zeile);
     EXPECT_EQ(bank.programm->warteAufEnde(), 0);
     EXPECT_EQ(bank.zeilenMit("Signal"), 0);
-    EXPECT_THAT(bank.ausgabe(), HasSubstr("Samsung Galaxy S23"));
+    EXPECT_THAT(bank.ausgabe(),
+                AllOf(HasSubstr("Samsung Galaxy S23"), HasSubstr("Unbekannter Befehl: „lauter“")));
 }
 
 TEST(Kabel, ausweichportWennJemandAuf8080Sitzt) {
@@ -78,6 +82,19 @@ TEST(Kabel, weitergabeAusUndKaputterProxy) {
     handy->sage("weitergabe an");
     bank.erwartePhase("Fährt mit");
     EXPECT_TRUE(bank.proxyAn());
+}
+
+TEST(Kabel, unmoeglicheZahlenLassenKeinenProxyZurueck) {
+    Fahrtbank bank;
+    const auto handy = bank.handy();
+    bank.starte();
+    bank.erwartePhase("Fährt mit");
+    handy->sage(R"(api roh {"app":"mobilsteg","proxy_port":1080,"zustand":"erlaubt","kabel":{},)"
+                R"("status":{"paths":[{"iface":"wlan0","healthy":true,"rtt_ms":1e300}]}})");
+    EXPECT_EQ(bank.programm->warteAufEnde(), 128 + SIGABRT);
+    EXPECT_EQ(bank.zeilenMit("Programmierfehler: Das Handy meldet unmögliche Zahlen"), 1);
+    EXPECT_FALSE(bank.proxyAn());
+    EXPECT_EQ(bank.adb({"forward", "--list"}), "");
 }
 
 TEST(Kabel, einNeuerAdbServerReisstNurKurzHeraus) {

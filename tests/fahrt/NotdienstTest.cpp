@@ -10,6 +10,7 @@
 using namespace mobilsteg;
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace {
 
@@ -24,7 +25,9 @@ TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
     bank.programm->warteAufEnde();
     bank.ordner.lege(einstellungen, "{ kaputt");
     ASSERT_TRUE(bank.proxyAn());
-    EXPECT_NE(bank.adb({"forward", "--list"}), "");
+    const std::string fremder =
+        handy->serial() + " tcp:" + bank.adb({"forward", "tcp:0", "tcp:8080"}) + " tcp:8080";
+    EXPECT_THAT(bank.adb({"forward", "--list"}), HasSubstr("tcp:1080 tcp:1080"));
 
     const auto ergebnis = bank.rufe({"--aufraeumen"});
     EXPECT_EQ(ergebnis.status, 0) << ergebnis.fehler;
@@ -32,10 +35,19 @@ TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
                 AllOf(HasSubstr("System-Proxy: an „Wi-Fi“ ausgeschaltet"),
                       HasSubstr("Volltunnel: keiner läuft"), HasSubstr("Forwards: 2 entfernt")));
     EXPECT_FALSE(bank.proxyAn());
-    EXPECT_EQ(bank.adb({"forward", "--list"}), "");
+    EXPECT_EQ(bank.adb({"forward", "--list"}), fremder) << "nobody else's is taken away";
     EXPECT_EQ(bank.ordner.lies(einstellungen), "{ kaputt") << "not overwritten";
     EXPECT_THAT(bank.rufe({"--aufraeumen"}).ausgabe,
                 HasSubstr("System-Proxy: keiner zeigt auf 127.0.0.1:1080"));
+
+    const std::string networksetup = bank.ordner.pfad() + "/mac/usr/sbin/networksetup";
+    std::filesystem::rename(networksetup, networksetup + ".echt");
+    bank.ordner.lege("/mac/usr/sbin/networksetup",
+                     "#!/bin/sh\ncase $* in -getsocks*Wi-Fi) exit 4 ;; esac\nexec \"$0.echt\" \"$@\"\n",
+                     true);
+    EXPECT_THAT(
+        bank.rufe({"--aufraeumen"}).ausgabe,
+        AllOf(HasSubstr("System-Proxy: „Wi-Fi“ lässt sich nicht befragen"), Not(HasSubstr("keiner zeigt"))));
 }
 
 TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
@@ -69,13 +81,22 @@ TEST(Aufraeumen, laesstFremdeProxysInRuheUndGehtOhneAdbUndNetworksetup) {
 TEST(Selbsttest, zeigtWasErSiehtUndAendertNichts) {
     const Fahrtbank bank;
     const auto vorher = bank.ordner.lies(einstellungen);
+    bank.ordner.lege("/mac/Applications/Google Chrome.app/Contents/Info.plist", "");
     const auto ergebnis = bank.rufe({"--selbsttest"});
     EXPECT_EQ(ergebnis.status, 0);
     EXPECT_THAT(ergebnis.ausgabe,
                 AllOf(HasSubstr("de.mobilsteg.bordlotse"), HasSubstr("Netzwerkdienst  Wi-Fi"),
-                      HasSubstr("/mac/opt/homebrew/bin/adb")));
+                      HasSubstr("/mac/opt/homebrew/bin/adb"), HasSubstr("Chrome ohne fahrtwind")));
     EXPECT_EQ(bank.ordner.lies(einstellungen), vorher);
     EXPECT_FALSE(existiert(bank.ordner.pfad() + "/heim/Library/Logs"));
+
+    const std::string neuling =
+        bank.ordner.pfad() + "/neuling"; // who has never started it, and gives no option
+    EXPECT_THAT(
+        lauf("/usr/bin/env", {"HOME=" + neuling, programmpfad("mobilsteg-bordlotse"), "--selbsttest"}, 60)
+            .ausgabe,
+        AllOf(HasSubstr("Heim            " + neuling + "\nWurzel          /\n"), HasSubstr("kabel.id —\n")));
+    EXPECT_FALSE(existiert(neuling));
 }
 
 /// In expert mode the panel shows what the simulated Mac's tools tell, and the reports reach the phone as
@@ -116,6 +137,9 @@ TEST(Erhebung, expertenfahrtMitBrowsernVpnsUndBerichten) {
     bank.programm->tippe("browser Chrome");
     EXPECT_TRUE(warteBis(
         [&] { return bank.ordner.lies("/mac/zustand/geoeffnet").starts_with("-b com.google.Chrome http"); }));
+    bank.programm->tippe("hinweis weg");
+    EXPECT_TRUE(warteBis(
+        [&] { return bank.ordner.lies(einstellungen).find("hinweisWeg\": true") != std::string::npos; }));
     bank.programm->tippe("profil vpn");
     EXPECT_TRUE(zeigt("Firmen-VPN (Zürich) · ungesichert"));
     EXPECT_TRUE(zeigt("OpenVPN · ungesichert"));

@@ -79,6 +79,7 @@ TEST(Antwort, einFalschesFeldVerdirbtDasGanze) {
              {R"("alles":false)", R"("alles":0)"},
              {"9223372036854775807", "1.5"},
              {R"([{"IP")", R"([null,{"IP")"},
+             {R"("guests":[)", R"("guests":{},"x":[)"},
              {R"("mehr":[{"x":null}])", R"("mehr":)" + std::string(500, '[') + std::string(500, ']'), true},
              {R"("mehr":[{"x":null}])", R"("mehr":)" + tief + std::string(tief.size(), ']')},
              {"\"gerettet\":2.0}}", "\"gerettet\":2.0}"},

@@ -56,9 +56,12 @@ TEST(Lauf, sagtWarumEinWerkzeugNichtBeginnt) {
              {ordner.pfad() + "/fehlt", "Datei oder Ordner nicht gefunden"},
              {"true", "Datei oder Ordner nicht gefunden"}, // PATH is not consulted
              {ordner.pfad(), "Keine Berechtigung"},
+             {ordner.lege("/datei", "") + "/true", "Kein Ordner"},
              {ordner.lege("/text", "echo ohne Shell"), "Keine Berechtigung"},
              {ordner.lege("/skript", "echo ohne Shell", true), "Kein ausführbares Programm"}})
         EXPECT_EQ(lauf(pfad, {}, 20), (Ergebnis{-1, "", pfad + ": " + grund}));
+    EXPECT_EQ(lauf("/bin/sh", {std::string(3'000'000, 'x')}, 20).fehler,
+              "/bin/sh: Zu viele oder zu lange Argumente");
 }
 
 TEST(Lauf, bittetAmLimitUmDasEnde) {
@@ -69,14 +72,18 @@ TEST(Lauf, bittetAmLimitUmDasEnde) {
     EXPECT_LT(std::chrono::steady_clock::now() - beginn, std::chrono::seconds(10));
 }
 
-// Two tools that ignore the request, side by side because it takes its time: one ends within the grace of
-// 2 s, the other goes on after it, is not killed, and closes its outputs a little before it ends.
+// Tools that ignore the request, side by side because it takes its time: one ends within the grace of 2 s,
+// one goes on after it, is not killed, and closes its outputs a little before it ends, and nobody waits for
+// the last.
 TEST(Lauf, laesstEinemUneinsichtigenWerkzeugSeineZeit) {
     auto imRahmen =
         std::async(std::launch::async, skript, "trap '' TERM; exec >&- 2>&-; sleep 1.8; exit 6", 0.05);
+    auto verlassen =
+        std::async(std::launch::async, skript, "trap '' TERM; exec >&- 2>&-; sleep 4; exit 8", 0.05);
     EXPECT_EQ(skript("trap '' TERM; sleep 2.15; printf fertig; exec >&- 2>&-; sleep 0.05; exit 7", 0.05),
               (Ergebnis{7, "fertig", ""}));
     EXPECT_EQ(imRahmen.get(), (Ergebnis{6, "", ""}));
+    EXPECT_EQ(verlassen.get(), (Ergebnis{SIGTERM, "", ""}));
 }
 
 TEST(Lauf, vererbtNurDieStandardstroeme) {

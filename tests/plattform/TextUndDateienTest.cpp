@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <pwd.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 
@@ -35,6 +37,11 @@ TEST(Orte, machtPfadeAbsolutUndOhneSchraegstrichAmEnde) {
     for (const auto& [roh, soll] :
          Faelle{{"/a/./b/../c//", "/a/c"}, {"/", ""}, {"/..", ""}, {"x", hier + "/x"}, {"./", hier}})
         EXPECT_EQ(absoluterPfad(roh), soll) << roh;
+    const std::string konto = absoluterPfad(::getpwuid(::getuid())->pw_dir);
+    for (const auto& [umgebung, soll] : Faelle{{"/a/./b/", "/a/b"}, {"", konto}, {"nirgends", konto}}) {
+        ::setenv("HOME", umgebung.c_str(), 1);
+        EXPECT_EQ(eigenesHeim(), soll) << umgebung;
+    }
 }
 
 TEST(Uhr, schreibtOrtszeitAuchUeberDieGrenze) {

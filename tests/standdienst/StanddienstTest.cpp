@@ -189,6 +189,17 @@ TEST_F(StanddienstTest, gibtDenPortMitSeinemEndeFrei) {
     }
 }
 
+TEST_F(StanddienstTest, nimmtNachEinemMangelAnDeskriptorenWiederAn) {
+    std::optional<Klient> klient;
+    {
+        const Engpass engpass(1); // for the client's end; there is none for the service's
+        klient.emplace(dienst.port());
+        klient->sende("GET / HTTP/1.1\r\n\r\n");
+        EXPECT_FALSE(klient->abgerissen());
+    }
+    EXPECT_EQ(klient->lies(), antwortMit("{}"));
+}
+
 class Ungeduldiger : public StanddienstTest {
 protected:
     Ungeduldiger() : StanddienstTest({50ms, 3}) {}
