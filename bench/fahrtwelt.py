@@ -16,6 +16,7 @@ QUELLE = pathlib.Path(__file__).resolve().parent.parent
 BIN = QUELLE / "bau/release/bin"
 CLONE_NEWNET = 0x40000000
 SIOCSIFFLAGS = 0x8914
+CPUCLOCK_SCHED = 2
 
 
 def eigenes_netz():
@@ -53,14 +54,21 @@ def lies(pfad):
 def rechenzeit(nummer):
     """Seconds that a process computed, and those of its children that have ended."""
     felder = lies(f"/proc/{nummer}/stat").rpartition(")")[2].split()
-    takt = os.sysconf("SC_CLK_TCK")
-    return sum(map(int, felder[11:13])) / takt, sum(map(int, felder[13:15])) / takt
+    return time.clock_gettime(~nummer << 3 | CPUCLOCK_SCHED), sum(map(int, felder[13:15])) / os.sysconf("SC_CLK_TCK")
 
 
-def wechsel(nummer):
-    """How often its threads were woken."""
-    return sum(int(re.search(r"^voluntary_ctxt_switches:\s*(\d+)", lies(f), re.M)[1])
-               for f in pathlib.Path(f"/proc/{nummer}/task").glob("*/status"))
+def weckungen(nummer, sekunden):
+    """How often per second one of its threads was woken that had slept for longer than a tool takes to answer."""
+    with tempfile.NamedTemporaryFile() as spur:
+        beobachter = subprocess.Popen(["strace", "-f", "-T", "-e", "trace=epoll_wait,poll,ppoll,futex,read",
+                                       "-o", spur.name, "-p", str(nummer)], stderr=subprocess.DEVNULL)
+        time.sleep(sekunden)
+        beobachter.terminate()
+        beobachter.wait()
+        faeden = {f.name for f in pathlib.Path(f"/proc/{nummer}/task").iterdir()}
+        zeilen = [z.split(None, 1) for z in lies(spur.name).splitlines()]
+        schlaf = [re.search(r"<(\d+\.\d+)>$", rest) for faden, rest in zeilen if faden in faeden]
+        return sum(1 for s in schlaf if s and float(s[1]) >= 0.05) / sekunden
 
 
 def speicher(nummer):

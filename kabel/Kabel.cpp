@@ -3,6 +3,8 @@
 #include "kabel/Menueleiste.hpp"
 #include "plattform/Dateien.hpp"
 
+#include <utility>
+
 namespace mobilsteg {
 
 namespace {
@@ -92,6 +94,7 @@ void Kabel::schrittInnen() {
             return setze(
                 Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?"));
         protokoll("Beweis: draußen als " + *adresse);
+        zeigtVerbindung_ = true;
         aushang_.veroeffentliche([adresse = *adresse](Zustand& z) { z.austritt = adresse; });
         if (proxyAutomatisch_)
             proxyAn();
@@ -103,11 +106,14 @@ void Kabel::schrittInnen() {
 }
 
 void Kabel::setze(const Phase& neu) {
+    const bool anders = neu != phaseIntern_;
     phaseIntern_ = neu;
     if (neu.art == Phase::Art::proxyFehler && letzteAntwort_)
         a_.q.async([this] { berichteSenden(); });
     protokoll(neu.text());
-    aushang_.veroeffentliche([neu](Zustand& z) { z.phase = neu; });
+    // An idle tick wakes nobody.
+    if (anders)
+        aushang_.veroeffentliche([neu](Zustand& z) { z.phase = neu; });
 }
 
 /// Sets the phase that tells what is missing and takes back what depends on the link.
@@ -120,6 +126,8 @@ void Kabel::verliere(const Phase& phase) {
 }
 
 void Kabel::verloren() {
+    if (!std::exchange(zeigtVerbindung_, false))
+        return;
     aushang_.veroeffentliche([](Zustand& z) {
         z.austritt.clear();
         z.gleise.clear();
@@ -142,6 +150,7 @@ void Kabel::zeigeStatus(const Antwort& antwort) {
     const auto werte = anzeige_.zeige(antwort, a_.rechnername, a_.uhr.monoton());
     if (!werte)
         return a_.abbruch("Das Handy meldet unmögliche Zahlen");
+    zeigtVerbindung_ = true;
     aushang_.veroeffentliche([werte = *werte](Zustand& z) { werte.trageEin(z); });
 }
 

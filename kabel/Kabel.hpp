@@ -157,6 +157,7 @@ private:
     Berichte berichte_;
     Anzeige anzeige_;
     Phase phaseIntern_;
+    bool zeigtVerbindung_ = false; ///< what the phone told is published, and has to be taken back
     std::optional<Antwort> letzteAntwort_; // valid only in the tick that fetched it
     bool experteIntern_;
     std::int64_t tick_ = 0;
