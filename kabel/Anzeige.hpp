@@ -21,6 +21,7 @@ struct Anzeigewerte {
     std::string rettung;
 
     void trageEin(Zustand& zustand) const;
+    bool operator==(const Anzeigewerte&) const = default;
 };
 
 /// Bytes that this Mac, known to the phone as `name`, has moved through it. Absent: the sum leaves 64 bits.

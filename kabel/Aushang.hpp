@@ -6,6 +6,7 @@
 #include <functional>
 #include <list>
 #include <memory>
+#include <optional>
 
 namespace mobilsteg {
 
@@ -40,6 +41,24 @@ private:
     Zustand gemeldet_;
     bool meldungBestellt_ = false;
     std::list<std::weak_ptr<Beobachter>> beobachter_;
+};
+
+/// What one queue published last. The main thread is not woken to be told the same again.
+template <class Wert>
+class Zuletzt {
+public:
+    /// Whether `wert` differs from last time; remembers it.
+    [[nodiscard]] bool neu(const Wert& wert) {
+        if (wert_ == wert)
+            return false;
+        wert_ = wert;
+        return true;
+    }
+    /// The state was changed by somebody else: the next value is new, whichever it is.
+    void vergiss() { wert_.reset(); }
+
+private:
+    std::optional<Wert> wert_;
 };
 
 } // namespace mobilsteg

@@ -128,6 +128,7 @@ void Kabel::verliere(const Phase& phase) {
 void Kabel::verloren() {
     if (!std::exchange(zeigtVerbindung_, false))
         return;
+    gezeigteWerte_.vergiss();
     aushang_.veroeffentliche([](Zustand& z) {
         z.austritt.clear();
         z.gleise.clear();
@@ -151,7 +152,8 @@ void Kabel::zeigeStatus(const Antwort& antwort) {
     if (!werte)
         return a_.abbruch("Das Handy meldet unmögliche Zahlen");
     zeigtVerbindung_ = true;
-    aushang_.veroeffentliche([werte = *werte](Zustand& z) { werte.trageEin(z); });
+    if (gezeigteWerte_.neu(*werte))
+        aushang_.veroeffentliche([werte = *werte](Zustand& z) { werte.trageEin(z); });
 }
 
 void Kabel::schreibeStand(const Phase& phase, const std::optional<Antwort>& antwort) {

@@ -158,6 +158,10 @@ private:
     Anzeige anzeige_;
     Phase phaseIntern_;
     bool zeigtVerbindung_ = false; ///< what the phone told is published, and has to be taken back
+    Zuletzt<Anzeigewerte> gezeigteWerte_;
+    Zuletzt<Erhebung::Verbindungen> gezeigteVerbindungen_;
+    Zuletzt<Erhebung::Vpns> gezeigteVpns_;
+    Zuletzt<std::vector<BrowserFund>> gezeigteBrowser_;
     std::optional<Antwort> letzteAntwort_; // valid only in the tick that fetched it
     bool experteIntern_;
     std::int64_t tick_ = 0;

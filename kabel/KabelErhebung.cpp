@@ -6,6 +6,8 @@ namespace mobilsteg {
 
 void Kabel::messeVerbindungen() {
     auto verbindungen = erhebung_.verbindungen();
+    if (!gezeigteVerbindungen_.neu(verbindungen))
+        return;
     aushang_.veroeffentliche([verbindungen = std::move(verbindungen)](Zustand& z) {
         z.vorbei = verbindungen.vorbei;
         z.durch = verbindungen.durch;
@@ -14,6 +16,8 @@ void Kabel::messeVerbindungen() {
 
 void Kabel::vpnsLesen() {
     auto vpns = erhebung_.vpns(tunnel_.laeuft());
+    if (!gezeigteVpns_.neu(vpns))
+        return;
     aushang_.veroeffentliche([vpns = std::move(vpns)](Zustand& z) {
         z.vpnsGesichert = vpns.gesichert;
         z.vpnsOffen = vpns.offen;
@@ -23,6 +27,8 @@ void Kabel::vpnsLesen() {
 void Kabel::browserLesen() {
     auto funde = a_.browserFinden();
     std::erase_if(funde, [](const BrowserFund& fund) { return fund.fahrtwind; });
+    if (!gezeigteBrowser_.neu(funde))
+        return;
     aushang_.veroeffentliche([funde = std::move(funde)](Zustand& z) { z.browserOhne = funde; });
 }
 

@@ -19,6 +19,8 @@ public:
     struct Vpns {
         std::vector<std::string> gesichert; ///< carried by the tunnel, with their servers where known
         std::vector<std::string> offen;     ///< connected outside it
+
+        bool operator==(const Vpns&) const = default;
     };
 
     /// Looks for VPNs; remembers the secured ones' addresses in `ziele`. Blocks for up to 8 s; work queue
@@ -31,6 +33,8 @@ public:
     struct Verbindungen {
         std::vector<std::string> durch;  ///< programs whose connections take the proxy, most first, at most 8
         std::vector<std::string> vorbei; ///< those that bypass it
+
+        bool operator==(const Verbindungen&) const = default;
     };
 
     /// Counts the open connections. Blocks for up to 8 s; work queue only.

@@ -112,10 +112,19 @@ private:
     void antworte(std::size_t n, const std::string& dokument) {
         if (!socket_.is_open())
             return;
-        antwort_ = Standdienst::antwort(std::string_view(block_.data(), n), dokument);
+        const std::string_view anfrage(block_.data(), n);
+        antwort_ = Standdienst::antwort(anfrage, dokument);
         asio::async_write(
             socket_, asio::buffer(antwort_),
-            [selbst = shared_from_this()](const Fehler&, std::size_t) { selbst->verabschiede(); });
+            [selbst = shared_from_this(), alles = istAlles(anfrage)](const Fehler&, std::size_t) {
+                alles ? selbst->trenne() : selbst->verabschiede();
+            });
+    }
+
+    /// Whether such a request's client has nothing more to say.
+    static bool istAlles(std::string_view anfrage) {
+        return (anfrage.starts_with("GET ") || anfrage.starts_with("OPTIONS ")) &&
+               anfrage.ends_with("\r\n\r\n");
     }
 
     /// Closing with unread bytes resets the connection, and the reset may overtake the answer: so the rest of
