@@ -129,8 +129,8 @@ Ergebnis KabelWelt::networksetup(const std::vector<std::string>& worte) {
                 ""};
     if (!networksetupFehler.empty())
         return {4, networksetupFehler + "\n", ""};
-    if (worte.front() == "-setsocksfirewallproxystate")
-        socksAn[worte.at(1)] = worte.at(2) == "on";
+    // Setting an address switches the proxy on, as on the Mac.
+    socksAn[worte.at(1)] = worte.front() == "-setsocksfirewallproxy" || worte.at(2) == "on";
     return {0, "", ""};
 }
 
