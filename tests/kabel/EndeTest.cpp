@@ -46,6 +46,16 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
     EXPECT_EQ(w.aufrufe.size(), 3U);
 }
 
+TEST(Ende, dieForwardsGehenAuchWennAdbDasHandyGeradeNichtNennt) {
+    KabelWelt w;
+    w.fahreLos();
+    w.handys.clear(); // the list was cut off; the forwards stand
+    w.laufeBisSekunde(3.5);
+    ASSERT_EQ(w.zustand().phase, Phase::Art::keinHandy);
+    w.raeumeAuf();
+    EXPECT_TRUE(w.forwards.empty());
+}
+
 TEST(Ende, aufraeumenWartetDenLaufendenTaktAb) {
     KabelWelt w;
     w.dauerHttp = 2s;
