@@ -94,7 +94,6 @@ void Kabel::schrittInnen() {
             return setze(
                 Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?"));
         protokoll("Beweis: draußen als " + *adresse);
-        zeigtVerbindung_ = true;
         aushang_.veroeffentliche([adresse = *adresse](Zustand& z) { z.austritt = adresse; });
         if (proxyAutomatisch_)
             proxyAn();

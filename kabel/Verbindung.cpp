@@ -83,6 +83,7 @@ std::vector<std::string> Verbindung::leiteWeiter() {
     if (forwards_)
         return zeilen;
     nimmUebriggebliebenenWeg();
+    forwardSerial_ = serial_;
     const Ergebnis socks = leiteEinenWeiter(socksPort, socksPort);
     const Ergebnis gastseite = leiteGastseiteWeiter(zeilen);
     forwards_ = socks.status == 0 && gastseite.status == 0;
@@ -122,16 +123,24 @@ void Verbindung::nimmUebriggebliebenenWeg() {
     const auto gemerkt = einstellungen_.text(merkschluessel);
     if (!gemerkt || *gemerkt == std::to_string(handy_.gastPort))
         return;
-    (void)laeufer_(*adbPfad_, {"-s", *serial_, "forward", "--remove", "tcp:" + *gemerkt}, abbauSekunden);
-    einstellungen_.entferne(merkschluessel);
+    if (entferne(*serial_, "tcp:" + *gemerkt))
+        einstellungen_.entferne(merkschluessel);
+}
+
+bool Verbindung::entferne(const std::string& serial, const std::string& lokal) const {
+    const auto ergebnis = laeufer_(*adbPfad_, {"-s", serial, "forward", "--remove", lokal}, abbauSekunden);
+    return ergebnis.status == 0 || ergebnis.status == 1; // 1: there is no such forward, or no such phone
 }
 
 void Verbindung::baueAb() {
-    if (!adbPfad_ || !serial_)
+    if (!adbPfad_ || !forwardSerial_)
         return;
-    for (const int port : {socksPort, handy_.gastPort})
-        (void)laeufer_(*adbPfad_, {"-s", *serial_, "forward", "--remove", tcp(port)}, abbauSekunden);
-    if (einstellungen_.text(merkschluessel))
+    (void)entferne(*forwardSerial_, tcp(socksPort));
+    bool weg = entferne(*forwardSerial_, tcp(handy_.gastPort));
+    const auto gemerkt = einstellungen_.text(merkschluessel);
+    if (gemerkt && *gemerkt != std::to_string(handy_.gastPort))
+        weg = entferne(*forwardSerial_, "tcp:" + *gemerkt);
+    if (gemerkt && weg)
         einstellungen_.entferne(merkschluessel);
 }
 

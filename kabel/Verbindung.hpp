@@ -64,6 +64,8 @@ private:
     [[nodiscard]] Ergebnis leiteEinenWeiter(int lokal, int amHandy) const;
     [[nodiscard]] Ergebnis leiteGastseiteWeiter(std::vector<std::string>& zeilen);
     void nimmUebriggebliebenenWeg();
+    /// False: it may still stand, since adb did not come to answer.
+    [[nodiscard]] bool entferne(const std::string& serial, const std::string& lokal) const;
 
     Adb adb_;
     Laeufer laeufer_;
@@ -72,6 +74,8 @@ private:
 
     std::optional<std::string> adbPfad_;
     std::optional<std::string> serial_;
+    /// Whose forwards may stand. Kept when the phone is out of sight: adb may only have failed to list it.
+    std::optional<std::string> forwardSerial_;
     std::string handyName_;
     bool forwards_ = false;
     bool zuletztGueltig_ = false; // the path through the phone is proven

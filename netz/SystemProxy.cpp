@@ -40,7 +40,12 @@ std::optional<std::string> SystemProxy::setzen(const std::string& dienst, int po
     const auto adresse =
         networksetup({"-setsocksfirewallproxy", dienst, "127.0.0.1", std::to_string(port)}, aendernSekunden);
     if (adresse.status != 0) {
-        merkeUngewisse(vorher);
+        // The address alone switches the proxy on. What refused has changed nothing; nor is a proxy of the
+        // user's own to be switched off then.
+        if (abgeschnitten(adresse))
+            (void)schalteAus(dienst);
+        else
+            merkeUngewisse(vorher);
         return fehlertext(adresse);
     }
     const auto an = networksetup({"-setsocksfirewallproxystate", dienst, "on"}, aendernSekunden);

@@ -52,6 +52,10 @@ std::optional<std::string> Volltunnel::start(const Tunnelauftrag& auftrag) {
         return "Helfer mobilsteg-volltunnel fehlt im Bundle";
     legeOrdnerAn(stoppPfad_);
     std::remove(stoppPfad_.c_str()); // an old request would stop the new helper at once
+    if (aufgegeben_) {
+        bitteUmStopp(); // that may just have been the last one
+        return "Das Programm endet";
+    }
     const auto befehl = tunnelbefehl(helfer, stoppPfad_, protokollPfad_, ::getpid(), auftrag);
     if (auto grund = fuehreSkriptAus(skriptquelle(befehl, a_.variante.adminGrund())))
         return grund;
@@ -87,6 +91,11 @@ std::optional<std::string> Volltunnel::warteAufHelfer() {
 void Volltunnel::bitteUmStopp() {
     legeOrdnerAn(stoppPfad_);
     schreibeAtomar(stoppPfad_, "", Haltbarkeit::fluechtig);
+}
+
+void Volltunnel::gibAuf() {
+    aufgegeben_ = true; // before the request, or a start that removes it would not know
+    bitteUmStopp();
 }
 
 bool Volltunnel::bestaetige() {

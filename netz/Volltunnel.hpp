@@ -7,6 +7,7 @@
 #include "plattform/Schlange.hpp"
 #include "plattform/Uhr.hpp"
 
+#include <atomic>
 #include <optional>
 #include <string>
 
@@ -68,8 +69,8 @@ public:
     [[nodiscard]] bool stoppGebeten() const;
 
     /// Leaves the request to stop without waiting for anything; a helper that is only just coming up finds
-    /// it.
-    void bitteUmStopp();
+    /// it, and none is started any more. Work queue.
+    void gibAuf();
 
     /// The helper has confirmed that it runs, and has not been stopped since. Work queue.
     [[nodiscard]] bool laeuft() const { return laeuft_; }
@@ -87,12 +88,14 @@ public:
 private:
     [[nodiscard]] std::optional<std::string> fuehreSkriptAus(const std::string& quelle);
     [[nodiscard]] std::optional<std::string> warteAufHelfer();
+    void bitteUmStopp();
     [[nodiscard]] std::string fehlertext() const;
 
     Anschluesse a_;
     std::string stoppPfad_;
     std::string protokollPfad_;
     bool laeuft_ = false;
+    std::atomic<bool> aufgegeben_ = false; // read on "volltunnel.start", written on the work queue
 };
 
 } // namespace mobilsteg

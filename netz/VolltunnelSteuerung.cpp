@@ -7,18 +7,25 @@ namespace mobilsteg {
 VolltunnelSteuerung::VolltunnelSteuerung(Volltunnel::Anschluesse anschluesse, Wunsch w)
     : wunsch(w), volltunnel_(std::move(anschluesse)) {}
 
-bool VolltunnelSteuerung::startFaellig(bool bewiesen) const {
-    return wunsch.an && bewiesen && !startet_ && !volltunnel_.laeuft() && !volltunnel_.markeLiegt();
+bool VolltunnelSteuerung::startMoeglich(bool bewiesen) const {
+    return wunsch.an && bewiesen && !startet_ && !volltunnel_.laeuft();
+}
+
+bool VolltunnelSteuerung::startFaellig(bool bewiesen) {
+    const bool moeglich = startMoeglich(bewiesen);
+    // Remembered here and not told from the mark later: by the next look it may have gone already.
+    aufgeschoben_ = moeglich && volltunnel_.markeLiegt();
+    taktMitMarke_ = 0;
+    return moeglich && !aufgeschoben_;
 }
 
 bool VolltunnelSteuerung::aufgeschobenerFaellig(bool bewiesen) {
     constexpr int geduld = 10; // ticks
-    const bool wartet =
-        wunsch.an && bewiesen && !startet_ && !volltunnel_.laeuft() && volltunnel_.stoppGebeten();
-    if (!wartet || !volltunnel_.markeLiegt()) {
-        // It only just went: then the start that waited for it is due.
-        return std::exchange(taktMitMarke_, 0) > 0 && startFaellig(bewiesen);
-    }
+    if (!aufgeschoben_)
+        return false;
+    const bool wartet = startMoeglich(bewiesen) && volltunnel_.stoppGebeten();
+    if (!wartet || !volltunnel_.markeLiegt())
+        return startFaellig(bewiesen);
     if (++taktMitMarke_ >= geduld)
         volltunnel_.entferneMarke();
     return false;
@@ -41,7 +48,14 @@ bool VolltunnelSteuerung::ueberholt(const Tunnelauftrag& auftrag, bool bewiesen)
 bool VolltunnelSteuerung::nimmWeg() {
     if (!volltunnel_.laeuft() && !volltunnel_.markeLiegt())
         return false;
+    constexpr int geduld = 3; // requests of ten seconds
     volltunnel_.stopp();
+    if (!volltunnel_.markeLiegt()) {
+        vergebens_ = 0;
+    } else if (++vergebens_ >= geduld) { // or every tick would wait for it anew, the proxy behind it
+        volltunnel_.entferneMarke();
+        vergebens_ = 0;
+    }
     return true;
 }
 
@@ -52,7 +66,7 @@ void VolltunnelSteuerung::nimmUebriggebliebenenWeg() {
 
 void VolltunnelSteuerung::gibAuf() {
     if (startet_)
-        volltunnel_.bitteUmStopp();
+        volltunnel_.gibAuf();
 }
 
 std::optional<std::string> VolltunnelSteuerung::zurueckgebaut() {

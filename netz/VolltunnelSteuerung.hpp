@@ -22,11 +22,12 @@ public:
     Wunsch wunsch;
 
     /// Whether a start is due: it is wished, the path is proven, none is under way, and no helper lives, not
-    /// even one that has not yet followed the request to go.
-    [[nodiscard]] bool startFaellig(bool bewiesen) const;
+    /// even one that has not yet followed the request to go. A start that only such a helper prevents is put
+    /// off.
+    [[nodiscard]] bool startFaellig(bool bewiesen);
 
-    /// Once a tick: whether a start that had to wait for an old helper is due now. A mark that stays for half
-    /// a minute after the request to stop is a dead helper's and is removed.
+    /// Once a tick: whether a start that was put off is due now. A mark that stays for half a minute after
+    /// the request to stop is a dead helper's and is removed.
     [[nodiscard]] bool aufgeschobenerFaellig(bool bewiesen);
 
     /// Marks a start as under way, and says what it is to be started with.
@@ -46,7 +47,8 @@ public:
     /// At the program's start: stops a helper that an earlier run left.
     void nimmUebriggebliebenenWeg();
 
-    /// Stops a helper, also one that an earlier run left. False: there was none. Blocks for up to 10 s.
+    /// Stops a helper, also one that an earlier run left. False: there was none. Blocks for up to 10 s. One
+    /// that does not follow time and again is dead, and its mark is removed.
     bool nimmWeg();
 
     /// The program ends: a helper that is only just coming up must find the request to go.
@@ -60,9 +62,13 @@ public:
     [[nodiscard]] const Volltunnel& volltunnel() const { return volltunnel_; }
 
 private:
+    [[nodiscard]] bool startMoeglich(bool bewiesen) const;
+
     Volltunnel volltunnel_;
     bool startet_ = false;
+    bool aufgeschoben_ = false;
     int taktMitMarke_ = 0;
+    int vergebens_ = 0; ///< requests to stop in a row that no helper followed
 };
 
 } // namespace mobilsteg

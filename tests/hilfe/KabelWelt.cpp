@@ -129,8 +129,8 @@ Ergebnis KabelWelt::networksetup(const std::vector<std::string>& worte) {
                 ""};
     if (!networksetupFehler.empty())
         return {4, networksetupFehler + "\n", ""};
-    if (worte.front() == "-setsocksfirewallproxystate")
-        socksAn[worte.at(1)] = worte.at(2) == "on";
+    // Setting an address switches the proxy on, as on the Mac.
+    socksAn[worte.at(1)] = worte.front() == "-setsocksfirewallproxy" || worte.at(2) == "on";
     return {0, "", ""};
 }
 
@@ -154,8 +154,13 @@ std::optional<Skriptfehler> KabelWelt::fuehreSkriptAus(const std::string& quelle
 void KabelWelt::helferLebt(Dauer bereitAb) {
     const auto art = tunnel;
     const auto platz = helferleben.size();
-    auto leben = [this, art, bereitAb, platz] {
-        const bool gerufen = !art.taub && existiert(stoppPfad());
+    auto leben = [this, art, bereitAb, platz, seit = std::optional<Dauer>()]() mutable {
+        const bool gerufen = seit || (!art.taub && existiert(stoppPfad()));
+        if (gerufen && existiert(stoppPfad() + ".laeuft")) {
+            seit = seit.value_or(welt.jetzt());
+            if (welt.jetzt() - *seit < art.bisWeg)
+                return;
+        }
         if (!gerufen && art.zurueckgebaut && welt.jetzt() >= bereitAb)
             schreibeAtomar(stoppPfad() + ".fehler", *art.zurueckgebaut, Haltbarkeit::fluechtig);
         if (gerufen || (art.zurueckgebaut && welt.jetzt() >= bereitAb)) {

@@ -34,6 +34,7 @@ struct Modelltunnel {
     std::optional<std::string> zurueckgebaut;  ///< it gives up with that reason instead of coming up
     bool stumm = false;                        ///< it never reports
     bool taub = false;                         ///< it does not look for the request to stop
+    Dauer bisWeg{};                            ///< how long it needs to take everything down
 };
 
 /// The real controller over a small model of adb, phones and the Mac's tools, all in virtual time.

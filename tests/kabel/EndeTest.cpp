@@ -46,6 +46,32 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
     EXPECT_EQ(w.aufrufe.size(), 3U);
 }
 
+TEST(Ende, dieForwardsGehenAuchWennAdbDasHandyGeradeNichtNennt) {
+    KabelWelt w;
+    w.fahreLos();
+    w.handys.clear(); // the list was cut off; the forwards stand
+    w.laufeBisSekunde(3.5);
+    ASSERT_EQ(w.zustand().phase, Phase::Art::keinHandy);
+    w.raeumeAuf();
+    EXPECT_TRUE(w.forwards.empty());
+}
+
+/// The process is gone right after, and with it whoever would stop a helper that comes up later.
+TEST(Ende, keinHelferKommtMehrHoch) {
+    for (std::uint64_t samen = 0; samen < 40; ++samen) {
+        KabelWelt w(samen);
+        w.einstellungen.werte["volltunnel.erklaert"] = true;
+        w.tunnel.bisLaeuft = 5s;
+        w.fahreLos();
+        w.haupt.sync([&] {
+            w.kabel->setzeVolltunnelAn(true);
+            w.q->async([&] { w.kabel->aufraeumen(); });
+        });
+        w.welt.laufe(500ms);
+        ASSERT_EQ(w.helfer, 0) << "Samen " << samen;
+    }
+}
+
 TEST(Ende, aufraeumenWartetDenLaufendenTaktAb) {
     KabelWelt w;
     w.dauerHttp = 2s;

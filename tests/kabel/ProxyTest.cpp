@@ -22,6 +22,11 @@ TEST(Proxy, fehlerBleibtStehenSolangeDerWegBewiesenIst) {
     EXPECT_FALSE(w.zustand().proxyGesetzt);
     EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
 
+    w.networksetupFehler = "anders";
+    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
+    w.welt.laufe({});
+    EXPECT_EQ(w.zustand().phase, Phase::proxyFehler("System-Proxy nicht gesetzt: anders"));
+
     w.networksetupFehler.clear();
     w.dienste = "";
     w.handys.clear();

@@ -282,6 +282,33 @@ TEST(Volltunnel, nachEinemTotenHelferStartetDerNaechsteVonSelbst) {
     EXPECT_TRUE(w.zustand().volltunnelLaeuft);
 }
 
+TEST(Volltunnel, einToterHelferHaeltDieTakteNichtEndlosAuf) {
+    KabelWelt w;
+    mitTunnel(w);
+    w.helferleben.back().reset();
+    w.handys.clear();
+    w.welt.laufe(45s);
+    w.aufrufe.clear();
+    w.welt.laufe(30s);
+    EXPECT_EQ(std::count(w.aufrufe.begin(), w.aufrufe.end(), "adb devices -l"), 10);
+}
+
+/// The wait for it ends after ten seconds, and the next look comes with the end of a tick.
+TEST(Volltunnel, derNeustartKommtAuchNachEinemHelferDerSichZeitLaesst) {
+    for (Dauer bisWeg = 9900ms; bisWeg < 14s; bisWeg += 100ms) {
+        SCOPED_TRACE(bisWeg / 1ms);
+        KabelWelt w;
+        w.tunnel.bisWeg = bisWeg;
+        mitTunnel(w);
+        w.dauerWerkzeug = 300ms;
+        w.haupt.sync([&] { w.kabel->setzeVpnDurch(true); });
+        w.welt.laufe(30s);
+        EXPECT_EQ(w.skripte.size(), 2U);
+        EXPECT_TRUE(w.zustand().volltunnelLaeuft);
+        EXPECT_EQ(w.meisteHelfer, 1);
+    }
+}
+
 /// Whatever happens while the dialog stands open or the helper comes up: in the end the helper runs exactly
 /// when it is wanted and can, there never were two, and nobody waits for anybody in a circle.
 TEST(Volltunnel, wasImmerWaehrendDesStartsGeschieht) {

@@ -143,8 +143,14 @@ TEST(ProxySteuerung, merktSichNurGanzeErfolge) {
               "fremd"},
              {{{route, gut},
                {liste, {0, "(1) LAN", ""}},
+               {adresse("LAN"), {15, "", ""}}, // cut off, it may have done its work all the same
+               {schalter("LAN", "off"), gut}},
+              misslungen,
+              "networksetup: Rückgabe 15"},
+             {{{route, gut},
+               {liste, {0, "(1) LAN", ""}},
                {adresse("LAN"), gut},
-               {schalter("LAN", "on"), {14, "", ""}}, // cut off, it may have done its work all the same
+               {schalter("LAN", "on"), {14, "", ""}},
                {schalter("LAN", "off"), gut}},
               misslungen,
               "networksetup: Rückgabe 14"}}) {

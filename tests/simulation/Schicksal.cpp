@@ -111,6 +111,7 @@ void Sturmwelt::aendereDieWelt() {
         tunnel.passwort = dauer(20);
         tunnel.bisLaeuft = dauer(50);
         tunnel.stumm = wuerfel(0.1);
+        tunnel.bisWeg = dauer(9); // more, and two ticks would not do
         if (wuerfel(0.2))
             tunnel.zurueckgebaut = "kein Netz";
         if (wuerfel(0.2))
@@ -125,11 +126,16 @@ void Sturmwelt::aendereDieWelt() {
                            "10.0.0.2:50000->198.51.100.1:22 (ESTABLISHED)\n";
         break;
     }
-    vergissForwards();
     std::string lage;
     for (const auto& h : handys)
         lage += " " + h.serial + " " + h.zustand + " " + h.entscheid + (h.teilt ? "" : " (teilt nicht)");
     erzaehle("Schicksal " + std::to_string(ereignis) + lage);
+    stecke(handys);
+}
+
+void Sturmwelt::stecke(std::vector<Modellhandy> neue) {
+    handys = std::move(neue);
+    vergissForwards();
     if (wegGueltig())
         ticksOhneWeg_ = -1;
     else if (ticksOhneWeg_ < 0)

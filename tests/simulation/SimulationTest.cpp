@@ -35,13 +35,15 @@ TEST(Simulation, jedeLuegeFaelltAuf) {
     const std::pair<Luege, const char*> luegen[] = {
         {Luege::proxyGehtNichtAus, "zwei Ticks nach dem Verlust des Weges ist der Proxy aus"},
         {Luege::forwardBleibt, "am Ende steht keine Weiterleitung"},
-        {Luege::helferTaub, "nie lebt mehr als ein Helfer"},
+        {Luege::helferTaub, "zwei Ticks nach dem Verlust des Weges ist der Tunnel aus"},
         {Luege::zweiHelfer, "nie lebt mehr als ein Helfer"},
         {Luege::beweisOhneHandy, "„Fährt mit“ nur, solange das Handy teilt und erlaubt"},
         {Luege::vergesslich, "was der Benutzer setzt, steht gespeichert"},
         {Luege::doppelteZeile, "keine zwei gleichen Zeilen nacheinander"},
         {Luege::altesDokument, "der Stand gleicht dem Zustand"},
         {Luege::verklemmt, "keine Schlange wartet im Kreis"},
+        {Luege::niemandDraussen, "nach dem Sturm fährt es wieder"},
+        {Luege::alteAnzeige, "ohne Verbindung zeigt nichts mehr auf sie"},
     };
     for (const auto& [luege, versprechen] : luegen) {
         std::set<std::string> gesehen;

@@ -56,6 +56,7 @@ void Sturmwelt::starteProzess() {
     ++zaehler_.starts;
     erzaehle("das Programm startet");
     lebensbeginn_ = ordner.lies("/heim/Library/Logs/MobilstegBordlotse.log").size();
+    vorgefunden_ = forwards;
     nachTick_ = false;
     haupt.async([this] {
         baue();
@@ -69,6 +70,7 @@ void Sturmwelt::beendeProzess(bool inOrdnung) {
     if (inOrdnung) {
         erzaehle("das Programm endet");
         endet_ = true;
+        const int stoerungen = zaehler_.stoerungen;
         ++offeneKlicks_; // what it takes back is in no document
         // A dialog may stand open, and every tool may hang to its limit.
         bool fertig = false;
@@ -82,6 +84,8 @@ void Sturmwelt::beendeProzess(bool inOrdnung) {
                                                     std::chrono::seconds(laengsterNachlauf));
         if (!zuEnde)
             verletzt("das Aufräumen endet");
+        if (fertig && zaehler_.stoerungen == stoerungen)
+            nachUngestoertemAufraeumen();
     }
     welt.begrabe();
     amEndeEinesLebens();
@@ -124,12 +128,20 @@ void Sturmwelt::lebe(int ticks) {
     }
     if (!verstoss_.empty())
         return;
-    // One more life in a calm world, its phone there or gone: then nothing may be left.
-    beruhige();
+    // The last life begins in the storm and goes on in the calm. Of what it met it may keep nothing: with the
+    // next phone it drives, and in the end, its phone there or gone, nothing is left.
+    bisTod_ = 0;
     starteProzess();
+    laufe(dauer(60));
+    beruhige();
+    stecke({});
+    laufe(std::chrono::seconds(150));
+    stecke({Modellhandy{}});
     laufe(std::chrono::seconds(60));
+    if (verstoss_.empty())
+        nachDemSturm();
     if (wuerfel(0.5))
-        handys.clear(), forwards.clear();
+        stecke({});
     laufe(std::chrono::seconds(60));
     beendeProzess(true);
     laufe(std::chrono::seconds(5));
@@ -144,6 +156,7 @@ void Sturmwelt::beruhige() {
     networksetupFehler.clear();
     forwardFehler.clear();
     dauerWerkzeug = dauerHttp = {};
+    belegtePorts.clear();
     tunnel = {};
 }
 
@@ -234,6 +247,8 @@ std::optional<HttpErgebnis> Sturmwelt::hole(const HttpAnfrage& anfrage) {
         }
     }
     auto ergebnis = KabelWelt::hole(anfrage);
+    if (durchProxy && luege_ == Luege::niemandDraussen)
+        return std::nullopt;
     if (durchProxy && ergebnis)
         zuletztBewiesen_ = welt.jetzt();
     return ergebnis;

@@ -22,6 +22,8 @@ enum class Luege {
     doppelteZeile,     ///< the log repeats itself
     altesDokument,     ///< somebody else writes the state document
     verklemmt,         ///< the password dialog waits for the start that waits for it
+    niemandDraussen,   ///< no address of the outside ever comes through the phone
+    alteAnzeige,       ///< a value of the phone's is shown again after it was taken back
 };
 
 /// The controller's world under stress: everything in it may fail, hang, lie or come late, things come and
@@ -57,6 +59,7 @@ private:
     // What happens in the world, and what the user does (Schicksal.cpp).
     void schlageZu();
     void aendereDieWelt();
+    void stecke(std::vector<Modellhandy> neue);
     void vergissForwards();
     void klicke();
     void setzt(const std::string& schluessel, SpeicherEinstellungen::Wert wert);
@@ -72,7 +75,11 @@ private:
     void amTickende();
     void nachAuftrag();
     void amEndeEinesLebens();
+    void nachUngestoertemAufraeumen();
+    void nachDemSturm();
     void amEnde();
+    void ohneVerbindungKeineWerte();
+    void tunnelNieLaengerAlsZweiTicksOhneWeg();
     void faehrtNurAufBewiesenemWeg(const std::string& phase, const std::string& austritt);
     void proxyNieLaengerAlsZweiTicksOhneWeg();
     void standGleichtZustand();
@@ -89,8 +96,9 @@ private:
     Luege luege_;
     double rauheit_; ///< how likely a port call is disturbed
     bool ruhig_ = false;
-    int bisTod_ = 0;               ///< port calls until the process dies; 0: it does not
-    std::size_t lebensbeginn_ = 0; ///< where this life's log begins
+    int bisTod_ = 0;                         ///< port calls until the process dies; 0: it does not
+    std::size_t lebensbeginn_ = 0;           ///< where this life's log begins
+    std::map<int, std::string> vorgefunden_; ///< the forwards that stood when this life began
 
     Zaehler zaehler_;
     std::string verstoss_;
@@ -99,6 +107,7 @@ private:
 
     int ticksOhneWeg_ = -1;     ///< since the way was last good; -1: it is
     int ticksOhneStoerung_ = 0; ///< of networksetup
+    bool marke_ = false;        ///< the helper's lay there when the last tick ended
     bool nachTick_ = false;     ///< the document is this tick's and nothing happened since
     bool endet_ = false;        ///< the clean-up is under way
     int offeneKlicks_ = 0;      ///< whose work on the work queue is still to come

@@ -55,6 +55,7 @@ void Sturmwelt::amTickende() {
     if (dokumentProxy_ && !socksAn[dokument.value("dienst", "")] && luege_ != Luege::altesDokument)
         verletzt("wo der Stand einen Proxy nennt, ist einer");
     proxyNieLaengerAlsZweiTicksOhneWeg();
+    tunnelNieLaengerAlsZweiTicksOhneWeg();
 }
 
 void Sturmwelt::faehrtNurAufBewiesenemWeg(const std::string& phase, const std::string& austritt) {
@@ -71,6 +72,13 @@ void Sturmwelt::proxyNieLaengerAlsZweiTicksOhneWeg() {
         verletzt("zwei Ticks nach dem Verlust des Weges ist der Proxy aus");
 }
 
+/// A tick takes down the helper that it meets; only one that comes up at that moment sees the next.
+void Sturmwelt::tunnelNieLaengerAlsZweiTicksOhneWeg() {
+    const bool vorher = std::exchange(marke_, existiert(stoppPfad() + ".laeuft"));
+    if (vorher && marke_ && ticksOhneWeg_ >= 2)
+        verletzt("zwei Ticks nach dem Verlust des Weges ist der Tunnel aus");
+}
+
 void Sturmwelt::nachAuftrag() {
     if (meisteHelfer > 1)
         verletzt("nie lebt mehr als ein Helfer");
@@ -85,11 +93,22 @@ void Sturmwelt::standGleichtZustand() {
     if (!nachTick_ || offeneKlicks_ > 0)
         return;
     nachTick_ = false;
+    ohneVerbindungKeineWerte();
     const auto& z = kabel->aushang().zustand();
     if (z.phase.text() != dokumentPhase_ || z.austritt != dokumentAustritt_ ||
         z.proxyGesetzt != dokumentProxy_)
         verletzt("der Stand gleicht dem Zustand: " + dokumentPhase_ + "/" + z.phase.text() + ", " +
                  dokumentAustritt_ + "/" + z.austritt);
+}
+
+void Sturmwelt::ohneVerbindungKeineWerte() {
+    if (luege_ == Luege::alteAnzeige && zaehler_.ticks % 7 == 0)
+        kabel->aushang().aendere([](Zustand& z) { z.klasse = "2. Klasse"; });
+    const auto& z = kabel->aushang().zustand();
+    const bool faehrt = z.phase == Phase::Art::faehrt || z.phase == Phase::Art::pruefung ||
+                        z.phase.art == Phase::Art::proxyFehler;
+    if (!faehrt && !(z.austritt + z.klasse + z.rettung + verbunden(z.gleise, "")).empty())
+        verletzt("ohne Verbindung zeigt nichts mehr auf sie: " + z.phase.text());
 }
 
 void Sturmwelt::gespeichertIstWasGesetztWurde() {
@@ -114,6 +133,24 @@ void Sturmwelt::keineZweiGleichenZeilen() {
 
 void Sturmwelt::amEndeEinesLebens() {
     keineZweiGleichenZeilen();
+}
+
+/// What an earlier life left may still be there when this one never saw the phone.
+void Sturmwelt::nachUngestoertemAufraeumen() {
+    if (std::any_of(socksAn.begin(), socksAn.end(), [](const auto& s) { return s.second; }))
+        verletzt("am Ende ist kein Proxy gesetzt");
+    for (const auto& forward : forwards)
+        if (!vorgefunden_.contains(forward.first))
+            verletzt("am Ende steht keine Weiterleitung: " + std::to_string(forward.first));
+}
+
+void Sturmwelt::nachDemSturm() {
+    const auto& z = zustand();
+    const bool proxy = std::any_of(socksAn.begin(), socksAn.end(), [](const auto& s) { return s.second; });
+    if (z.phase != Phase::Art::faehrt || proxy != z.proxyAutomatisch ||
+        z.volltunnelAn != z.volltunnelLaeuft || helfer != (z.volltunnelAn ? 1 : 0))
+        verletzt("nach dem Sturm fährt es wieder: " + z.phase.text() + ", Proxy " + std::to_string(proxy) +
+                 ", Helfer " + std::to_string(helfer));
 }
 
 /// After a calm life that ended in order nothing may be left of this one or of any before it.
