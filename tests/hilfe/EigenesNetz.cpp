@@ -1,6 +1,6 @@
-// The program's ports are fixed. On a loopback of its own a trip meets neither another trip nor a program that the
-// developer has running, and several can run at once. Linked into a test program, and asked for by the environment,
-// this acts before its first test.
+// The program's ports are fixed. On a loopback of its own a trip meets neither another trip nor a program
+// that the developer has running, and several can run at once. Linked into a test program, and asked for by
+// the environment, this acts before its first test.
 
 #ifdef __linux__
 
