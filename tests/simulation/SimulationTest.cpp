@@ -5,12 +5,18 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 using namespace mobilsteg;
 
 namespace {
 
 TEST(Simulation, keinSamenBrichtEinVersprechen) {
-    for (std::uint64_t samen = 1; samen <= SAMENZAHL; ++samen) {
+    // Beside the first ones those that once broke a promise.
+    std::vector<std::uint64_t> alle = {1459, 5035};
+    for (std::uint64_t samen = 1; samen <= SAMENZAHL; ++samen)
+        alle.push_back(samen);
+    for (const auto samen : alle) {
         Sturmwelt welt(samen);
         welt.lebe(100);
         ASSERT_EQ(welt.verstoss(), "") << "mobilsteg-simulation --geschichte " << samen << "\n"

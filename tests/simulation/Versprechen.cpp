@@ -18,17 +18,23 @@ void Sturmwelt::verletzt(const std::string& versprechen) {
     erzaehle("VERLETZT: " + versprechen);
 }
 
+namespace {
+
+bool traegt(const Modellhandy& handy) {
+    return handy.zustand == "device" && handy.teilt && handy.entscheid == "erlaubt";
+}
+
+} // namespace
+
 bool Sturmwelt::wegGueltig() const {
     const auto erstes =
         std::find_if(handys.begin(), handys.end(), [](const auto& h) { return h.zustand == "device"; });
-    return erstes != handys.end() && erstes->teilt && erstes->entscheid == "erlaubt";
+    return erstes != handys.end() && traegt(*erstes);
 }
 
 /// On the work queue, right when a tick has written its document.
 void Sturmwelt::amTickende() {
     ++zaehler_.ticks;
-    if (ticksOhneWeg_ >= 0)
-        ++ticksOhneWeg_;
     ++ticksOhneStoerung_;
     if (luege_ == Luege::altesDokument && zaehler_.ticks % 7 == 0)
         standdienst.dokument =
@@ -41,6 +47,13 @@ void Sturmwelt::amTickende() {
         ordner.lies("/heim/Library/Application Support/Mobilsteg Bordlotse/stand.json") !=
             standdienst.dokument)
         verletzt("die Datei gleicht dem, was der Dienst ausliefert");
+    // A list that came late may have led to a phone that is no longer the first one, and carries all the
+    // same.
+    const bool getragen = std::any_of(handys.begin(), handys.end(), [&](const auto& h) {
+        return h.serial == dokument.value("handy", "") && traegt(h);
+    });
+    if (ticksOhneWeg_ >= 0)
+        ticksOhneWeg_ = getragen ? 0 : ticksOhneWeg_ + 1;
     if (const auto phase = dokument.value("phase", ""); phase != std::exchange(dokumentPhase_, phase))
         erzaehle("Tick: " + phase);
     dokumentAustritt_ = dokument.value("austritt", "");
