@@ -1,5 +1,7 @@
 #include "ansicht/terminal/Eingabe.hpp"
 
+#include "ansicht/terminal/Zeilen.hpp"
+
 #include <unistd.h>
 
 #include <array>
@@ -13,8 +15,6 @@ namespace mobilsteg {
 
 namespace {
 
-// A line that never ends must not fill the memory; what exceeds this is no command.
-constexpr std::size_t laengsteZeile = 64U * 1024U;
 // Whoever types faster than this is no person, and has to wait.
 constexpr std::size_t meisteWartende = 1000;
 
@@ -25,15 +25,15 @@ struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
     std::mutex schloss;
     std::condition_variable neues;
     std::condition_variable platz;
-    std::deque<std::string> zeilen;
+    std::deque<std::string> gelesen;
     bool zuEnde = false;
     Schlange* haupt = nullptr; // gone once the owner is
     std::function<void(const std::string&)> befehl;
 
     void nimmAuf(std::string zeile) {
         std::unique_lock wache(schloss);
-        platz.wait(wache, [&] { return zeilen.size() < meisteWartende || haupt == nullptr; });
-        zeilen.push_back(std::move(zeile));
+        platz.wait(wache, [&] { return gelesen.size() < meisteWartende || haupt == nullptr; });
+        gelesen.push_back(std::move(zeile));
         neues.notify_one();
         if (haupt != nullptr)
             haupt->async([selbst = shared_from_this()] { selbst->arbeiteAb(); });
@@ -48,17 +48,17 @@ struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
     /// On the main queue. A dialog may have taken the line meanwhile; then there is nothing to do.
     void arbeiteAb() {
         std::unique_lock wache(schloss);
-        if (zeilen.empty() || haupt == nullptr)
+        if (gelesen.empty() || haupt == nullptr)
             return;
-        const std::string zeile = std::move(zeilen.front());
-        zeilen.pop_front();
+        const std::string zeile = std::move(gelesen.front());
+        gelesen.pop_front();
         platz.notify_one();
         wache.unlock();
         befehl(zeile);
     }
 
     void lies() {
-        std::string rest;
+        Zeilen zeilen;
         std::array<char, 4096> block{};
         while (true) {
             const ssize_t n = ::read(STDIN_FILENO, block.data(), block.size());
@@ -66,17 +66,11 @@ struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
                 continue;
             if (n <= 0)
                 break;
-            rest.append(block.data(), static_cast<std::size_t>(n));
-            std::size_t ende = 0;
-            while ((ende = rest.find('\n')) != std::string::npos) {
-                nimmAuf(rest.substr(0, ende));
-                rest.erase(0, ende + 1);
-            }
-            if (rest.size() > laengsteZeile)
-                rest.resize(laengsteZeile);
+            zeilen.nimm({block.data(), static_cast<std::size_t>(n)},
+                        [this](std::string zeile) { nimmAuf(std::move(zeile)); });
         }
-        if (!rest.empty())
-            nimmAuf(rest);
+        if (auto rest = zeilen.rest())
+            nimmAuf(std::move(*rest));
         beende();
     }
 };
@@ -99,11 +93,11 @@ void Eingabe::beginne() {
 
 std::optional<std::string> Eingabe::naechste() {
     std::unique_lock wache(innen_->schloss);
-    innen_->neues.wait(wache, [&] { return !innen_->zeilen.empty() || innen_->zuEnde; });
-    if (innen_->zeilen.empty())
+    innen_->neues.wait(wache, [&] { return !innen_->gelesen.empty() || innen_->zuEnde; });
+    if (innen_->gelesen.empty())
         return std::nullopt;
-    std::string zeile = std::move(innen_->zeilen.front());
-    innen_->zeilen.pop_front();
+    std::string zeile = std::move(innen_->gelesen.front());
+    innen_->gelesen.pop_front();
     innen_->platz.notify_one();
     return zeile;
 }
