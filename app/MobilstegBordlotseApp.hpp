@@ -45,11 +45,13 @@ private:
 /// Runs the program in the terminal until its user or a signal ends it; returns the exit status.
 int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung);
 
-/// Whether the menu-bar program could show itself here. May block for a moment.
+/// Whether the menu-bar program could show itself here. May block for a moment. The program that has no Qt
+/// does not know, and says yes.
 [[nodiscard]] bool anzeigeVorhanden();
 
 /// Runs the menu-bar program until its user or a signal ends it; returns the exit status. Qt takes its own
-/// options out of `worte`.
+/// options out of `worte`. The program that has no Qt becomes the one beside it, and returns only if that
+/// failed.
 int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& anzahl, char** worte);
 
 /// Ends the process at once, without running what only an orderly return would: other queues may be in the

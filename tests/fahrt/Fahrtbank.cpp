@@ -215,7 +215,9 @@ std::vector<std::string> Fahrtbank::aufruf(const std::string& name,
     const fs::path bin = ordner.pfad() + "/bin";
     fs::create_directories(bin);
     fs::create_directories(ordner.pfad() + "/Resources");
-    fs::copy_file(programmpfad(name), bin / name, fs::copy_options::skip_existing);
+    for (const auto& datei : {name, name + "-fenster"})
+        if (fs::exists(programmpfad(datei)))
+            fs::copy_file(programmpfad(datei), bin / datei, fs::copy_options::skip_existing);
     fs::copy_file(QUELL_ORDNER "/probe/tunnel/mobilsteg-volltunnel",
                   ordner.pfad() + "/Resources/mobilsteg-volltunnel", fs::copy_options::skip_existing);
     std::vector<std::string> worte = {(bin / name).string(), "--heim", ordner.pfad() + "/heim", "--wurzel",
