@@ -2,13 +2,11 @@
 
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
+#include "tests/hilfe/Klient.hpp"
 
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
 #include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,14 +17,6 @@
 namespace mobilsteg {
 
 namespace {
-
-sockaddr_in loopback(int port) {
-    sockaddr_in stelle{};
-    stelle.sin_family = AF_INET;
-    stelle.sin_port = htons(static_cast<std::uint16_t>(port));
-    stelle.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return stelle;
-}
 
 int horche(int port) {
     const int nummer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -91,17 +81,9 @@ Portbesetzer::~Portbesetzer() {
 }
 
 std::string frage(int port, const std::string& bytes) {
-    const int nummer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const auto stelle = loopback(port);
-    std::string antwort;
-    if (::connect(nummer, reinterpret_cast<const sockaddr*>(&stelle), sizeof stelle) == 0 &&
-        ::send(nummer, bytes.data(), bytes.size(), MSG_NOSIGNAL) >= 0) {
-        char block[4096];
-        for (ssize_t n = 0; (n = ::recv(nummer, block, sizeof block, 0)) > 0;)
-            antwort.append(block, static_cast<std::size_t>(n));
-    }
-    ::close(nummer);
-    return antwort;
+    const Klient klient(port);
+    klient.sende(bytes);
+    return klient.lies();
 }
 
 Programm::Programm(const std::vector<std::string>& worte, const std::string& ausgabe) {

@@ -13,14 +13,12 @@
 #include "plattform/probe/DateiEinstellungen.hpp"
 #include "standdienst/Standdienst.hpp"
 #include "tests/fuzz/Pruefungen.hpp"
+#include "tests/hilfe/Klient.hpp"
 #include "tests/hilfe/Ordner.hpp"
 
 #include <nlohmann/json.hpp>
 
-#include <arpa/inet.h>
 #include <fcntl.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -51,30 +49,6 @@ struct ToteSchlange final : Schlange {
     Wecker wiederhole(Dauer, Dauer, Aufgabe) override { return {}; }
     [[nodiscard]] bool istHier() const override { return true; }
 };
-
-/// What the status service sends to a client that says these pieces, each in a packet of its own.
-std::string ueberDieLeitung(std::uint16_t port, const std::vector<std::string_view>& stuecke) {
-    const Deskriptor socket(::socket(AF_INET, SOCK_STREAM, 0));
-    sockaddr_in ziel{};
-    ziel.sin_family = AF_INET;
-    ziel.sin_port = htons(port);
-    ziel.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const int ja = 1;
-    ::setsockopt(socket.nummer(), IPPROTO_TCP, TCP_NODELAY, &ja, sizeof ja);
-    const linger spurlos{1, 0}; // thousands of lingering connections would use up the ports
-    ::setsockopt(socket.nummer(), SOL_SOCKET, SO_LINGER, &spurlos, sizeof spurlos);
-    verlange(::connect(socket.nummer(), reinterpret_cast<sockaddr*>(&ziel), sizeof ziel) == 0,
-             std::strerror(errno));
-    for (const auto stueck : stuecke)
-        (void)::send(socket.nummer(), stueck.data(), stueck.size(), MSG_NOSIGNAL);
-    ::shutdown(socket.nummer(), SHUT_WR);
-    std::string alles;
-    char block[4096];
-    ssize_t n = 0;
-    while ((n = ::recv(socket.nummer(), block, sizeof block, 0)) > 0 || (n < 0 && errno == EINTR))
-        alles.append(block, static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
-    return alles;
-}
 
 } // namespace
 
@@ -118,7 +92,13 @@ void standdienst(std::string_view bytes) {
         dienst.setzeDokument(dokument);
     }
     const auto stuecke = teile(bytes, '\0');
-    const auto alles = ueberDieLeitung(dienst.port(), stuecke);
+    Klient klient(dienst.port());
+    verlange(klient.verbunden, std::strerror(errno));
+    for (const auto stueck : stuecke)
+        klient.sende(stueck);
+    klient.sagtNichtsMehr();
+    const auto alles = klient.lies();
+    klient.reisseAb(); // thousands of lingering connections would use up the ports
     // Pieces may arrive together, so that any beginning of the request may be the one that was answered.
     std::string bisher;
     bool erwartet = stuecke.empty() && alles == Standdienst::antwort("", dokument);
