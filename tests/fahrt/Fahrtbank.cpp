@@ -224,6 +224,20 @@ Ergebnis Fahrtbank::rufe(const std::vector<std::string>& optionen) const {
     return lauf(pfad, worte, 60);
 }
 
+void Fahrtbank::alsVpnBenutzer() const {
+    ordner.lege("/heim/Library/Preferences/de.mobilsteg.vpnlotse.json",
+                R"({"b2b.erklaert":true,"volltunnel.erklaert":true,"volltunnel":true,"nurVPN":false,
+                    "austritt.dienst":"http://austritt.probe/"})");
+}
+
+bool Fahrtbank::zeigt(const std::string& stueck) const {
+    return warteBis([&] { return ausgabe().find(stueck) != std::string::npos; });
+}
+
+bool Fahrtbank::imStand(const std::string& stueck) const {
+    return warteBis([&] { return stand().find(stueck) != std::string::npos; });
+}
+
 void Fahrtbank::erwartePhase(const std::string& anfang, double sekunden) const {
     EXPECT_TRUE(warteBis([&] { return hinter(stand(), "\"phase\": \"").starts_with(anfang); }, sekunden))
         << "erwartet: " << anfang << "\n"

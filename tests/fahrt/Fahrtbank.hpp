@@ -66,6 +66,9 @@ public:
     /// In the menu bar instead of the terminal, on the display that the environment names.
     void starteFenster();
 
+    /// Makes the VPN edition's user one who has seen all explanations and wants the tunnel.
+    void alsVpnBenutzer() const;
+
     /// Runs the program with other options to its end.
     [[nodiscard]] Ergebnis rufe(const std::vector<std::string>& optionen) const;
 
@@ -77,6 +80,10 @@ public:
     [[nodiscard]] std::string adb(const std::vector<std::string>& worte) const;
     [[nodiscard]] bool proxyAn(const std::string& dienst = "Wi-Fi") const;
     [[nodiscard]] std::string ausgabe() const; ///< what the program printed
+
+    /// Whether that piece comes to stand in the printed panel; or in the state document.
+    [[nodiscard]] bool zeigt(const std::string& stueck) const;
+    [[nodiscard]] bool imStand(const std::string& stueck) const;
 
     std::unique_ptr<Programm> programm;
     Ordner ordner;

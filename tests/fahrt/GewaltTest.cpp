@@ -40,9 +40,7 @@ TEST(Gewalt, nachKeinemAbschussBleibtEtwas) {
     const unsigned samen = std::random_device{}();
     std::mt19937 zufall(samen);
     Fahrtbank bank;
-    bank.ordner.lege("/heim/Library/Preferences/de.mobilsteg.vpnlotse.json",
-                     R"({"b2b.erklaert":true,"volltunnel.erklaert":true,"volltunnel":true,"nurVPN":false,
-                         "austritt.dienst":"http://austritt.probe/"})");
+    bank.alsVpnBenutzer();
     const auto handy = bank.handy();
     int mitProxy = 0;
     for (int tod = 0; tod < tode; ++tod) {
