@@ -1,5 +1,6 @@
 // Every way in which the program ends, and what it may leave behind: nothing.
 
+#include "plattform/Text.hpp"
 #include "tests/fahrt/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>
@@ -15,9 +16,9 @@ namespace {
 
 struct Abschnitt {
     const char* name;
-    std::vector<std::string> handy; ///< the phone's options; nothing: no phone
-    const char* befehl;             ///< for the phone before the start; may be empty
-    const char* phase;              ///< the log's last line when the signal comes
+    const char* handy;  ///< the phone's options; empty: no phone
+    const char* befehl; ///< for the phone before the start; may be empty
+    const char* phase;  ///< how the log ends when the signal comes
     int signal;
 };
 
@@ -31,8 +32,9 @@ TEST_P(InJederPhase, raeumtEinSignalAllesAuf) {
     const auto& abschnitt = GetParam();
     Fahrtbank bank;
     std::unique_ptr<Probehandy> handy;
-    if (!abschnitt.handy.empty())
-        handy = bank.handy(abschnitt.handy);
+    const auto optionen = teile(abschnitt.handy, ' ');
+    if (!optionen.empty())
+        handy = bank.handy({optionen.begin(), optionen.end()});
     if (*abschnitt.befehl != '\0')
         handy->sage(abschnitt.befehl);
     bank.starte();
@@ -49,21 +51,13 @@ TEST_P(InJederPhase, raeumtEinSignalAllesAuf) {
 }
 
 const Abschnitt abschnitte[] = {
-    {"keinHandy", {}, "", "Kein Handy am Kabel — USB-Debugging an?", SIGTERM},
-    {"nichtAutorisiert",
-     {"--stecken", "--ohne-debugging"},
-     "",
-     "Am Handy „USB-Debugging zulassen“ bestätigen",
-     SIGINT},
-    {"weitergabeAus",
-     {"--stecken", "--weitergabe-aus"},
-     "",
-     "In Mobilsteg: 2. oder 1. Klasse, Weitergabe an, Losfahren",
-     SIGHUP},
-    {"wartetAufHandy", {"--stecken"}, "", "Warte auf das Ja am Handy …", SIGTERM},
-    {"abgelehnt", {"--stecken"}, "ablehnen", "Am Handy abgelehnt", SIGTERM},
-    {"pruefung", {"--stecken", "--erlaubt"}, "proxy stumm", "Prüfe den Weg durch das Handy …", SIGTERM},
-    {"faehrt", {"--stecken", "--erlaubt"}, "", "Fährt mit", SIGTERM},
+    {"keinHandy", "", "", "Kein Handy am Kabel — USB-Debugging an?", SIGTERM},
+    {"nichtAutorisiert", "--stecken --ohne-debugging", "", "„USB-Debugging zulassen“ bestätigen", SIGINT},
+    {"weitergabeAus", "--stecken --weitergabe-aus", "", "Klasse, Weitergabe an, Losfahren", SIGHUP},
+    {"wartetAufHandy", "--stecken", "", "Warte auf das Ja am Handy …", SIGTERM},
+    {"abgelehnt", "--stecken", "ablehnen", "Am Handy abgelehnt", SIGTERM},
+    {"pruefung", "--stecken --erlaubt", "proxy stumm", "Prüfe den Weg durch das Handy …", SIGTERM},
+    {"faehrt", "--stecken --erlaubt", "", "Fährt mit", SIGTERM},
 };
 INSTANTIATE_TEST_SUITE_P(Ende, InJederPhase, testing::ValuesIn(abschnitte),
                          [](const auto& fall) { return std::string(fall.param.name); });

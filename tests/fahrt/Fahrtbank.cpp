@@ -18,26 +18,12 @@ namespace mobilsteg {
 
 namespace {
 
-int horche(int port) {
-    const int nummer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int ja = 1;
-    ::setsockopt(nummer, SOL_SOCKET, SO_REUSEADDR, &ja, sizeof ja);
-    const auto stelle = loopback(port);
-    if (::bind(nummer, reinterpret_cast<const sockaddr*>(&stelle), sizeof stelle) != 0 ||
-        ::listen(nummer, 5) != 0) {
-        ::close(nummer);
-        return -1;
-    }
-    return nummer;
-}
-
 /// A port that nobody uses now; an adb server of the test will.
 int freierPort() {
-    const int nummer = horche(0);
+    const Deskriptor horcher = besetze(0);
     sockaddr_in stelle{};
     socklen_t laenge = sizeof stelle;
-    ::getsockname(nummer, reinterpret_cast<sockaddr*>(&stelle), &laenge);
-    ::close(nummer);
+    ::getsockname(horcher.nummer(), reinterpret_cast<sockaddr*>(&stelle), &laenge);
     return ntohs(stelle.sin_port);
 }
 
@@ -65,19 +51,19 @@ bool warteBis(const std::function<bool()>& bedingung, double sekunden) {
     return true;
 }
 
+Deskriptor besetze(int port) {
+    Deskriptor horcher(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const int ja = 1;
+    ::setsockopt(horcher.nummer(), SOL_SOCKET, SO_REUSEADDR, &ja, sizeof ja);
+    const auto stelle = loopback(port);
+    if (::bind(horcher.nummer(), reinterpret_cast<const sockaddr*>(&stelle), sizeof stelle) != 0 ||
+        ::listen(horcher.nummer(), 5) != 0)
+        horcher.schliesse();
+    return horcher;
+}
+
 bool portFrei(int port) {
-    const int nummer = horche(port);
-    if (nummer >= 0)
-        ::close(nummer);
-    return nummer >= 0;
-}
-
-Portbesetzer::Portbesetzer(int port) : nummer_(horche(port)) {
-    EXPECT_GE(nummer_, 0) << "Port " << port << " ist schon belegt";
-}
-
-Portbesetzer::~Portbesetzer() {
-    ::close(nummer_);
+    return static_cast<bool>(besetze(port));
 }
 
 std::string frage(int port, const std::string& bytes) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "handy/Lauf.hpp"
+#include "plattform/Dateien.hpp"
 #include "tests/hilfe/Ordner.hpp"
 
 #include <sys/types.h>
@@ -105,17 +106,8 @@ private:
 /// Whether nobody listens on that loopback port.
 [[nodiscard]] bool portFrei(int port);
 
-/// Takes the port until it goes away.
-class Portbesetzer {
-public:
-    explicit Portbesetzer(int port);
-    ~Portbesetzer();
-    Portbesetzer(const Portbesetzer&) = delete;
-    Portbesetzer& operator=(const Portbesetzer&) = delete;
-
-private:
-    int nummer_ = -1;
-};
+/// Takes that loopback port as long as it lives; empty: somebody else has it.
+[[nodiscard]] Deskriptor besetze(int port);
 
 /// What a server on a loopback port answers to these bytes, to its end.
 [[nodiscard]] std::string frage(int port, const std::string& bytes);

@@ -3,10 +3,9 @@
 
 #include "plattform/Dateien.hpp"
 #include "tests/fahrt/Fahrtbank.hpp"
+#include "tests/hilfe/Klient.hpp"
 
 #include <gmock/gmock.h>
-
-#include <sys/socket.h>
 
 #include <csignal>
 #include <random>
@@ -81,18 +80,6 @@ TEST(Gewalt, wasDerMacImSchlafVerliertIstNachDemErstenTaktZurueckgenommen) {
     EXPECT_LE(bank.zeilenMit("Kein Handy"), 1) << "missed ticks are one tick";
 }
 
-/// Clients that say nothing, more than the program may have descriptors.
-class Schweiger {
-public:
-    explicit Schweiger(int anzahl) {
-        for (int i = 0; i < anzahl; ++i)
-            faeden_.emplace_back([] { (void)frage(1081, "GET"); });
-    }
-
-private:
-    std::vector<std::jthread> faeden_;
-};
-
 TEST(Gewalt, faehrtUndRaeumtAufAuchWennEsAnAllemFehlt) {
     struct Fall {
         const char* name;
@@ -141,7 +128,9 @@ TEST(Gewalt, faehrtUndRaeumtAufAuchWennEsAnAllemFehlt) {
         EXPECT_TRUE(warteBis(faehrt)) << bank.ausgabe();
         EXPECT_TRUE(bank.proxyAn());
         if (fall.standLesbar) {
-            const Schweiger viele(200);
+            std::vector<Klient> schweiger; // more than the program may have descriptors
+            for (int i = 0; i < 200; ++i)
+                schweiger.emplace_back(1081);
             bank.erwartePhase("Fährt mit");
             EXPECT_TRUE(warteBis(faehrt)) << "silent clients must not shut others out";
         }

@@ -51,7 +51,8 @@ TEST(Kabel, vonDerStrassensperreBisZurFahrtUndZurueck) {
 
 TEST(Kabel, ausweichportWennJemandAuf8080Sitzt) {
     Fahrtbank bank;
-    const Portbesetzer jemand(8080);
+    const Deskriptor jemand = besetze(8080);
+    ASSERT_TRUE(jemand);
     const auto handy = bank.handy();
     bank.starte();
     bank.erwartePhase("Fährt mit");

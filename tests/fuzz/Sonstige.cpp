@@ -13,6 +13,7 @@
 #include "plattform/probe/DateiEinstellungen.hpp"
 #include "standdienst/Standdienst.hpp"
 #include "tests/fuzz/Pruefungen.hpp"
+#include "tests/hilfe/Gegenstelle.hpp"
 #include "tests/hilfe/Klient.hpp"
 #include "tests/hilfe/Ordner.hpp"
 
@@ -30,16 +31,6 @@ namespace mobilsteg::fuzz {
 using nlohmann::json;
 
 namespace {
-
-/// Gives everybody the same body, and keeps what was sent.
-struct Gegenstelle final : Http {
-    std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override {
-        gesendet.push_back(anfrage);
-        return HttpErgebnis{200, koerper};
-    }
-    std::string koerper;
-    std::vector<HttpAnfrage> gesendet;
-};
 
 /// A queue that nobody works off: what is read then waits for whoever asks.
 struct ToteSchlange final : Schlange {
@@ -73,7 +64,7 @@ void antwort(std::string_view bytes) {
 
 void austritt(std::string_view bytes) {
     Gegenstelle http;
-    http.koerper = bytes;
+    http.antwort = HttpErgebnis{200, std::string(bytes)};
     const auto ip = Handy(http, "https://austritt.example/").austrittsIP();
     if (!ip)
         return;
@@ -159,6 +150,7 @@ void berichte(std::string_view bytes) {
     Berichte berichte(werkzeug, {ordner.pfad(), ordner.pfad()}, einstellungen,
                       {{"log", ordner.lege("/log", log)}});
     Gegenstelle http;
+    http.antwort = HttpErgebnis{200, ""};
     Handy handy(http, "");
     berichte.sende(handy, {});
     berichte.sende(handy, {});
