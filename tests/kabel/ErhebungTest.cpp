@@ -85,10 +85,11 @@ TEST(Erhebung, verbindungenZaehlen) {
 
 TEST(Erhebung, nurWannSieGebrauchtWird) {
     // Profile, expert mode, proxy; and how often each tool runs within 30 ticks.
-    const std::tuple<std::string, bool, bool, int, int> faelle[] = {{"reise", false, true, 0, 0},
-                                                                    {"reise", true, true, 6, 15},
-                                                                    {"reise", true, false, 0, 15},
-                                                                    {"vpn", false, true, 0, 15}};
+    const std::tuple<std::string, bool, bool, std::size_t, std::size_t> faelle[] = {
+        {"reise", false, true, 0, 0},
+        {"reise", true, true, 6, 15},
+        {"reise", true, false, 0, 15},
+        {"vpn", false, true, 0, 15}};
     for (const auto& [profil, experte, proxy, lsof, scutil] : faelle) {
         HandyWelt w;
         w.einstellungen.werte = {
