@@ -11,8 +11,7 @@
 #include <unistd.h>
 
 using namespace mobilsteg;
-using testing::ElementsAre;
-using testing::IsEmpty;
+using namespace testing;
 
 namespace {
 
@@ -24,13 +23,10 @@ TEST(Browser, findetSieInBeidenOrdnernUndDieErweiterungInJedemProfil) {
     const Browser browser(nullptr, {o.pfad() + "/heim", o.pfad() + "/wurzel"}, einstellungen);
     EXPECT_THAT(browser.finden(), IsEmpty());
 
-    o.lege("/wurzel/Applications/Vivaldi.app/x", "");
-    o.lege("/heim/Applications/Google Chrome.app/x", "");
-    o.lege("/wurzel/Applications/Brave Browser.app/x", "");
-    o.lege("/wurzel/Applications/Arc.app/x", "");
-    o.lege("/wurzel/Applications/Microsoft Edge.app/x", "");
-    o.lege("/heim/Applications/Microsoft Edge.app/x", "");
-    o.lege("/heim/Applications/Chromium.app/x", "");
+    for (const char* name : {"Vivaldi", "Brave Browser", "Arc", "Microsoft Edge"})
+        o.lege("/wurzel/Applications/" + std::string(name) + ".app/x", "");
+    for (const char* name : {"Google Chrome", "Microsoft Edge", "Chromium"})
+        o.lege("/heim/Applications/" + std::string(name) + ".app/x", "");
     const auto erweiterung = [&](const std::string& wo, const char* datei = "notbetrieb.js") {
         o.lege(profile + wo + "/Extensions/abc/1.0_0/" + datei, "");
     };
@@ -47,15 +43,14 @@ TEST(Browser, findetSieInBeidenOrdnernUndDieErweiterungInJedemProfil) {
                                               o.pfad() + profile + "Arc/User Data/Default/Extensions/abc/1");
 
     const std::string w = o.pfad() + "/wurzel/Applications/";
+    const std::string h = o.pfad() + "/heim/Applications/";
     EXPECT_THAT(browser.finden(),
-                ElementsAre(BrowserFund{"Chrome", "com.google.Chrome", true,
-                                        o.pfad() + "/heim/Applications/Google Chrome.app"},
+                ElementsAre(BrowserFund{"Chrome", "com.google.Chrome", true, h + "Google Chrome.app"},
                             BrowserFund{"Brave", "com.brave.Browser", false, w + "Brave Browser.app"},
                             BrowserFund{"Edge", "com.microsoft.edgemac", true, w + "Microsoft Edge.app"},
                             BrowserFund{"Arc", "company.thebrowser.Browser", false, w + "Arc.app"},
                             BrowserFund{"Vivaldi", "com.vivaldi.Vivaldi", false, w + "Vivaldi.app"},
-                            BrowserFund{"Chromium", "org.chromium.Chromium", true,
-                                        o.pfad() + "/heim/Applications/Chromium.app"}));
+                            BrowserFund{"Chromium", "org.chromium.Chromium", true, h + "Chromium.app"}));
 }
 
 TEST(Browser, riesigeKreisendeUndVerschlosseneOrdnerHaltenNichtAuf) {

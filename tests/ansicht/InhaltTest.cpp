@@ -11,7 +11,7 @@
 #include <gmock/gmock.h>
 
 using namespace mobilsteg;
-using testing::ElementsAre;
+using namespace testing;
 
 namespace {
 
@@ -66,7 +66,7 @@ TEST(Inhalt, reise) {
                             "Volltunnel: aktiv — alles fährt mit", "Erst muss das Handy freigeben.",
                             "[ ] Expertenmodus", "<Beenden>"));
     z.klasse = "";
-    EXPECT_THAT(kurzform(inhalt(z, false)), testing::Contains("Klasse: —")) << "no emergency without a class";
+    EXPECT_THAT(kurzform(inhalt(z, false)), Contains("Klasse: —")) << "no emergency without a class";
 }
 
 TEST(Inhalt, experte) {
@@ -99,9 +99,8 @@ TEST(Inhalt, experte) {
     z.austritt = "";
     z.volltunnelLaeuft = false;
     z.durch = z.vorbei = {};
-    EXPECT_THAT(kurzform(inhalt(z, false)),
-                testing::IsSupersetOf(
-                    {"Proxy am Mac: aus", "Draußen als: —", "<Proxy jetzt setzen>", "Volltunnel: aus"}));
+    EXPECT_THAT(kurzform(inhalt(z, false)), IsSupersetOf({"Proxy am Mac: aus", "Draußen als: —",
+                                                          "<Proxy jetzt setzen>", "Volltunnel: aus"}));
 }
 
 TEST(Inhalt, vpn) {
@@ -117,53 +116,34 @@ TEST(Inhalt, vpn) {
     EXPECT_EQ(std::get<Kopf>(inhalt(Zustand{}, true).front()).titel, "Mobilsteg VPN-Lotse");
     z.experte = true;
     const auto mitExperte = kurzform(inhalt(z, true));
-    EXPECT_THAT(mitExperte,
-                testing::Not(testing::Contains("[ ] Funkloch-Schutz (Volltunnel, Admin-Passwort)")));
-    EXPECT_THAT(mitExperte, testing::Contains("Kein VPN verbunden."));
+    EXPECT_THAT(mitExperte, Not(Contains("[ ] Funkloch-Schutz (Volltunnel, Admin-Passwort)")));
+    EXPECT_THAT(mitExperte, Contains("Kein VPN verbunden."));
 }
 
 TEST(Inhalt, vpnBlock) {
-    struct Fall {
-        std::vector<std::string> gesichert, offen;
-        bool tunnel;
-        Phase phase;
-        std::vector<std::string> zeilen;
+    const auto zeilen = [](std::vector<std::string> gesichert, std::vector<std::string> offen, bool tunnel,
+                           const Phase& phase = Phase::Art::faehrt) {
+        Zustand z;
+        z.vpnsGesichert = std::move(gesichert);
+        z.vpnsOffen = std::move(offen);
+        z.volltunnelLaeuft = tunnel;
+        z.phase = phase;
+        return kurzform(vpnBlock(z));
     };
     const std::string note = "Fällt WLAN oder Mobilfunk aus, läuft der VPN auf dem anderen Weg weiter.";
-    const Fall faelle[] = {
-        {{},
-         {},
-         true,
-         Phase::Art::faehrt,
-         {"Kein VPN verbunden — verbinden Sie Ihren VPN wie gewohnt, er fährt dann durch das Handy."}},
-        {{"Firma · 10.1.2.3"},
-         {},
-         true,
-         Phase::Art::faehrt,
-         {"lock.shield.fill Firma · 10.1.2.3 | gesichert", note}},
-        {{"A", "A"},
-         {"B", "C", "B"},
-         false,
-         Phase::Art::faehrt,
-         {"lock.shield.fill A | gesichert", note, "shield.slash B | ungesichert",
-          "shield.slash C | ungesichert",
-          "Funkloch-Schutz einschalten, dann fährt der VPN durch das Handy."}},
-        {{}, {"B"}, true, Phase::Art::faehrt, {"shield.slash B | noch nicht gesichert"}},
-        {{},
-         {"B"},
-         false,
-         Phase::proxyFehler("x"),
-         {"shield.slash B | ungesichert",
-          "Sobald das Handy am Kabel freigibt, fährt der VPN durch das Handy."}},
-    };
-    for (const auto& f : faelle) {
-        Zustand z;
-        z.vpnsGesichert = f.gesichert;
-        z.vpnsOffen = f.offen;
-        z.volltunnelLaeuft = f.tunnel;
-        z.phase = f.phase;
-        EXPECT_EQ(kurzform(vpnBlock(z)), f.zeilen);
-    }
+    const std::string keiner =
+        "Kein VPN verbunden — verbinden Sie Ihren VPN wie gewohnt, er fährt dann durch das Handy.";
+    EXPECT_THAT(zeilen({}, {}, true), ElementsAre(keiner));
+    EXPECT_THAT(zeilen({"Firma · 10.1.2.3"}, {}, true),
+                ElementsAre("lock.shield.fill Firma · 10.1.2.3 | gesichert", note));
+    EXPECT_THAT(zeilen({"A", "A"}, {"B", "C", "B"}, false),
+                ElementsAre("lock.shield.fill A | gesichert", note, "shield.slash B | ungesichert",
+                            "shield.slash C | ungesichert",
+                            "Funkloch-Schutz einschalten, dann fährt der VPN durch das Handy."));
+    EXPECT_THAT(zeilen({}, {"B"}, true), ElementsAre("shield.slash B | noch nicht gesichert"));
+    EXPECT_THAT(zeilen({}, {"B"}, false, Phase::proxyFehler("x")),
+                ElementsAre("shield.slash B | ungesichert",
+                            "Sobald das Handy am Kabel freigibt, fährt der VPN durch das Handy."));
 }
 
 TEST(Inhalt, punktFolgtDerPhase) {

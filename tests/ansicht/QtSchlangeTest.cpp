@@ -43,6 +43,6 @@ private:
 
 INSTANTIATE_TEST_SUITE_P(Qt, SchlangenVertrag,
                          testing::Values(Schlangenart{"Qt", [] { return std::make_unique<Qtbank>(); }}),
-                         [](const auto& fall) { return fall.param.name; });
+                         Schlangenart::benenne);
 
 } // namespace

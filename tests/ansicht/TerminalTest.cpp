@@ -52,24 +52,18 @@ TEST(Befehle, verstehenNurWasDasFeldZeigt) {
     experte.experte = true;
     Zustand vpn;
     vpn.profil = "vpn";
-    struct Fall {
-        const Zustand* zustand;
-        const char* zeile;
-        std::optional<Aktion> aktion;
-        const char* antwort;
+    const auto verborgen = [](const std::string& zeile) {
+        return "„" + zeile + "“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht";
     };
-    const Fall faelle[] = {
+    const std::tuple<const Zustand*, const char*, std::optional<Aktion>, std::string> faelle[] = {
         {&reise, "experte an", Aktion{Bedienung::experte, "an"}, ""},
         {&reise, "  beenden\t", Aktion{Bedienung::beenden, ""}, ""},
-        {&reise, "proxy", {}, "„proxy“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht"},
-        {&reise,
-         "volltunnel an",
-         {},
-         "„volltunnel an“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht"},
+        {&reise, "proxy", {}, verborgen("proxy")},
+        {&reise, "volltunnel an", {}, verborgen("volltunnel an")},
         {&reise, "experte aus", {}, "„experte aus“ gilt schon"},
         {&reise, "experte", {}, "So geht der Befehl: experte an|aus"},
         {&reise, "beenden jetzt", {}, "So geht der Befehl: beenden"},
-        {&reise, "hinweis weg", {}, "„hinweis weg“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht"},
+        {&reise, "hinweis weg", {}, verborgen("hinweis weg")},
         {&reise, "Experte an", {}, "Unbekannter Befehl: „Experte an“"},
         {&experte, "proxy", Aktion{Bedienung::proxy, ""}, ""},
         {&experte, "automatisch aus", Aktion{Bedienung::automatisch, "aus"}, ""},
@@ -77,14 +71,14 @@ TEST(Befehle, verstehenNurWasDasFeldZeigt) {
         {&experte, "profil   vpn", Aktion{Bedienung::profil, "vpn"}, ""},
         {&experte, "profil firma", {}, "So geht der Befehl: profil reise|vpn"},
         {&vpn, "nur-vpn an", Aktion{Bedienung::nurVPN, "an"}, ""},
-        {&vpn, "vpn-durch an", {}, "„vpn-durch an“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht"},
+        {&vpn, "vpn-durch an", {}, verborgen("vpn-durch an")},
     };
-    for (const auto& f : faelle) {
-        const auto verstanden = verstehe(f.zeile, inhalt(*f.zustand, false));
-        EXPECT_EQ(verstanden.aktion, f.aktion) << f.zeile;
-        EXPECT_EQ(verstanden.antwort, f.antwort) << f.zeile;
-        if (f.aktion) { // every command that is listed is understood
-            EXPECT_THAT(alsText(inhalt(*f.zustand, false), false), HasSubstr("> " + befehl(*f.aktion)));
+    for (const auto& [zustand, zeile, aktion, antwort] : faelle) {
+        const auto verstanden = verstehe(zeile, inhalt(*zustand, false));
+        EXPECT_EQ(verstanden.aktion, aktion) << zeile;
+        EXPECT_EQ(verstanden.antwort, antwort) << zeile;
+        if (aktion) { // every command that is listed is understood
+            EXPECT_THAT(alsText(inhalt(*zustand, false), false), HasSubstr("> " + befehl(*aktion)));
         }
     }
 }

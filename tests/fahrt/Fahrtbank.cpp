@@ -2,13 +2,11 @@
 
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
+#include "tests/hilfe/Klient.hpp"
 
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
 #include <fcntl.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,34 +18,12 @@ namespace mobilsteg {
 
 namespace {
 
-sockaddr_in loopback(int port) {
-    sockaddr_in stelle{};
-    stelle.sin_family = AF_INET;
-    stelle.sin_port = htons(static_cast<std::uint16_t>(port));
-    stelle.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return stelle;
-}
-
-int horche(int port) {
-    const int nummer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const int ja = 1;
-    ::setsockopt(nummer, SOL_SOCKET, SO_REUSEADDR, &ja, sizeof ja);
-    const auto stelle = loopback(port);
-    if (::bind(nummer, reinterpret_cast<const sockaddr*>(&stelle), sizeof stelle) != 0 ||
-        ::listen(nummer, 5) != 0) {
-        ::close(nummer);
-        return -1;
-    }
-    return nummer;
-}
-
 /// A port that nobody uses now; an adb server of the test will.
 int freierPort() {
-    const int nummer = horche(0);
+    const Deskriptor horcher = besetze(0);
     sockaddr_in stelle{};
     socklen_t laenge = sizeof stelle;
-    ::getsockname(nummer, reinterpret_cast<sockaddr*>(&stelle), &laenge);
-    ::close(nummer);
+    ::getsockname(horcher.nummer(), reinterpret_cast<sockaddr*>(&stelle), &laenge);
     return ntohs(stelle.sin_port);
 }
 
@@ -75,33 +51,25 @@ bool warteBis(const std::function<bool()>& bedingung, double sekunden) {
     return true;
 }
 
+Deskriptor besetze(int port) {
+    Deskriptor horcher(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    const int ja = 1;
+    ::setsockopt(horcher.nummer(), SOL_SOCKET, SO_REUSEADDR, &ja, sizeof ja);
+    const auto stelle = loopback(port);
+    if (::bind(horcher.nummer(), reinterpret_cast<const sockaddr*>(&stelle), sizeof stelle) != 0 ||
+        ::listen(horcher.nummer(), 5) != 0)
+        horcher.schliesse();
+    return horcher;
+}
+
 bool portFrei(int port) {
-    const int nummer = horche(port);
-    if (nummer >= 0)
-        ::close(nummer);
-    return nummer >= 0;
-}
-
-Portbesetzer::Portbesetzer(int port) : nummer_(horche(port)) {
-    EXPECT_GE(nummer_, 0) << "Port " << port << " ist schon belegt";
-}
-
-Portbesetzer::~Portbesetzer() {
-    ::close(nummer_);
+    return static_cast<bool>(besetze(port));
 }
 
 std::string frage(int port, const std::string& bytes) {
-    const int nummer = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const auto stelle = loopback(port);
-    std::string antwort;
-    if (::connect(nummer, reinterpret_cast<const sockaddr*>(&stelle), sizeof stelle) == 0 &&
-        ::send(nummer, bytes.data(), bytes.size(), MSG_NOSIGNAL) >= 0) {
-        char block[4096];
-        for (ssize_t n = 0; (n = ::recv(nummer, block, sizeof block, 0)) > 0;)
-            antwort.append(block, static_cast<std::size_t>(n));
-    }
-    ::close(nummer);
-    return antwort;
+    const Klient klient(port);
+    klient.sende(bytes);
+    return klient.lies();
 }
 
 Programm::Programm(const std::vector<std::string>& worte, const std::string& ausgabe) {
@@ -242,6 +210,20 @@ Ergebnis Fahrtbank::rufe(const std::vector<std::string>& optionen) const {
     const std::string pfad = worte.front();
     worte.erase(worte.begin());
     return lauf(pfad, worte, 60);
+}
+
+void Fahrtbank::alsVpnBenutzer() const {
+    ordner.lege("/heim/Library/Preferences/de.mobilsteg.vpnlotse.json",
+                R"({"b2b.erklaert":true,"volltunnel.erklaert":true,"volltunnel":true,"nurVPN":false,
+                    "austritt.dienst":"http://austritt.probe/"})");
+}
+
+bool Fahrtbank::zeigt(const std::string& stueck) const {
+    return warteBis([&] { return ausgabe().find(stueck) != std::string::npos; });
+}
+
+bool Fahrtbank::imStand(const std::string& stueck) const {
+    return warteBis([&] { return stand().find(stueck) != std::string::npos; });
 }
 
 void Fahrtbank::erwartePhase(const std::string& anfang, double sekunden) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "handy/Lauf.hpp"
+#include "plattform/Dateien.hpp"
 #include "tests/hilfe/Ordner.hpp"
 
 #include <sys/types.h>
@@ -66,6 +67,9 @@ public:
     /// In the menu bar instead of the terminal, on the display that the environment names.
     void starteFenster();
 
+    /// Makes the VPN edition's user one who has seen all explanations and wants the tunnel.
+    void alsVpnBenutzer() const;
+
     /// Runs the program with other options to its end.
     [[nodiscard]] Ergebnis rufe(const std::vector<std::string>& optionen) const;
 
@@ -77,6 +81,10 @@ public:
     [[nodiscard]] std::string adb(const std::vector<std::string>& worte) const;
     [[nodiscard]] bool proxyAn(const std::string& dienst = "Wi-Fi") const;
     [[nodiscard]] std::string ausgabe() const; ///< what the program printed
+
+    /// Whether that piece comes to stand in the printed panel; or in the state document.
+    [[nodiscard]] bool zeigt(const std::string& stueck) const;
+    [[nodiscard]] bool imStand(const std::string& stueck) const;
 
     std::unique_ptr<Programm> programm;
     Ordner ordner;
@@ -98,17 +106,8 @@ private:
 /// Whether nobody listens on that loopback port.
 [[nodiscard]] bool portFrei(int port);
 
-/// Takes the port until it goes away.
-class Portbesetzer {
-public:
-    explicit Portbesetzer(int port);
-    ~Portbesetzer();
-    Portbesetzer(const Portbesetzer&) = delete;
-    Portbesetzer& operator=(const Portbesetzer&) = delete;
-
-private:
-    int nummer_ = -1;
-};
+/// Takes that loopback port as long as it lives; empty: somebody else has it.
+[[nodiscard]] Deskriptor besetze(int port);
 
 /// What a server on a loopback port answers to these bytes, to its end.
 [[nodiscard]] std::string frage(int port, const std::string& bytes);

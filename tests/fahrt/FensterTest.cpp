@@ -1,12 +1,12 @@
 // The menu-bar program on a virtual display: a real click on the item, a real click on a checkbox.
 
-#include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
 #include "tests/fahrt/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <deque>
 
 using namespace mobilsteg;
 
@@ -16,32 +16,20 @@ namespace {
 class Anzeige {
 public:
     Anzeige() {
-        const std::string ausgabe = ordner_.pfad() + "/xvfb";
-        xvfb_ =
-            std::make_unique<Programm>(std::vector<std::string>{"/usr/bin/Xvfb", "-displayfd", "1", "-screen",
-                                                                "0", "1280x900x24", "-nolisten", "tcp"},
-                                       ausgabe);
-        EXPECT_TRUE(
-            warteBis([&] { return liesDatei(ausgabe).value_or("").find('\n') != std::string::npos; }));
-        const std::string text = liesDatei(ausgabe).value_or("");
-        ::setenv("DISPLAY", (":" + std::string(beschnitten(text))).c_str(), 1);
+        starte("Xvfb -displayfd 1 -screen 0 1280x900x24 -nolisten tcp");
+        std::string nummer;
+        EXPECT_TRUE(warteBis([&] { return (nummer = ordner_.lies("/Xvfb")).ends_with('\n'); }));
+        ::setenv("DISPLAY", (":" + std::string(beschnitten(nummer))).c_str(), 1);
         ::unsetenv("QT_QPA_PLATFORM");
-        manager_ = std::make_unique<Programm>(std::vector<std::string>{"/usr/bin/openbox"},
-                                              ordner_.pfad() + "/openbox");
-        leiste_ = std::make_unique<Programm>(std::vector<std::string>{"/usr/bin/trayer", "--edge", "top",
-                                                                      "--align", "right", "--widthtype",
-                                                                      "request", "--height", "24"},
-                                             ordner_.pfad() + "/trayer");
+        starte("openbox");
+        starte("trayer --edge top --align right --widthtype request --height 24");
     }
     ~Anzeige() { ::unsetenv("DISPLAY"); }
     Anzeige(const Anzeige&) = delete;
     Anzeige& operator=(const Anzeige&) = delete;
 
     struct Fenster {
-        int x = 0;
-        int y = 0;
-        int breite = 0;
-        int hoehe = 0;
+        int x = 0, y = 0, breite = 0, hoehe = 0;
     };
 
     /// The program's visible window of that width; width 0: there is none.
@@ -68,8 +56,16 @@ public:
     }
 
 private:
+    void starte(const std::string& befehl) {
+        const auto teileDavon = teile(befehl, ' ');
+        std::vector<std::string> worte(teileDavon.begin(), teileDavon.end());
+        const std::string ausgabe = ordner_.pfad() + "/" + worte[0];
+        worte[0].insert(0, "/usr/bin/");
+        programme_.push_front(std::make_unique<Programm>(worte, ausgabe));
+    }
+
     Ordner ordner_;
-    std::unique_ptr<Programm> xvfb_, manager_, leiste_;
+    std::deque<std::unique_ptr<Programm>> programme_; // the display goes last
 };
 
 constexpr int panelbreite = 330;

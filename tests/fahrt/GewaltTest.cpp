@@ -3,10 +3,9 @@
 
 #include "plattform/Dateien.hpp"
 #include "tests/fahrt/Fahrtbank.hpp"
+#include "tests/hilfe/Klient.hpp"
 
 #include <gmock/gmock.h>
-
-#include <sys/socket.h>
 
 #include <csignal>
 #include <random>
@@ -40,9 +39,7 @@ TEST(Gewalt, nachKeinemAbschussBleibtEtwas) {
     const unsigned samen = std::random_device{}();
     std::mt19937 zufall(samen);
     Fahrtbank bank;
-    bank.ordner.lege("/heim/Library/Preferences/de.mobilsteg.vpnlotse.json",
-                     R"({"b2b.erklaert":true,"volltunnel.erklaert":true,"volltunnel":true,"nurVPN":false,
-                         "austritt.dienst":"http://austritt.probe/"})");
+    bank.alsVpnBenutzer();
     const auto handy = bank.handy();
     int mitProxy = 0;
     for (int tod = 0; tod < tode; ++tod) {
@@ -82,18 +79,6 @@ TEST(Gewalt, wasDerMacImSchlafVerliertIstNachDemErstenTaktZurueckgenommen) {
     bank.erwartePhase("Kein Handy am Kabel", 5);
     EXPECT_LE(bank.zeilenMit("Kein Handy"), 1) << "missed ticks are one tick";
 }
-
-/// Clients that say nothing, more than the program may have descriptors.
-class Schweiger {
-public:
-    explicit Schweiger(int anzahl) {
-        for (int i = 0; i < anzahl; ++i)
-            faeden_.emplace_back([] { (void)frage(1081, "GET"); });
-    }
-
-private:
-    std::vector<std::jthread> faeden_;
-};
 
 TEST(Gewalt, faehrtUndRaeumtAufAuchWennEsAnAllemFehlt) {
     struct Fall {
@@ -143,7 +128,9 @@ TEST(Gewalt, faehrtUndRaeumtAufAuchWennEsAnAllemFehlt) {
         EXPECT_TRUE(warteBis(faehrt)) << bank.ausgabe();
         EXPECT_TRUE(bank.proxyAn());
         if (fall.standLesbar) {
-            const Schweiger viele(200);
+            std::vector<Klient> schweiger; // more than the program may have descriptors
+            for (int i = 0; i < 200; ++i)
+                schweiger.emplace_back(1081);
             bank.erwartePhase("Fährt mit");
             EXPECT_TRUE(warteBis(faehrt)) << "silent clients must not shut others out";
         }

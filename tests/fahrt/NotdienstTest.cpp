@@ -8,9 +8,7 @@
 #include <csignal>
 
 using namespace mobilsteg;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::Not;
+using namespace testing;
 
 namespace {
 
@@ -56,7 +54,7 @@ TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
                                         "volltunnel":true,"volltunnel.erklaert":true})");
     const auto handy = bank.handy();
     bank.starte();
-    ASSERT_TRUE(warteBis([&] { return bank.stand().find(R"("volltunnel": true)") != std::string::npos; }));
+    ASSERT_TRUE(bank.imStand(R"("volltunnel": true)"));
     EXPECT_THAT(bank.rufe({"--aufraeumen"}).ausgabe,
                 AllOf(HasSubstr("Achtung: Ein Bordlotse läuft noch"),
                       HasSubstr("Volltunnel: beendet, Routen und DNS zurückgebaut")));
@@ -113,12 +111,6 @@ TEST(Erhebung, expertenfahrtMitBrowsernVpnsUndBerichten) {
     handy->sage("proxy kaputt"); // trouble: the reports go out
     bank.starte();
     bank.erwartePhase("Der Proxy des Handys antwortet nicht");
-    const std::string abgelegt = bank.ordner.pfad() + "/handy1/berichte/001-mac-bordlotse.log";
-    ASSERT_TRUE(warteBis([&] { return existiert(abgelegt); }));
-    const std::string bericht = liesDatei(abgelegt).value_or("");
-    const std::string inhalt = bericht.substr(bericht.find('\n') + 1);
-    EXPECT_THAT(bericht, HasSubstr("# mac-bordlotse.log ab Byte 0, "));
-    EXPECT_TRUE(!inhalt.empty() && bank.protokoll().starts_with(inhalt)) << inhalt;
     EXPECT_TRUE(
         warteBis([&] { return existiert(bank.ordner.pfad() + "/handy1/berichte/002-mac-diagnose.txt"); }));
     EXPECT_THAT(bank.ordner.lies("/handy1/berichte/002-mac-diagnose.txt"),
@@ -128,12 +120,9 @@ TEST(Erhebung, expertenfahrtMitBrowsernVpnsUndBerichten) {
 
     handy->sage("proxy heil");
     bank.erwartePhase("Fährt mit");
-    const auto zeigt = [&](const char* text) {
-        return warteBis([&] { return bank.ausgabe().find(text) != std::string::npos; });
-    };
-    EXPECT_TRUE(zeigt("Durch Proxy      Google Ch (2)"));
-    EXPECT_TRUE(zeigt("Am Proxy vorbei  Mail (2)"));
-    EXPECT_TRUE(zeigt("fahrtwind fehlt im Browser"));
+    EXPECT_TRUE(bank.zeigt("Durch Proxy      Google Ch (2)"));
+    EXPECT_TRUE(bank.zeigt("Am Proxy vorbei  Mail (2)"));
+    EXPECT_TRUE(bank.zeigt("fahrtwind fehlt im Browser"));
     bank.programm->tippe("browser Chrome");
     EXPECT_TRUE(warteBis(
         [&] { return bank.ordner.lies("/mac/zustand/geoeffnet").starts_with("-b com.google.Chrome http"); }));
@@ -141,11 +130,11 @@ TEST(Erhebung, expertenfahrtMitBrowsernVpnsUndBerichten) {
     EXPECT_TRUE(warteBis(
         [&] { return bank.ordner.lies(einstellungen).find("hinweisWeg\": true") != std::string::npos; }));
     bank.programm->tippe("profil vpn");
-    EXPECT_TRUE(zeigt("Firmen-VPN (Zürich) · ungesichert"));
-    EXPECT_TRUE(zeigt("OpenVPN · ungesichert"));
+    EXPECT_TRUE(bank.zeigt("Firmen-VPN (Zürich) · ungesichert"));
+    EXPECT_TRUE(bank.zeigt("OpenVPN · ungesichert"));
     bank.programm->tippe("volltunnel an");
-    EXPECT_TRUE(zeigt("Werk Nord · 198.51.100.20 · gesichert"));
-    EXPECT_TRUE(zeigt("OpenVPN · noch nicht gesichert"));
+    EXPECT_TRUE(bank.zeigt("Werk Nord · 198.51.100.20 · gesichert"));
+    EXPECT_TRUE(bank.zeigt("OpenVPN · noch nicht gesichert"));
     EXPECT_TRUE(warteBis([&] {
         return handy->sage("zustand").find(R"("vpn":["198.51.100.20"])") != std::string::npos;
     })) << "the phone hears of the server";

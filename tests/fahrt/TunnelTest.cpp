@@ -11,23 +11,11 @@
 #include <csignal>
 
 using namespace mobilsteg;
-using testing::HasSubstr;
-using testing::Not;
+using namespace testing;
 
 namespace {
 
 constexpr const char* ordnerHeim = "/heim/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp";
-
-/// A user of the VPN profile who has seen all explanations.
-void alsVpnBenutzer(const Fahrtbank& bank) {
-    bank.ordner.lege("/heim/Library/Preferences/de.mobilsteg.vpnlotse.json",
-                     R"({"b2b.erklaert":true,"volltunnel.erklaert":true,"volltunnel":true,"nurVPN":false,
-                         "austritt.dienst":"http://austritt.probe/"})");
-}
-
-bool imStand(const Fahrtbank& bank, const std::string& stueck) {
-    return warteBis([&] { return bank.stand().find(stueck) != std::string::npos; });
-}
 
 bool helferLaeuft(const Fahrtbank& bank) {
     return existiert(bank.ordner.pfad() + ordnerHeim + ".laeuft");
@@ -51,12 +39,7 @@ TEST(Volltunnel, anfuehrungUeberlebtBeideSprachen) {
 }
 
 TEST(Volltunnel, skriptfehlerWerdenGelesen) {
-    struct Fall {
-        const char* ausgabe;
-        int nummer;
-        std::optional<std::string> meldung;
-    };
-    const Fall faelle[] = {
+    const std::tuple<const char*, int, std::optional<std::string>> faelle[] = {
         {"0:310: execution error: User canceled. (-128)\n", -128, "User canceled."},
         {"Warnung\n0:310: execution error: Der Name (oder das Passwort) ist falsch. (-60007)\n\n", -60007,
          "Der Name (oder das Passwort) ist falsch."},
@@ -65,10 +48,10 @@ TEST(Volltunnel, skriptfehlerWerdenGelesen) {
         {"execution error: krumm (12x)", 0, {}},
         {"", 0, {}},
     };
-    for (const auto& fall : faelle) {
-        const auto fehler = OsascriptSkript::lies(fall.ausgabe);
-        EXPECT_EQ(fehler.nummer, fall.nummer) << fall.ausgabe;
-        EXPECT_EQ(fehler.meldung, fall.meldung) << fall.ausgabe;
+    for (const auto& [ausgabe, nummer, meldung] : faelle) {
+        const auto fehler = OsascriptSkript::lies(ausgabe);
+        EXPECT_EQ(fehler.nummer, nummer) << ausgabe;
+        EXPECT_EQ(fehler.meldung, meldung) << ausgabe;
         EXPECT_FALSE(fehler.nichtGebaut);
     }
     OsascriptSkript ohneMac(Orte{"/", "/gibt/es/nicht"});
@@ -81,14 +64,13 @@ TEST(Volltunnel, mitWillkommenBisZumAbstecken) {
                      R"({"austritt.dienst":"http://austritt.probe/"})");
     const auto handy = bank.handy();
     bank.starte("mobilsteg-vpnlotse");
-    ASSERT_TRUE(warteBis([&] { return bank.ausgabe().find("1) Verstanden") != std::string::npos; }))
-        << bank.ausgabe();
+    ASSERT_TRUE(bank.zeigt("1) Verstanden")) << bank.ausgabe();
     EXPECT_EQ(bank.stand(), "") << "the clock waits for the answer";
     bank.programm->tippe("1");
-    EXPECT_TRUE(imStand(bank, R"("volltunnel": true)"));
+    EXPECT_TRUE(bank.imStand(R"("volltunnel": true)"));
     EXPECT_TRUE(helferLaeuft(bank));
     handy->sage("ziehen");
-    EXPECT_TRUE(imStand(bank, R"("volltunnel": false)"));
+    EXPECT_TRUE(bank.imStand(R"("volltunnel": false)"));
     EXPECT_FALSE(helferLaeuft(bank));
     EXPECT_THAT(bank.ordner.lies("/heim/Library/Logs/MobilstegVolltunnel.log"),
                 HasSubstr("Routen und DNS zurückgebaut (auf Bitte)"));
@@ -96,23 +78,22 @@ TEST(Volltunnel, mitWillkommenBisZumAbstecken) {
 
 TEST(Volltunnel, abgebrochenerPasswortdialogFragtBeimNaechstenStartWieder) {
     Fahrtbank bank;
-    alsVpnBenutzer(bank);
+    bank.alsVpnBenutzer();
     bank.ordner.lege("/mac/zustand/passwort", "abbruch");
     const auto handy = bank.handy();
     bank.starte("mobilsteg-vpnlotse");
-    EXPECT_TRUE(
-        warteBis([&] { return bank.ausgabe().find("Passwortdialog abgebrochen") != std::string::npos; }));
+    EXPECT_TRUE(bank.zeigt("Passwortdialog abgebrochen"));
     EXPECT_EQ(bank.zeilenMit("Volltunnel nicht gestartet: Abgebrochen"), 1);
     bank.programm->tippe("beenden");
     EXPECT_EQ(bank.programm->warteAufEnde(), 0);
     bank.ordner.lege("/mac/zustand/passwort", "ja");
     bank.starte("mobilsteg-vpnlotse");
-    EXPECT_TRUE(imStand(bank, R"("volltunnel": true)"));
+    EXPECT_TRUE(bank.imStand(R"("volltunnel": true)"));
 }
 
 TEST(Volltunnel, endeWaehrendDesPasswortdialogsLaesstNichtsZurueck) {
     Fahrtbank bank;
-    alsVpnBenutzer(bank);
+    bank.alsVpnBenutzer();
     bank.ordner.lege("/mac/zustand/passwort", "haengt");
     const auto handy = bank.handy();
     bank.starte("mobilsteg-vpnlotse");
@@ -131,10 +112,10 @@ TEST(Volltunnel, endeWaehrendDesPasswortdialogsLaesstNichtsZurueck) {
 
 TEST(Volltunnel, nachEinemAbschussGehtDerHelferVonSelbst) {
     Fahrtbank bank;
-    alsVpnBenutzer(bank);
+    bank.alsVpnBenutzer();
     const auto handy = bank.handy();
     bank.starte("mobilsteg-vpnlotse");
-    EXPECT_TRUE(imStand(bank, R"("volltunnel": true)"));
+    EXPECT_TRUE(bank.imStand(R"("volltunnel": true)"));
     bank.programm->sende(SIGKILL);
     bank.programm->warteAufEnde();
     EXPECT_TRUE(warteBis([&] { return !helferLaeuft(bank); }));

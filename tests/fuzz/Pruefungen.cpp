@@ -34,6 +34,11 @@ void verlangeUtf8(std::string_view text) {
     (void)json(text).dump(); // throws when it is not
 }
 
+void verlangeEinzeilig(std::string_view text) {
+    verlangeUtf8(text);
+    verlange(!text.empty() && text.find('\n') == std::string_view::npos, "one line, and not an empty one");
+}
+
 std::string Pruefung::lange(int zeilen) const {
     std::string text = anfang;
     for (int i = 1; i <= zeilen; ++i)

@@ -19,31 +19,21 @@ struct Pruefung {
 [[nodiscard]] std::span<const Pruefung> pruefungen();
 
 void verlange(bool gilt, const char* was);
+void verlangeUtf8(std::string_view text);
+void verlangeEinzeilig(std::string_view text); ///< UTF-8 in one line, and not an empty one
 
 /// An input for several readers: its pieces between lines of "====", at least `anzahl`.
 [[nodiscard]] std::vector<std::string> abschnitte(std::string_view bytes, std::size_t anzahl);
 
 /// Told by the JSON library, so that our own reading of UTF-8 has somebody to differ from.
 [[nodiscard]] std::string utf8NachFremderLesart(std::string_view bytes);
-void verlangeUtf8(std::string_view text);
 
-// The tools' outputs.
-void adb(std::string_view);
-void netzdienste(std::string_view);
-void vpnliste(std::string_view);
-void verbindungen(std::string_view);
-void tunnelbericht(std::string_view);
-void skriptfehler(std::string_view);
-void skriptquelle(std::string_view);
+using Pruefer = void(std::string_view bytes); ///< throws when something does not hold
 
-// What comes over the wire, from the disk and from the keyboard.
-void antwort(std::string_view);
-void austritt(std::string_view);
-void standdienst(std::string_view);
-void einstellungen(std::string_view);
-void berichte(std::string_view);
-void befehle(std::string_view);
-void eingabe(std::string_view);
-void text(std::string_view);
+// Werkzeuge.cpp: the tools' outputs.
+Pruefer adb, netzdienste, vpnliste, verbindungen, tunnelbericht, skriptfehler, skriptquelle;
+
+// Sonstige.cpp: what comes over the wire, from the disk and from the keyboard.
+Pruefer antwort, austritt, standdienst, einstellungen, berichte, befehle, eingabe, text;
 
 } // namespace mobilsteg::fuzz

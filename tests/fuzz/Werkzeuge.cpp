@@ -19,20 +19,11 @@ namespace mobilsteg::fuzz {
 
 namespace {
 
-bool enthaelt(std::string_view text, std::string_view stueck) {
-    return text.find(stueck) != std::string_view::npos;
-}
+constexpr const char* wieder = "printed and read again it is the same";
 
-void verlangeEinzeilig(std::string_view text) {
-    verlangeUtf8(text);
-    verlange(!text.empty() && !enthaelt(text, "\n"), "one line, and not an empty one");
-}
-
-using Zaehlung = std::map<std::string, long>;
-
-/// The entries "name (count)", most first, each name once.
-Zaehlung gezaehlt(const std::vector<std::string>& eintraege) {
-    Zaehlung zaehlung;
+/// The entries "name (count)", most first, each name once; a count `mal` that number.
+std::map<std::string, long> gezaehlt(const std::vector<std::string>& eintraege, long mal) {
+    std::map<std::string, long> zaehlung;
     long vorige = std::numeric_limits<long>::max();
     verlange(eintraege.size() <= 8, "eight entries at most");
     for (const auto& eintrag : eintraege) {
@@ -42,7 +33,7 @@ Zaehlung gezaehlt(const std::vector<std::string>& eintraege) {
         const long anzahl = std::stol(eintrag.substr(klammer + 2));
         verlange(anzahl > 0 && anzahl <= vorige, "most first");
         verlange(name != "adb" && !name.starts_with("Mobilsteg"), "our own do not count");
-        verlange(zaehlung.emplace(name, anzahl).second, "each program once");
+        verlange(zaehlung.emplace(name, mal * anzahl).second, "each program once");
         vorige = anzahl;
     }
     return zaehlung;
@@ -78,30 +69,27 @@ std::vector<std::string> shellworte(std::string_view befehl) {
 } // namespace
 
 void adb(std::string_view bytes) {
-    const auto geraete = Adb::lies(alsUtf8(bytes));
-    std::string gedruckt = "List of devices attached\n";
-    for (const auto& g : geraete) {
-        verlangeEinzeilig(g.serial);
-        verlangeEinzeilig(g.zustand);
-        verlangeUtf8(g.modell);
-        verlange(!enthaelt(g.serial + g.zustand, " "), "a serial is one argument");
-        gedruckt += g.serial + "  " + g.zustand + "\n";
-    }
-    const auto wieder = Adb::lies(gedruckt);
-    verlange(std::equal(
-                 geraete.begin(), geraete.end(), wieder.begin(), wieder.end(),
-                 [](const auto& a, const auto& b) { return a.serial == b.serial && a.zustand == b.zustand; }),
-             "printed and read again it is the same");
+    const auto gedruckt = [](std::string_view ausgabe) {
+        std::string liste = "List of devices attached\n";
+        for (const auto& g : Adb::lies(ausgabe)) {
+            verlangeEinzeilig(g.serial);
+            verlangeEinzeilig(g.zustand);
+            verlangeUtf8(g.modell);
+            verlange((g.serial + g.zustand).find(' ') == std::string::npos, "a serial is one argument");
+            liste += g.serial + "  " + g.zustand + "\n";
+        }
+        return liste;
+    };
+    const std::string einmal = gedruckt(alsUtf8(bytes));
+    verlange(gedruckt(einmal) == einmal, wieder);
     (void)Adb::lies(bytes);
 }
 
 void netzdienste(std::string_view bytes) {
     const auto teile = abschnitte(alsUtf8(bytes), 2);
     const auto schnittstelle = SystemProxy::schnittstelle(teile[0]);
-    if (schnittstelle) {
-        verlangeEinzeilig(*schnittstelle);
-        verlange(ohneRandblanks(*schnittstelle) == *schnittstelle, "an interface has no blanks around it");
-    }
+    verlangeEinzeilig(schnittstelle.value_or("en0"));
+    verlange(!schnittstelle || ohneRandblanks(*schnittstelle) == *schnittstelle, "without blanks around it");
     const auto dienste = SystemProxy::dienste(teile[1]);
     const auto gewaehlter = SystemProxy::dienstFuer(schnittstelle, teile[1]);
     verlange(!gewaehlter || std::find(dienste.begin(), dienste.end(), *gewaehlter) != dienste.end(),
@@ -113,35 +101,32 @@ void netzdienste(std::string_view bytes) {
         const std::string nummer = std::to_string(++n);
         gedruckt += "(" + nummer + ") " + dienst + "\n(Hardware Port: x, Device: en" + nummer + ")\n\n";
     }
-    verlange(SystemProxy::dienste(gedruckt) == dienste, "printed and read again they are the same");
-    for (const int welcher : {1, n})
-        if (n > 0)
-            verlange(SystemProxy::dienstFuer("en" + std::to_string(welcher), gedruckt) ==
-                         dienste[static_cast<std::size_t>(welcher) - 1],
-                     "each interface has its own service");
+    verlange(SystemProxy::dienste(gedruckt) == dienste, wieder);
+    verlange(dienste.empty() ||
+                 (SystemProxy::dienstFuer("en1", gedruckt) == dienste.front() &&
+                  SystemProxy::dienstFuer("en" + std::to_string(n), gedruckt) == dienste.back()),
+             "each interface has its own service");
 }
 
 void vpnliste(std::string_view bytes) {
     const auto teile = abschnitte(alsUtf8(bytes), 2);
-    std::vector<std::string> bekannte;
-    for (const auto name : mobilsteg::teile(teile[1], '\n'))
-        bekannte.emplace_back(name);
-    const auto namen = Erhebung::liesDienste(teile[0], bekannte);
-    const std::set<std::string> bekannt(bekannte.begin(), bekannte.end());
+    const auto zeilen = mobilsteg::teile(teile[1], '\n');
+    const std::set<std::string> bekannt(zeilen.begin(), zeilen.end());
+    const auto namen = Erhebung::liesDienste(teile[0], {zeilen.begin(), zeilen.end()});
     std::string gedruckt;
     for (const auto& name : namen) {
         verlangeEinzeilig(name);
-        verlange(!enthaelt(name, "\"") && !bekannt.contains(name), "a name, and none that is known");
+        verlange(name.find('"') == std::string::npos && !bekannt.contains(name), "a name that is not known");
         gedruckt += "* (Connected)   2B1E4C5D VPN (x) \"" + name + "\"   [VPN:x]\n";
     }
-    verlange(Erhebung::liesDienste(gedruckt, {}) == namen, "printed and read again they are the same");
+    verlange(Erhebung::liesDienste(gedruckt, {}) == namen, wieder);
     Zustand zustand;
     zustand.vpnsOffen = namen;
-    std::set<std::string> zeilen;
+    std::set<std::string> gezeigt;
     for (const auto& element : vpnBlock(zustand))
         if (const auto* zeile = std::get_if<Symbolzeile>(&element))
-            verlange(zeilen.insert(zeile->text).second, "each VPN is shown once");
-    verlange(zeilen == std::set<std::string>(namen.begin(), namen.end()), "all VPNs are shown");
+            verlange(gezeigt.insert(zeile->text).second, "each VPN is shown once");
+    verlange(gezeigt == std::set<std::string>(namen.begin(), namen.end()), "all VPNs are shown");
 }
 
 void verbindungen(std::string_view bytes) {
@@ -149,10 +134,8 @@ void verbindungen(std::string_view bytes) {
     const auto einmal = Erhebung::liesVerbindungen(lsof);
     const auto zweimal = Erhebung::liesVerbindungen(lsof + "\n" + lsof);
     for (const auto liste : {&Erhebung::Verbindungen::durch, &Erhebung::Verbindungen::vorbei}) {
-        auto erwartet = gezaehlt(einmal.*liste);
-        for (auto& [name, anzahl] : erwartet)
-            anzahl *= 2;
-        verlange(gezaehlt(zweimal.*liste) == erwartet, "twice the rows are twice the connections");
+        verlange(gezaehlt(zweimal.*liste, 1) == gezaehlt(einmal.*liste, 2),
+                 "twice the rows, twice the number");
     }
 }
 
@@ -181,10 +164,9 @@ void skriptfehler(std::string_view bytes) {
         return;
     verlangeEinzeilig(*fehler.meldung);
     verlange(beschnitten(*fehler.meldung) == *fehler.meldung, "a message without white space around it");
-    const auto wieder = OsascriptSkript::lies("0:9: execution error: " + *fehler.meldung + " (" +
-                                              std::to_string(fehler.nummer) + ")\n");
-    verlange(wieder.meldung == fehler.meldung && wieder.nummer == fehler.nummer,
-             "printed and read again it is the same");
+    const auto gelesen = OsascriptSkript::lies("0:9: execution error: " + *fehler.meldung + " (" +
+                                               std::to_string(fehler.nummer) + ")\n");
+    verlange(gelesen.meldung == fehler.meldung && gelesen.nummer == fehler.nummer, wieder);
 }
 
 void skriptquelle(std::string_view bytes) {

@@ -19,11 +19,7 @@
 using namespace mobilsteg;
 using namespace std::string_literals;
 using asio::ip::tcp;
-using testing::AllOf;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
+using namespace testing;
 
 namespace {
 
@@ -98,7 +94,7 @@ void mitUmgebung(const std::vector<const char*>& namen, const char* wert, const 
 
 const std::string vierMegabyte(4U << 20U, 'x');
 
-class CurlHttpTest : public testing::Test {
+class CurlHttpTest : public Test {
 protected:
     std::optional<HttpErgebnis> hole(const std::string& pfad, const std::string& methode = "GET",
                                      const std::string& koerper = "") {

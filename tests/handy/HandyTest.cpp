@@ -1,5 +1,7 @@
 #include "handy/Handy.hpp"
 
+#include "tests/hilfe/Gegenstelle.hpp"
+
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
@@ -8,25 +10,18 @@ using nlohmann::json;
 
 namespace {
 
-/// Keeps the request and gives the prepared answer.
-struct Gegenstelle final : Http {
-    std::optional<HttpErgebnis> hole(const HttpAnfrage& a) override {
-        anfrage = a;
-        return antwort;
-    }
+class HandyTest : public testing::Test {
+protected:
+    /// The last request in one line.
     [[nodiscard]] std::string zeile() const {
+        const HttpAnfrage& anfrage = http.gesendet.back();
         std::string z = anfrage.weg == HttpAnfrage::Weg::direkt ? "direkt " : "durchProxy ";
         z += anfrage.methode + " " + anfrage.url;
         for (const auto& [name, wert] : anfrage.kopf)
             z += " " + name + ": " + wert;
         return z;
     }
-    HttpAnfrage anfrage;
-    std::optional<HttpErgebnis> antwort;
-};
 
-class HandyTest : public testing::Test {
-protected:
     Gegenstelle http;
     Handy handy{http, "https://austritt.example/"};
 };
@@ -53,21 +48,20 @@ TEST_F(HandyTest, glaubtNurErfolgUndNurDerApp) {
 TEST_F(HandyTest, meldetSichMitKennungNamenUndServernAn) {
     handy.gastPort = 18081;
     (void)handy.anmelden("1f-2", "Annas „Mac“\xFF", {"vpn.example", "10.0.0.1"});
-    EXPECT_EQ(http.zeile(), "direkt POST http://127.0.0.1:18081/api/kabel Content-Type: application/json");
-    EXPECT_EQ(json::parse(http.anfrage.koerper),
+    EXPECT_EQ(zeile(), "direkt POST http://127.0.0.1:18081/api/kabel Content-Type: application/json");
+    EXPECT_EQ(json::parse(http.gesendet.back().koerper),
               (json{{"id", "1f-2"}, {"name", "Annas „Mac“\uFFFD"}, {"vpn", {"vpn.example", "10.0.0.1"}}}));
     (void)handy.anmelden("1", "m", {});
-    EXPECT_EQ(json::parse(http.anfrage.koerper)["vpn"], json::array());
+    EXPECT_EQ(json::parse(http.gesendet.back().koerper)["vpn"], json::array());
 }
 
 TEST_F(HandyTest, laedtBerichteUnveraendertHoch) {
     const std::string daten("zeile\n\0\xFF", 8);
     http.antwort = HttpErgebnis{204, ""};
     EXPECT_TRUE(handy.bericht("mac log.ä-_~txt", daten));
-    EXPECT_EQ(http.zeile(),
-              "direkt POST http://127.0.0.1:8080/api/bericht?name=mac%20log%2E%C3%A4%2D%5F%7Etxt "
-              "Content-Type: text/plain");
-    EXPECT_EQ(http.anfrage.koerper, daten);
+    EXPECT_EQ(zeile(), "direkt POST http://127.0.0.1:8080/api/bericht?name=mac%20log%2E%C3%A4%2D%5F%7Etxt "
+                       "Content-Type: text/plain");
+    EXPECT_EQ(http.gesendet.back().koerper, daten);
     http.antwort->status = 302;
     EXPECT_FALSE(handy.bericht("x", ""));
 }
@@ -85,7 +79,7 @@ TEST_F(HandyTest, nimmtNurWasEineAdresseSeinKann) {
         http.antwort = HttpErgebnis{200, koerper};
         EXPECT_EQ(handy.austrittsIP(), soll) << koerper;
     }
-    EXPECT_EQ(http.zeile(), "durchProxy GET https://austritt.example/");
+    EXPECT_EQ(zeile(), "durchProxy GET https://austritt.example/");
     http.antwort->status = 502;
     EXPECT_EQ(handy.austrittsIP(), std::nullopt);
 }

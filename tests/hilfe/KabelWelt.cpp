@@ -39,16 +39,30 @@ Kabel& KabelWelt::starte() {
     return *kabel;
 }
 
+void KabelWelt::starteBis(double sekunden) {
+    starte();
+    laufeBisSekunde(sekunden);
+}
+
 void KabelWelt::fahreLos() {
     handys = {Modellhandy{}};
-    starte();
-    laufeBisSekunde(1);
+    starteBis(1);
     ASSERT_EQ(zustand().phase, Phase::Art::faehrt);
     ASSERT_TRUE(socksAn["Wi-Fi"]);
 }
 
 void KabelWelt::laufeBisSekunde(double sekunden) {
     welt.laufe(std::chrono::duration_cast<Dauer>(std::chrono::duration<double>(sekunden)) - welt.jetzt());
+}
+
+const Phase& KabelWelt::phaseBei(double sekunden) {
+    laufeBisSekunde(sekunden);
+    return zustand().phase;
+}
+
+void KabelWelt::bediene(const std::function<void(Kabel&)>& was) {
+    haupt.sync([&] { was(*kabel); });
+    welt.laufe({});
 }
 
 void KabelWelt::raeumeAuf() {
@@ -63,11 +77,6 @@ std::vector<std::string> KabelWelt::protokoll() const {
     for (const auto zeile : teile(text, '\n'))
         meldungen.emplace_back(zeile.substr(std::min(zeitstempel, zeile.size())));
     return meldungen;
-}
-
-bool KabelWelt::rief(const std::string& stueck) const {
-    return std::any_of(aufrufe.begin(), aufrufe.end(),
-                       [&](const auto& a) { return a.find(stueck) != std::string::npos; });
 }
 
 Ergebnis KabelWelt::werkzeug(const std::string& programm, const std::vector<std::string>& argumente,

@@ -23,7 +23,7 @@ struct Modellhandy {
     bool teilt = true; ///< the phone app listens
     std::string entscheid = "erlaubt";
     std::optional<std::string> austritt = "203.0.113.7\n"; ///< nothing: its proxy is broken
-    std::string status;                                    ///< JSON of the answer's status; empty: none
+    std::string status{};                                  ///< JSON of the answer's status; empty: none
 };
 
 /// What the user at the password dialog and the helper behind it do.
@@ -47,16 +47,21 @@ public:
     Kabel& baue();
     /// Makes it and starts its clock.
     Kabel& starte();
+    /// The same, and lets the world go on until that second.
+    void starteBis(double sekunden);
     /// Makes one that has come to `faehrt` with its first tick.
     void fahreLos();
     /// Lets the world go on until the tick at `sekunden` after the clock's start is over.
     void laufeBisSekunde(double sekunden);
+    /// The same, and what the panel says then.
+    [[nodiscard]] const Phase& phaseBei(double sekunden);
+    /// What the user does at a control, with all that follows at once.
+    void bediene(const std::function<void(Kabel&)>& was);
     /// The clean-up as the program's end does it.
     void raeumeAuf();
 
     [[nodiscard]] const Zustand& zustand() const { return kabel->aushang().zustand(); }
     [[nodiscard]] std::vector<std::string> protokoll() const; ///< the log's messages, without their times
-    [[nodiscard]] bool rief(const std::string& stueck) const; ///< whether a tool call held that piece
 
     // The world, for the test to change at any time.
     std::vector<Modellhandy> handys;
@@ -146,6 +151,11 @@ private:
     Ergebnis networksetup(const std::vector<std::string>& worte);
     void helferLebt(Dauer bereitAb);
     [[nodiscard]] const Modellhandy* handyHinter(int port) const;
+};
+
+/// The same, with a willing phone on its cable.
+struct HandyWelt : KabelWelt {
+    explicit HandyWelt(std::uint64_t samen = 1) : KabelWelt(samen) { handys = {Modellhandy{}}; }
 };
 
 } // namespace mobilsteg

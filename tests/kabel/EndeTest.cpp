@@ -6,8 +6,7 @@
 
 using namespace mobilsteg;
 using namespace std::chrono_literals;
-using testing::Contains;
-using testing::ElementsAre;
+using namespace testing;
 
 namespace {
 
@@ -41,7 +40,7 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
                                        "adb -s R5CT1 forward --remove tcp:18080"));
     EXPECT_TRUE(w.forwards.empty());
     // The process may still live for a tick or a click.
-    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
+    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
     w.welt.laufe(10s);
     EXPECT_EQ(w.aufrufe.size(), 3U);
 }
@@ -50,8 +49,7 @@ TEST(Ende, dieForwardsGehenAuchWennAdbDasHandyGeradeNichtNennt) {
     KabelWelt w;
     w.fahreLos();
     w.handys.clear(); // the list was cut off; the forwards stand
-    w.laufeBisSekunde(3.5);
-    ASSERT_EQ(w.zustand().phase, Phase::Art::keinHandy);
+    ASSERT_EQ(w.phaseBei(3.5), Phase::Art::keinHandy);
     w.raeumeAuf();
     EXPECT_TRUE(w.forwards.empty());
 }
@@ -73,12 +71,10 @@ TEST(Ende, keinHelferKommtMehrHoch) {
 }
 
 TEST(Ende, aufraeumenWartetDenLaufendenTaktAb) {
-    KabelWelt w;
+    HandyWelt w;
     w.dauerHttp = 2s;
-    w.handys = {Modellhandy{}};
     w.starte();
-    w.laufeBisSekunde(3); // in the middle of the proof
-    EXPECT_EQ(w.zustand().phase, Phase::Art::pruefung);
+    EXPECT_EQ(w.phaseBei(3), Phase::Art::pruefung) << "in the middle of the proof";
     w.raeumeAuf();
     EXPECT_FALSE(w.socksAn["Wi-Fi"]);
     EXPECT_TRUE(w.forwards.empty());

@@ -8,12 +8,7 @@
 
 using namespace mobilsteg;
 using namespace std::chrono_literals;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::Pair;
+using namespace testing;
 
 namespace {
 
@@ -24,19 +19,18 @@ constexpr const char* nc = "* (Connected)    1 VPN (x) \"Firma (Zürich)\"  [VPN
                            "* (Connected)    5 ohne Namen\n* (Connected) 6 \"offen\n";
 
 TEST(Erhebung, vpnsAusTunnelberichtUndSystem) {
-    KabelWelt w;
+    HandyWelt w;
     w.buendelkennung = "de.mobilsteg.vpnlotse";
     w.einstellungen.werte = {{"volltunnel.erklaert", true}};
-    w.handys = {Modellhandy{}};
     w.ausgaben = {{"scutil", nc}, {"pgrep", "4711\n"}};
-    w.starte();
-    w.laufeBisSekunde(2.5);
+    w.starteBis(2.5);
     ASSERT_TRUE(w.zustand().volltunnelLaeuft);
-    schreibeAtomar(
-        w.stoppPfad() + ".vpns.json",
+    const auto helferNennt = [&](const char* vpns) {
+        schreibeAtomar(w.stoppPfad() + ".vpns.json", vpns, Haltbarkeit::fluechtig);
+    };
+    helferNennt(
         R"J({"vpns":[{"dienst":"Firma (Büro)","server":"10.1.2.3"},{"server":"10.0.0.9"},{"dienst":"X"},
-                   {"dienst":"Y","server":"2001:db8::1"},{"dienst":"Z","server":"10.1.2.3"}]})J",
-        Haltbarkeit::fluechtig);
+                   {"dienst":"Y","server":"2001:db8::1"},{"dienst":"Z","server":"10.1.2.3"}]})J");
     w.laufeBisSekunde(4);
     EXPECT_THAT(w.zustand().vpnsGesichert, ElementsAre("Firma (Büro) · 10.1.2.3", "VPN · 10.0.0.9", "X",
                                                        "Y · 2001:db8::1", "Z · 10.1.2.3"));
@@ -45,13 +39,12 @@ TEST(Erhebung, vpnsAusTunnelberichtUndSystem) {
     w.laufeBisSekunde(6.5);
     EXPECT_THAT(w.anmeldungen.back(), HasSubstr(R"("vpn":["10.0.0.9","10.1.2.3"])"));
 
-    schreibeAtomar(w.stoppPfad() + ".vpns.json", R"J({"vpns":[{"dienst":"OpenVPN (Büro)"}]})J",
-                   Haltbarkeit::fluechtig);
+    helferNennt(R"J({"vpns":[{"dienst":"OpenVPN (Büro)"}]})J");
     w.laufeBisSekunde(10);
     EXPECT_THAT(w.zustand().vpnsGesichert, ElementsAre("OpenVPN (Büro)"));
     EXPECT_THAT(w.zustand().vpnsOffen, ElementsAre("Firma (Zürich)", "Firma"));
 
-    schreibeAtomar(w.stoppPfad() + ".vpns.json", R"({"vpns":[{"dienst":5}]})", Haltbarkeit::fluechtig);
+    helferNennt(R"({"vpns":[{"dienst":5}]})");
     w.ausgaben.clear();
     w.laufeBisSekunde(16);
     EXPECT_THAT(w.zustand().vpnsGesichert, IsEmpty());
@@ -91,30 +84,19 @@ TEST(Erhebung, verbindungenZaehlen) {
 }
 
 TEST(Erhebung, nurWannSieGebrauchtWird) {
-    struct Fall {
-        const char* name;
-        bool vpn, experte, proxy;
-        int lsof, scutil; ///< within 30 ticks
-    };
-    const Fall faelle[] = {{"Reise", false, false, true, 0, 0},
-                           {"Experte", false, true, true, 6, 15},
-                           {"Experte ohne Proxy", false, true, false, 0, 15},
-                           {"VPN", true, false, true, 0, 15}};
-    for (const auto& fall : faelle) {
-        KabelWelt w;
-        w.einstellungen.werte = {{"profil", std::string(fall.vpn ? "vpn" : "reise")},
-                                 {"volltunnel", false},
-                                 {"experte", fall.experte},
-                                 {"proxy.automatisch", fall.proxy}};
-        w.handys = {Modellhandy{}};
-        w.starte();
-        w.laufeBisSekunde(0.2 + 29 * 3 + 1);
-        const auto mal = [&](const char* anfang) {
-            return std::count_if(w.aufrufe.begin(), w.aufrufe.end(),
-                                 [&](const auto& a) { return a.starts_with(anfang); });
-        };
-        EXPECT_EQ(mal("lsof"), fall.lsof) << fall.name;
-        EXPECT_EQ(mal("scutil"), fall.scutil) << fall.name;
+    // Profile, expert mode, proxy; and how often each tool runs within 30 ticks.
+    const std::tuple<std::string, bool, bool, std::size_t, std::size_t> faelle[] = {
+        {"reise", false, true, 0, 0},
+        {"reise", true, true, 6, 15},
+        {"reise", true, false, 0, 15},
+        {"vpn", false, true, 0, 15}};
+    for (const auto& [profil, experte, proxy, lsof, scutil] : faelle) {
+        HandyWelt w;
+        w.einstellungen.werte = {
+            {"profil", profil}, {"volltunnel", false}, {"experte", experte}, {"proxy.automatisch", proxy}};
+        w.starteBis(0.2 + 29 * 3 + 1);
+        EXPECT_THAT(w.aufrufe, Contains(StartsWith("lsof")).Times(lsof)) << profil << experte;
+        EXPECT_THAT(w.aufrufe, Contains(StartsWith("scutil")).Times(scutil)) << profil << experte;
     }
 }
 
@@ -129,8 +111,7 @@ TEST(Erhebung, browserBeimErstenUndJedemZehntenTakt) {
     EXPECT_EQ(w.zustand().browserOhne.size(), 1U);
     w.laufeBisSekunde(31);
     EXPECT_EQ(w.zustand().browserOhne.size(), 2U);
-    w.haupt.sync([&] { w.kabel->fahrtwindHinzufuegen(w.browser[0]); });
-    w.welt.laufe({});
+    w.bediene([&](Kabel& k) { k.fahrtwindHinzufuegen(w.browser[0]); });
     EXPECT_THAT(w.geoeffnet, ElementsAre("Chrome"));
     EXPECT_THAT(w.protokoll(), Contains("fahrtwind: Store/Download in Chrome"));
 }
@@ -146,20 +127,16 @@ std::string bericht(const KabelWelt& w, const std::string& name) {
 }
 
 TEST(Berichte, jedenHundertstenTaktUndBeiAerger) {
-    KabelWelt w;
-    w.handys = {Modellhandy{}};
-    w.starte();
-    w.laufeBisSekunde(0.2 + 98 * 3 + 1);
+    HandyWelt w;
+    w.starteBis(0.2 + 98 * 3 + 1);
     EXPECT_THAT(w.berichte, IsEmpty());
     w.laufeBisSekunde(0.2 + 99 * 3 + 1);
     EXPECT_THAT(w.berichte, ElementsAre(Pair("mac%2Dbordlotse%2Elog", HasSubstr("Fährt mit\n")),
-                                        Pair("mac%2Ddiagnose%2Etxt", testing::_)));
+                                        Pair("mac%2Ddiagnose%2Etxt", _)));
 
-    KabelWelt aerger;
-    aerger.handys = {Modellhandy{}};
+    HandyWelt aerger;
     aerger.handys[0].austritt.reset();
-    aerger.starte();
-    aerger.laufeBisSekunde(1);
+    aerger.starteBis(1);
     EXPECT_EQ(aerger.berichte.size(), 2U) << "once, after the tick";
     aerger.laufeBisSekunde(4);
     EXPECT_EQ(aerger.berichte.size(), 4U);
@@ -170,56 +147,42 @@ TEST(Berichte, jedenHundertstenTaktUndBeiAerger) {
 
 /// Lets the controller report once, by a proof that fails.
 void melde(KabelWelt& w) {
-    w.handys = {Modellhandy{}};
-    w.handys[0].austritt.reset();
+    w.handys = {Modellhandy{.austritt = std::nullopt}};
     w.welt.laufe(3s);
     w.handys.clear();
     w.welt.laufe(3s);
 }
 
 TEST(Berichte, protokolleInStuecken) {
-    KabelWelt w;
-    w.starte();
-    w.laufeBisSekunde(0.1);
-    const std::string pfad = "/heim/Library/Logs/MobilstegVolltunnel.log";
-    const auto stand = [&] { return w.einstellungen.tabelle("bericht.stand")->at("mac-volltunnel.log"); };
-    const auto kopf = [&](int ab) {
-        return "# mac-volltunnel.log ab Byte " + std::to_string(ab) + ", Testmac (" +
-               w.kabel->id().substr(0, 8) + "), Mobilsteg Bordlotse 1.0 (1)\n";
+    struct Schritt {
+        std::string log;      ///< what it holds then
+        int ab;               ///< where the piece that is sent begins; -1: none is
+        std::string gesendet; ///< that piece
+        int stand;            ///< what is remembered afterwards
+        bool angenommen = true;
     };
-    const std::string name = "mac%2Dvolltunnel%2Elog";
-
-    w.ordner.lege(pfad, "erste\n");
-    melde(w);
-    EXPECT_EQ(bericht(w, name), kopf(0) + "erste\n");
-    EXPECT_EQ(stand(), 6);
-    w.berichte.clear();
-    melde(w);
-    EXPECT_EQ(bericht(w, name), "") << "nothing new";
-
-    w.ordner.lege(pfad, "erste\nzwei\xC3"); // cut in the middle of a character: bytes are bytes
-    w.nimmtBerichte = false;
-    melde(w);
-    EXPECT_EQ(bericht(w, name), kopf(6) + "zwei\xC3");
-    EXPECT_EQ(stand(), 6) << "refused: the same again";
-    w.nimmtBerichte = true;
-    w.berichte.clear();
-    melde(w);
-    EXPECT_EQ(bericht(w, name), kopf(6) + "zwei\xC3");
-    EXPECT_EQ(stand(), 11);
-
-    w.ordner.lege(pfad, "neu\n");
-    w.berichte.clear();
-    melde(w);
-    EXPECT_EQ(bericht(w, name), "") << "truncated: nothing until it has outgrown the old count";
-    EXPECT_EQ(stand(), 11);
-
     std::string langes(3'000'011, 'x');
     langes.back() = '!';
-    w.ordner.lege(pfad, langes);
-    melde(w);
-    EXPECT_EQ(bericht(w, name), kopf(11) + langes.substr(langes.size() - 1'500'000));
-    EXPECT_EQ(stand(), 3'000'011);
+    const Schritt schritte[] = {
+        {"erste\n", 0, "erste\n", 6},
+        {"erste\n", -1, "", 6},
+        {"erste\nzwei\xC3", 6, "zwei\xC3", 6, false}, // cut in the middle of a character: bytes are bytes
+        {"erste\nzwei\xC3", 6, "zwei\xC3", 11},       // refused: the same again
+        {"neu\n", -1, "", 11}, // truncated: nothing until it has outgrown the old count
+        {langes, 11, langes.substr(langes.size() - 1'500'000), 3'000'011},
+    };
+    KabelWelt w;
+    w.starteBis(0.1);
+    for (const auto& s : schritte) {
+        w.ordner.lege("/heim/Library/Logs/MobilstegVolltunnel.log", s.log);
+        w.nimmtBerichte = s.angenommen;
+        w.berichte.clear();
+        melde(w);
+        const std::string kopf = "# mac-volltunnel.log ab Byte " + std::to_string(s.ab) + ", Testmac (" +
+                                 w.kabel->id().substr(0, 8) + "), Mobilsteg Bordlotse 1.0 (1)\n";
+        EXPECT_EQ(bericht(w, "mac%2Dvolltunnel%2Elog"), s.ab < 0 ? "" : kopf + s.gesendet);
+        EXPECT_EQ(w.einstellungen.tabelle("bericht.stand").value()["mac-volltunnel.log"], s.stand);
+    }
 }
 
 TEST(Berichte, derKopfNenntAusgabeUndVersion) {
@@ -245,15 +208,12 @@ TEST(Berichte, diagnose) {
                   {"mdfind", "/Applications/TS.app\n/zweite\n"},
                   {"Tailscale", "1\n2\n\n3\n4\n5\n6\n7\n8\n9\n"}};
     w.ordner.lege("/wurzel/Applications/TS.app/Contents/MacOS/Tailscale", "#!", true);
-    std::string log;
-    for (int i = 1; i <= 30; ++i)
-        log += "Zeile " + std::to_string(i) + "\n";
-    w.ordner.lege("/wurzel/usr/local/var/log/tailscaled.log", log);
+    std::string letzte;
+    for (int i = 1; i <= 25; ++i)
+        letzte += "Zeile " + std::to_string(i) + "\n";
+    w.ordner.lege("/wurzel/usr/local/var/log/tailscaled.log", "zu alt\nauch\n" + letzte);
     w.starte();
     melde(w);
-    std::string ende = "## tailscaled.log (letzte 25)\n";
-    for (int i = 6; i <= 30; ++i)
-        ende += "Zeile " + std::to_string(i) + "\n";
     EXPECT_EQ(bericht(w, "mac%2Ddiagnose%2Etxt"),
               "# mac-diagnose 2025-03-14T08:41:07Z · Phase: Der Proxy des Handys antwortet nicht — "
               "Weitergabe wirklich "
@@ -263,8 +223,9 @@ TEST(Berichte, diagnose) {
               "## dns\nresolver #1\n  nameserver[0] : 1.1.1.1\n"
               "## schnittstellen\nresolver #1\n  domain : x\n  nameserver[0] : 1.1.1.1\n"
               "## tailscale status\n1\n2\n3\n4\n5\n6\n7\n8\n"
-              "## tailscale netcheck\n1\n2\n3\n4\n5\n6\n7\n8\n9\n" +
-                  ende);
+              "## tailscale netcheck\n1\n2\n3\n4\n5\n6\n7\n8\n9\n"
+              "## tailscaled.log (letzte 25)\n" +
+                  letzte);
 
     KabelWelt viel; // every part has its cap
     std::string zeilen;
@@ -287,9 +248,8 @@ TEST(Berichte, diagnose) {
     ohne.schnittstelle = "";
     ohne.starte();
     melde(ohne);
-    EXPECT_THAT(
-        bericht(ohne, "mac%2Ddiagnose%2Etxt"),
-        testing::EndsWith("false\n## route default\n## routen (Auszug)\n\n## dns\n\n## schnittstellen\n\n"));
+    EXPECT_THAT(bericht(ohne, "mac%2Ddiagnose%2Etxt"),
+                EndsWith("false\n## route default\n## routen (Auszug)\n\n## dns\n\n## schnittstellen\n\n"));
 }
 
 } // namespace

@@ -15,23 +15,18 @@ namespace {
 TEST(Protokoll, schreibtZeilenUndLaesstWiederholungenWeg) {
     const Ordner ordner;
     VirtuelleWelt welt;
-    Protokoll protokoll(ordner.pfad() + "/fehlt/noch/b.log", welt.uhr());
+    const std::string pfad = ordner.pfad() + "/fehlt/noch/b.log";
+    Protokoll(pfad, welt.uhr()).schreibe("alt");
+    Protokoll protokoll(pfad, welt.uhr()); // appends to what is there
     protokoll.schreibe("Fährt mit");
     protokoll.schreibe("Fährt mit");
     welt.laufe(24h);
     protokoll.schreibe("B");
     protokoll.schreibe("Fährt mit");
-    EXPECT_EQ(ordner.lies("/fehlt/noch/b.log"), "14.03.2025 09:41:07  Fährt mit\n"
+    EXPECT_EQ(ordner.lies("/fehlt/noch/b.log"), "14.03.2025 09:41:07  alt\n"
+                                                "14.03.2025 09:41:07  Fährt mit\n"
                                                 "15.03.2025 09:41:07  B\n"
                                                 "15.03.2025 09:41:07  Fährt mit\n");
-}
-
-TEST(Protokoll, haengtAnWasSchonDaIst) {
-    const Ordner ordner;
-    VirtuelleWelt welt;
-    const std::string pfad = ordner.lege("/b.log", "alt\n");
-    Protokoll(pfad, welt.uhr()).schreibe("neu");
-    EXPECT_EQ(ordner.lies("/b.log"), "alt\n14.03.2025 09:41:07  neu\n");
 }
 
 TEST(Protokoll, unbeschreiblicherOrtStoertNiemand) {

@@ -11,20 +11,15 @@ using testing::Contains;
 namespace {
 
 TEST(Proxy, fehlerBleibtStehenSolangeDerWegBewiesenIst) {
-    KabelWelt w;
-    w.handys = {Modellhandy{}};
+    HandyWelt w;
     w.networksetupFehler = "** Error: Command requires admin privileges.";
     w.starte();
-    w.laufeBisSekunde(10);
-    const auto fehler =
-        Phase::proxyFehler("System-Proxy nicht gesetzt: ** Error: Command requires admin privileges.");
-    EXPECT_EQ(w.zustand().phase, fehler);
+    EXPECT_EQ(w.phaseBei(10), Phase::proxyFehler("System-Proxy nicht gesetzt: " + w.networksetupFehler));
     EXPECT_FALSE(w.zustand().proxyGesetzt);
     EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
 
     w.networksetupFehler = "anders";
-    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
-    w.welt.laufe({});
+    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
     EXPECT_EQ(w.zustand().phase, Phase::proxyFehler("System-Proxy nicht gesetzt: anders"));
 
     w.networksetupFehler.clear();
@@ -32,38 +27,28 @@ TEST(Proxy, fehlerBleibtStehenSolangeDerWegBewiesenIst) {
     w.handys.clear();
     w.laufeBisSekunde(12.5);
     w.handys = {Modellhandy{}};
-    w.laufeBisSekunde(15.5);
-    EXPECT_EQ(w.zustand().phase,
-              Phase::proxyFehler("Keinen Netzwerkdienst gefunden — Proxy von Hand setzen"));
+    EXPECT_EQ(w.phaseBei(15.5), Phase::proxyFehler("Keinen Netzwerkdienst gefunden — Proxy von Hand setzen"));
 }
 
 TEST(Proxy, schalterUndSelbsttaetigesSetzen) {
-    KabelWelt w;
-    w.baue();
-    w.haupt.sync([&] { w.kabel->setzeProxyAutomatisch(false); });
-    w.handys = {Modellhandy{}};
-    w.haupt.sync([&] { w.kabel->start(); });
-    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
-    w.laufeBisSekunde(0.1);
+    HandyWelt w;
+    w.einstellungen.werte["proxy.automatisch"] = false;
+    w.starte();
+    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
     EXPECT_EQ(w.zustand().meldung, "Erst muss das Handy freigeben.");
-    w.laufeBisSekunde(1);
-    EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
+    EXPECT_EQ(w.phaseBei(1), Phase::Art::faehrt);
     EXPECT_FALSE(w.zustand().proxyGesetzt);
 
-    w.haupt.sync([&] { w.kabel->proxyUmschalten(); });
-    w.welt.laufe({});
+    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
     EXPECT_TRUE(w.zustand().proxyGesetzt);
     EXPECT_EQ(w.zustand().meldung, "");
     EXPECT_EQ(std::get<std::string>(w.einstellungen.werte["proxy.dienst"]), "Wi-Fi");
-    w.haupt.sync([&] { // twice quickly: off and on again
-        w.kabel->proxyUmschalten();
-        w.kabel->proxyUmschalten();
+    w.bediene([](Kabel& k) { // twice quickly: off and on again
+        k.proxyUmschalten();
+        k.proxyUmschalten();
     });
-    w.welt.laufe({});
-    w.haupt.sync([&] {
-        w.kabel->setzeProxyAutomatisch(true);
-        w.kabel->setzeProxyAutomatisch(false);
-    });
+    w.bediene([](Kabel& k) { k.setzeProxyAutomatisch(true); });
+    w.bediene([](Kabel& k) { k.setzeProxyAutomatisch(false); });
     w.welt.laufe(10s);
     EXPECT_TRUE(w.socksAn["Wi-Fi"]) << "what is set stays set";
     w.raeumeAuf();

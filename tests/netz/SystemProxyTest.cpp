@@ -104,6 +104,13 @@ std::string schalter(const std::string& dienst, const std::string& stellung) {
 const std::string dienst = "Wi-Fi (zu Hause) )x";
 const Ergebnis gut{0, "", ""};
 
+/// What comes first on a Mac whose one service is „LAN“.
+std::vector<Drehbuch::Auftritt> aufLAN(std::initializer_list<Drehbuch::Auftritt> weitere) {
+    std::vector<Drehbuch::Auftritt> alle = {{route, gut}, {liste, {0, "(1) LAN", ""}}};
+    alle.insert(alle.end(), weitere);
+    return alle;
+}
+
 /// The control on a script of its own; the settings outlive it as those of the user do.
 struct Lauf {
     Lauf(Einstellungen& einstellungen, std::vector<Drehbuch::Auftritt> auftritte)
@@ -135,24 +142,17 @@ TEST(ProxySteuerung, setztUndNimmtWegAufDemGefundenenDienst) {
 
 TEST(ProxySteuerung, merktSichNurGanzeErfolge) {
     using enum ProxySteuerung::Ausgang;
+    const std::string setze = adresse("LAN");
+    const std::string an = schalter("LAN", "on");
+    const std::string aus = schalter("LAN", "off");
+    const Ergebnis fremd{4, "fremd\n", ""};
+    const Ergebnis abgeschnitten{15, "", ""}; // it may have done its work all the same
     for (const auto& [auftritte, ausgang, text] :
          std::vector<std::tuple<std::vector<Drehbuch::Auftritt>, ProxySteuerung::Ausgang, std::string>>{
-             {{{route, gut}, {liste, gut}}, keinDienst, ""},
-             {{{route, {-1, "", "x"}}, {liste, {0, "(1) LAN", ""}}, {adresse("LAN"), {4, "fremd\n", ""}}},
-              misslungen,
-              "fremd"},
-             {{{route, gut},
-               {liste, {0, "(1) LAN", ""}},
-               {adresse("LAN"), {15, "", ""}}, // cut off, it may have done its work all the same
-               {schalter("LAN", "off"), gut}},
-              misslungen,
-              "networksetup: Rückgabe 15"},
-             {{{route, gut},
-               {liste, {0, "(1) LAN", ""}},
-               {adresse("LAN"), gut},
-               {schalter("LAN", "on"), {14, "", ""}},
-               {schalter("LAN", "off"), gut}},
-              misslungen,
+             {{{route, {-1, "", "x"}}, {liste, gut}}, keinDienst, ""},
+             {aufLAN({{setze, fremd}}), misslungen, "fremd"},
+             {aufLAN({{setze, abgeschnitten}, {aus, gut}}), misslungen, "networksetup: Rückgabe 15"},
+             {aufLAN({{setze, gut}, {an, {14, "", ""}}, {aus, gut}}), misslungen,
               "networksetup: Rückgabe 14"}}) {
         SpeicherEinstellungen e;
         Lauf lauf(e, auftritte);
@@ -164,15 +164,12 @@ TEST(ProxySteuerung, merktSichNurGanzeErfolge) {
 }
 
 TEST(ProxySteuerung, vergisstKeinenDienstDessenProxyNochAnSeinKann) {
-    const std::string anAus = schalter("LAN", "on");
     const std::string aus = schalter("LAN", "off");
     const Ergebnis nein{15, "", ""};
     SpeicherEinstellungen e;
     e.setzeText("proxy.dienst", "WLAN"); // switching it off failed before
     {
-        Lauf lauf(
-            e,
-            {{route, gut}, {liste, {0, "(1) LAN", ""}}, {adresse("LAN"), gut}, {anAus, nein}, {aus, nein}});
+        Lauf lauf(e, aufLAN({{adresse("LAN"), gut}, {schalter("LAN", "on"), nein}, {aus, nein}}));
         EXPECT_EQ(lauf.steuerung.setze().ausgang, ProxySteuerung::Ausgang::misslungen);
     }
     { // killed and started again

@@ -41,14 +41,6 @@ TEST_F(DateiEinstellungenTest, falscherTypIstWieNichts) {
     EXPECT_EQ(e.textOderNeu("zahl", "neu"), "neu") << "no text stands there";
 }
 
-TEST_F(DateiEinstellungenTest, stehenAlsEinObjektInDerDatei) {
-    e.setzeText("proxy.dienst", "Wi-Fi");
-    e.setzeFlagge("experte", true);
-    e.setzeTabelle("bericht.stand", {});
-    e.entferne("proxy.dienst");
-    EXPECT_EQ(inDerDatei(), (json{{"experte", true}, {"bericht.stand", json::object()}}));
-}
-
 TEST_F(DateiEinstellungenTest, legtUnverstaendlichesBeiseiteUndUeberschreibtEsNie) {
     const std::string tief = "{\"a\":" + std::string(200'000, '[') + std::string(200'000, ']') + "}";
     int nummer = 0;

@@ -25,9 +25,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// The name alone: what they print otherwise differs from run to run.
-const auto name = [](const auto& fall) { return fall.param.name; };
-
 // ── Settings ──
 
 struct Dateibank final : Einstellungsbank {
@@ -67,9 +64,11 @@ std::vector<Einstellungsart> geteilte() {
 
 const Einstellungsart ungeteilte = {"Speicher", [] { return std::make_unique<Speicherbank>(); }};
 
-INSTANTIATE_TEST_SUITE_P(Plattform, EinstellungenVertrag, testing::ValuesIn(geteilte()), name);
-INSTANTIATE_TEST_SUITE_P(Tests, EinstellungenVertrag, testing::Values(ungeteilte), name);
-INSTANTIATE_TEST_SUITE_P(Plattform, GeteilteEinstellungenVertrag, testing::ValuesIn(geteilte()), name);
+INSTANTIATE_TEST_SUITE_P(Plattform, EinstellungenVertrag, testing::ValuesIn(geteilte()),
+                         Einstellungsart::benenne);
+INSTANTIATE_TEST_SUITE_P(Tests, EinstellungenVertrag, testing::Values(ungeteilte), Einstellungsart::benenne);
+INSTANTIATE_TEST_SUITE_P(Plattform, GeteilteEinstellungenVertrag, testing::ValuesIn(geteilte()),
+                         Einstellungsart::benenne);
 
 // ── Queues ──
 
@@ -85,23 +84,21 @@ struct EchteZeit : Schlangenbank {
     Systemuhr uhr;
 };
 
-struct Asiobank final : EchteZeit {
+struct Asiobank : EchteZeit {
+    explicit Asiobank(AsioSchlange::Faden faden = AsioSchlange::Faden::eigener) : q_("q", faden) {}
     Schlange& q() override { return q_; }
     Schlange& andere() override { return andere_; }
-    AsioSchlange q_{"kabel.takt"};
+    AsioSchlange q_;
     AsioSchlange andere_{"andere"}; // goes first: its jobs may be waiting for the other
 };
 
 /// As in the terminal, where the program's own thread is the queue's.
-struct Ruferbank final : EchteZeit {
+struct Ruferbank final : Asiobank {
+    Ruferbank() : Asiobank(AsioSchlange::Faden::rufer) {}
     ~Ruferbank() override {
         q_.halt();
         faden.join();
     }
-    Schlange& q() override { return q_; }
-    Schlange& andere() override { return andere_; }
-    AsioSchlange q_{"haupt", AsioSchlange::Faden::rufer};
-    AsioSchlange andere_{"andere"};
     std::thread faden{[this] { q_.laufe(); }};
 };
 
@@ -122,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(Schlangenart{"Asio", [] { return std::make_unique<Asiobank>(); }},
                     Schlangenart{"AsioDesRufers", [] { return std::make_unique<Ruferbank>(); }},
                     Schlangenart{"Virtuell", [] { return std::make_unique<Virtuellbank>(); }}),
-    name);
+    Schlangenart::benenne);
 
 // ── Scripts ──
 
@@ -160,7 +157,7 @@ std::vector<Skriptart> skriptarten() {
     return arten;
 }
 
-INSTANTIATE_TEST_SUITE_P(Plattform, SkriptVertrag, testing::ValuesIn(skriptarten()), name);
+INSTANTIATE_TEST_SUITE_P(Plattform, SkriptVertrag, testing::ValuesIn(skriptarten()), Skriptart::benenne);
 
 // ── Packages ──
 
@@ -183,7 +180,7 @@ std::vector<Buendelart> buendelarten() {
     return arten;
 }
 
-INSTANTIATE_TEST_SUITE_P(Plattform, BuendelVertrag, testing::ValuesIn(buendelarten()), name);
+INSTANTIATE_TEST_SUITE_P(Plattform, BuendelVertrag, testing::ValuesIn(buendelarten()), Buendelart::benenne);
 
 // ── Which of them a run gets ──
 

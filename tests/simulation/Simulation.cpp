@@ -11,58 +11,48 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <map>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 using namespace mobilsteg;
 
 namespace {
 
-struct Summe {
-    std::mutex schloss;
-    Sturmwelt::Zaehler zaehler;
-    int verstoesse = 0;
+using Zahl = unsigned long long;
 
-    void nimm(std::uint64_t samen, const Sturmwelt& welt) {
-        const std::lock_guard wache(schloss);
-        const auto& z = welt.zaehler();
-        zaehler.ticks += z.ticks;
-        zaehler.tode += z.tode;
-        zaehler.starts += z.starts;
-        zaehler.tunnel += z.tunnel;
-        zaehler.fahrten += z.fahrten;
-        zaehler.stoerungen += z.stoerungen;
-        if (!welt.verstoss().empty() && ++verstoesse <= 10)
-            std::printf("Samen %llu: %s\n", static_cast<unsigned long long>(samen), welt.verstoss().c_str());
-    }
-};
-
-int vieleSamen(std::uint64_t ab, std::uint64_t anzahl, int takte) {
+int vieleSamen(Zahl ab, Zahl anzahl, int takte) {
     const auto anfang = std::chrono::steady_clock::now();
-    Summe summe;
-    std::atomic<std::uint64_t> naechster = ab;
+    Sturmwelt::Zaehler summe;
+    int verstoesse = 0;
+    std::mutex schloss; // of the two
+    std::atomic<Zahl> naechster = ab;
     const auto arbeite = [&] {
         for (auto samen = naechster++; samen < ab + anzahl; samen = naechster++) {
             Sturmwelt welt(samen);
             welt.lebe(takte);
-            summe.nimm(samen, welt);
+            const std::lock_guard wache(schloss);
+            using Z = Sturmwelt::Zaehler;
+            for (const auto was : {&Z::ticks, &Z::tode, &Z::starts, &Z::tunnel, &Z::fahrten, &Z::stoerungen})
+                summe.*was += welt.zaehler().*was;
+            if (!welt.verstoss().empty() && ++verstoesse <= 10)
+                std::printf("Samen %llu: %s\n", samen, welt.verstoss().c_str());
         }
     };
     std::vector<std::jthread> arbeiter;
     for (unsigned i = 0; i < std::max(1U, std::thread::hardware_concurrency()); ++i)
         arbeiter.emplace_back(arbeite);
     arbeiter.clear();
-    const auto sekunden = std::chrono::duration<double>(std::chrono::steady_clock::now() - anfang).count();
-    const auto& z = summe.zaehler;
-    std::printf("%llu Samen, %d Ticks (davon %d in „Fährt mit“), %d Starts, %d Tode mitten im Aufruf, %d "
-                "Tunnelstarts, "
-                "%d Störungen in %.0f s: %d Verstöße\n",
-                static_cast<unsigned long long>(anzahl), z.ticks, z.fahrten, z.starts, z.tode, z.tunnel,
-                z.stoerungen, sekunden, summe.verstoesse);
-    return summe.verstoesse == 0 ? 0 : 1;
+    const std::chrono::duration<double> dauer = std::chrono::steady_clock::now() - anfang;
+    std::printf("%llu Samen, %d Ticks (davon %d in „Fährt mit“), %d Starts, %d Tode mitten im Aufruf, "
+                "%d Tunnelstarts, %d Störungen in %.0f s: %d Verstöße\n",
+                anzahl, summe.ticks, summe.fahrten, summe.starts, summe.tode, summe.tunnel, summe.stoerungen,
+                dauer.count(), verstoesse);
+    return verstoesse == 0 ? 0 : 1;
 }
 
-int eineGeschichte(std::uint64_t samen, int takte) {
+int eineGeschichte(Zahl samen, int takte) {
     Sturmwelt welt(samen);
     welt.lebe(takte);
     std::printf("%s%s\n", welt.geschichte().c_str(),
@@ -80,11 +70,11 @@ double belegteMebibyte() {
 
 /// An ordinary life: the phone drives along, and once an hour it is off the cable for a minute.
 int dauerlauf(int tage) {
-    KabelWelt welt;
-    Modellhandy handy;
-    handy.status = R"({"alles":false,"notlage":false,"paths":[{"iface":"wlan0","healthy":true,"rtt_ms":40}],)"
-                   R"("kunden":[{"name":"Testmac","bytes":123456}]})";
-    welt.handys = {handy};
+    HandyWelt welt;
+    welt.handys[0].status =
+        R"({"alles":false,"notlage":false,"paths":[{"iface":"wlan0","healthy":true,"rtt_ms":40}],)"
+        R"("kunden":[{"name":"Testmac","bytes":123456}]})";
+    const auto handys = welt.handys;
     int ticks = 0;
     welt.standdienst.nachDokument = [&] { ++ticks; };
     welt.starte();
@@ -95,28 +85,30 @@ int dauerlauf(int tage) {
         welt.berichte.clear();
     };
     double amErstenTag = 0;
-    std::size_t zeilenJeStunde = 0;
+    std::ptrdiff_t bisher = 0;
+    std::ptrdiff_t zeilenJeStunde = 0;
     for (int stunde = 1; stunde <= tage * 24; ++stunde) {
-        const auto vorher = welt.ordner.lies("/heim/Library/Logs/MobilstegBordlotse.log").size();
         gehe(std::chrono::minutes(59));
         welt.handys.clear();
         welt.forwards.clear();
         gehe(std::chrono::minutes(1));
-        welt.handys = {handy};
-        const auto text = welt.ordner.lies("/heim/Library/Logs/MobilstegBordlotse.log").substr(vorher);
-        const auto zeilen = static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+        welt.handys = handys;
+        const auto log = welt.ordner.lies("/heim/Library/Logs/MobilstegBordlotse.log");
+        const auto alle = std::count(log.begin(), log.end(), '\n');
+        const auto zeilen = alle - std::exchange(bisher, alle);
         if (stunde == 2)
             zeilenJeStunde = zeilen;
-        if (stunde > 2 && zeilen != zeilenJeStunde)
-            return std::printf("Stunde %d: %zu Zeilen statt %zu:\n%s", stunde, zeilen, zeilenJeStunde,
-                               text.c_str()),
-                   1;
+        if (stunde > 2 && zeilen != zeilenJeStunde) {
+            std::printf("Stunde %d: %td Zeilen statt %td\n", stunde, zeilen, zeilenJeStunde);
+            return 1;
+        }
         if (stunde == 24)
             amErstenTag = belegteMebibyte();
     }
     const double amLetzten = belegteMebibyte();
     std::printf(
-        "%d Tage, %d Ticks: %zu Protokollzeilen je Stunde, Speicher nach dem ersten Tag %.2f MiB, am Ende %.2f MiB\n",
+        "%d Tage, %d Ticks: %td Protokollzeilen je Stunde, Speicher nach dem ersten Tag %.2f MiB, am Ende "
+        "%.2f MiB\n",
         tage, ticks, zeilenJeStunde, amErstenTag, amLetzten);
     return amLetzten <= amErstenTag + 1 ? 0 : 1;
 }
@@ -124,25 +116,18 @@ int dauerlauf(int tage) {
 } // namespace
 
 int main(int argc, char** argv) {
-    std::uint64_t ab = 1;
-    std::uint64_t anzahl = 1000;
-    int takte = 100;
-    std::uint64_t geschichte = 0;
+    std::map<std::string, Zahl> werte = {
+        {"--samen", 1000}, {"--ab", 1}, {"--takte", 100}, {"--geschichte", 0}, {"--tage", 0}};
     for (int i = 1; i + 1 < argc; i += 2) {
-        const std::string option = argv[i];
-        const auto wert = std::strtoull(argv[i + 1], nullptr, 10);
-        if (option == "--samen")
-            anzahl = wert;
-        else if (option == "--ab")
-            ab = wert;
-        else if (option == "--takte")
-            takte = static_cast<int>(wert);
-        else if (option == "--tage")
-            return dauerlauf(static_cast<int>(wert));
-        else if (option == "--geschichte")
-            geschichte = wert;
-        else
-            return std::fprintf(stderr, "mobilsteg-simulation: Unbekannte Option: %s\n", option.c_str()), 2;
+        if (!werte.contains(argv[i])) {
+            std::fprintf(stderr, "mobilsteg-simulation: Unbekannte Option: %s\n", argv[i]);
+            return 2;
+        }
+        werte[argv[i]] = std::strtoull(argv[i + 1], nullptr, 10);
     }
-    return geschichte != 0 ? eineGeschichte(geschichte, takte) : vieleSamen(ab, anzahl, takte);
+    const int takte = static_cast<int>(werte["--takte"]);
+    if (werte["--tage"] != 0)
+        return dauerlauf(static_cast<int>(werte["--tage"]));
+    return werte["--geschichte"] != 0 ? eineGeschichte(werte["--geschichte"], takte)
+                                      : vieleSamen(werte["--ab"], werte["--samen"], takte);
 }

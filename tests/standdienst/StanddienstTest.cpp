@@ -2,13 +2,10 @@
 
 #include "standdienst/Standdienst.hpp"
 
+#include "tests/hilfe/Klient.hpp"
 #include "tests/plattform/Deskriptoren.hpp"
 
 #include <gtest/gtest.h>
-
-#include <arpa/inet.h>
-#include <poll.h>
-#include <unistd.h>
 
 #include <csignal>
 #include <thread>
@@ -28,59 +25,6 @@ std::string antwortMit(const std::string& dokument) {
            cors + "Content-Length: " + std::to_string(dokument.size()) + "\r\nConnection: close\r\n\r\n" +
            dokument;
 }
-
-/// A connection to the service. It gives up reading after a while, long before the service's own limit.
-class Klient {
-public:
-    explicit Klient(std::uint16_t port) : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in ziel{};
-        ziel.sin_family = AF_INET;
-        ziel.sin_port = htons(port);
-        ziel.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const timeval geduld{4, 0};
-        ::setsockopt(socket_.nummer(), SOL_SOCKET, SO_RCVTIMEO, &geduld, sizeof geduld);
-        verbunden = ::connect(socket_.nummer(), reinterpret_cast<sockaddr*>(&ziel), sizeof ziel) == 0;
-    }
-
-    void sende(const std::string& bytes) const {
-        (void)!::send(socket_.nummer(), bytes.data(), bytes.size(), 0);
-    }
-    void sagtNichtsMehr() const { ::shutdown(socket_.nummer(), SHUT_WR); }
-
-    /// Everything up to the end of the connection.
-    [[nodiscard]] std::string lies() const {
-        std::string alles;
-        std::array<char, 4096> block{};
-        ssize_t n = 0;
-        while ((n = ::recv(socket_.nummer(), block.data(), block.size(), 0)) > 0)
-            alles.append(block.data(), static_cast<std::size_t>(n));
-        return n == 0 ? alles : alles + "[kein Ende: " + std::to_string(errno) + "]";
-    }
-
-    /// Whether the service has ended the connection by now.
-    [[nodiscard]] bool beendet() const {
-        char byte = 0;
-        return ::recv(socket_.nummer(), &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
-    }
-
-    /// Whether the service answers unread bytes with a reset; waits a moment for it.
-    [[nodiscard]] bool abgerissen() const {
-        pollfd fall{socket_.nummer(), 0, 0};
-        return ::poll(&fall, 1, 30) > 0 && (fall.revents & POLLERR) != 0;
-    }
-
-    /// Leaves with a reset instead of a farewell.
-    void reisseAb() {
-        const linger sofort{1, 0};
-        ::setsockopt(socket_.nummer(), SOL_SOCKET, SO_LINGER, &sofort, sizeof sofort);
-        socket_.schliesse();
-    }
-
-    bool verbunden = false;
-
-private:
-    Deskriptor socket_;
-};
 
 class StanddienstTest : public testing::Test {
 protected:

@@ -4,29 +4,21 @@
 
 #include "plattform/Buendel.hpp"
 #include "tests/hilfe/Ordner.hpp"
+#include "tests/plattform/vertrag/Art.hpp"
 
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
-#include <ostream>
 
 namespace mobilsteg {
 
-struct Buendelart {
-    std::string name;
-    std::function<Buendel(const std::string& ordner)> lies; ///< with an empty folder of the test's own
-};
-
-inline void PrintTo(const Buendelart& art, std::ostream* strom) {
-    *strom << art.name;
-}
+using Buendelart = Art<Buendel(const std::string& ordner)>; ///< in an empty folder of the test's own
 
 class BuendelVertrag : public testing::TestWithParam<Buendelart> {};
 
 TEST_P(BuendelVertrag, kenntSichSelbst) {
     const Ordner ordner;
-    const Buendel buendel = GetParam().lies(ordner.pfad());
+    const Buendel buendel = GetParam().baue(ordner.pfad());
     EXPECT_TRUE(buendel.kennung.starts_with("de.mobilsteg.")) << buendel.kennung;
     for (const auto& version : {buendel.version, buendel.bauversion}) {
         ASSERT_TRUE(version.has_value());

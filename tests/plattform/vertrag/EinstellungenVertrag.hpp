@@ -3,12 +3,12 @@
 // What every store of settings promises, whichever system keeps it.
 
 #include "plattform/Einstellungen.hpp"
+#include "tests/plattform/vertrag/Art.hpp"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <thread>
 #include <vector>
 
@@ -24,14 +24,7 @@ public:
     virtual std::unique_ptr<Einstellungen> fremder() { return nullptr; }
 };
 
-struct Einstellungsart {
-    std::string name;
-    std::function<std::unique_ptr<Einstellungsbank>()> baue;
-};
-
-inline void PrintTo(const Einstellungsart& art, std::ostream* strom) {
-    *strom << art.name;
-}
+using Einstellungsart = Art<std::unique_ptr<Einstellungsbank>()>;
 
 class EinstellungenVertrag : public testing::TestWithParam<Einstellungsart> {
 protected:

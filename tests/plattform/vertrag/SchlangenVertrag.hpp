@@ -4,13 +4,13 @@
 // at any moment.
 
 #include "plattform/Schlange.hpp"
+#include "tests/plattform/vertrag/Art.hpp"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <ostream>
 
 namespace mobilsteg {
 
@@ -30,14 +30,7 @@ public:
     [[nodiscard]] virtual bool laufeBis(const std::function<bool()>& bedingung) = 0;
 };
 
-struct Schlangenart {
-    std::string name;
-    std::function<std::unique_ptr<Schlangenbank>()> baue;
-};
-
-inline void PrintTo(const Schlangenart& art, std::ostream* strom) {
-    *strom << art.name;
-}
+using Schlangenart = Art<std::unique_ptr<Schlangenbank>()>;
 
 class SchlangenVertrag : public testing::TestWithParam<Schlangenart> {
 protected:

@@ -3,23 +3,15 @@
 // What every runner of AppleScript promises. The scripts ask nobody for a password.
 
 #include "plattform/Adminskript.hpp"
+#include "tests/plattform/vertrag/Art.hpp"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <ostream>
 
 namespace mobilsteg {
 
-struct Skriptart {
-    std::string name;
-    std::function<std::unique_ptr<Adminskript>()> baue;
-};
-
-inline void PrintTo(const Skriptart& art, std::ostream* strom) {
-    *strom << art.name;
-}
+using Skriptart = Art<std::unique_ptr<Adminskript>()>;
 
 class SkriptVertrag : public testing::TestWithParam<Skriptart> {};
 
