@@ -3,12 +3,12 @@
 
 #include "app/MobilstegBordlotseApp.hpp"
 #include "plattform/Buendel.hpp"
+#include "plattform/Dateien.hpp"
 
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 
 namespace mobilsteg {
 
@@ -17,10 +17,13 @@ bool anzeigeVorhanden() {
 }
 
 int fensterbetrieb(const Befehlszeile&, const std::string&, int&, char** worte) {
-    const std::string programm = eigenesProgramm() + "-fenster";
-    ::execv(programm.c_str(), worte);
-    std::fprintf(stderr, "%s lässt sich nicht starten (%s). Im Terminal läuft das Programm mit --terminal.\n",
-                 programm.c_str(), std::strerror(errno));
+    const std::string eigenes = eigenesProgramm();
+    const std::string programm = eigenes + "-fenster";
+    errno = ENOENT;
+    if (!eigenes.empty()) // otherwise it would be whatever lies in the working folder
+        ::execv(programm.c_str(), worte);
+    std::fprintf(stderr, "%s lässt sich nicht starten: %s. Im Terminal läuft das Programm mit --terminal.\n",
+                 programm.c_str(), fehlerbeschreibung(errno).c_str());
     return 1;
 }
 

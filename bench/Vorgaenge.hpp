@@ -32,22 +32,41 @@ inline std::string lsofListe(int zeilen) {
     return text;
 }
 
-inline std::string antwortJson() {
-    return R"({"app":"mobilsteg","proxy_port":1080,"kabel":{"gast":{"name":"Testmac"}},"zustand":"erlaubt","status":)"
-           R"({"alles":true,"notlage":false,"paths":[{"iface":"wlan0","healthy":true,"rtt_ms":41,"rtt_ruhe_ms":30},)"
-           R"({"iface":"rmnet0","healthy":true,"rtt_ms":70}],"kunden":[{"name":"Testmac","bytes":123456789}]}})";
+inline std::string antwortJson(int wege) {
+    std::string pfade, gaeste;
+    for (int i = 0; i < wege; ++i) {
+        const std::string komma = i == 0 ? "" : ",";
+        pfade += komma + R"({"iface":"wifi)" + std::to_string(i) +
+                 R"(","healthy":true,"rtt_ms":41,"rtt_ruhe_ms":30})";
+        gaeste += komma + R"({"IP":"kabel:Testmac)" + std::to_string(i) +
+                  R"(","BytesUp":123456,"BytesDown":123456789})";
+    }
+    return R"({"app":"mobilsteg","proxy_port":1080,"kabel":{"gast":{"id":"1","name":"Testmac0"}},)"
+           R"("zustand":"erlaubt","status":{"alles":true,"notlage":false,"paths":[)" +
+           pfade + R"(],"guests":[)" + gaeste + "]}}";
 }
 
-inline Zustand fahrender() {
+/// What the controller tells in "Fährt mit".
+inline Standangaben fahrtangaben() {
+    Standangaben angaben;
+    angaben.phase = Phase::Art::faehrt;
+    angaben.name = "Testmac0";
+    return angaben;
+}
+
+inline Zustand fahrender(int wege) {
     Zustand z;
     z.phase = Phase::Art::faehrt;
     z.handy = "Samsung Galaxy S23";
     z.klasse = "1. Klasse";
-    z.gleise = {"WLAN 41 ms", "Mobilfunk 70 ms"};
     z.menge = "123 MB · 1,2 MB/s";
     z.austritt = "203.0.113.7";
     z.proxyGesetzt = z.experte = true;
-    z.durch = z.vorbei = {"Safari (12)", "ssh (3)", "Mail (2)"};
+    for (int i = 0; i < wege; ++i) {
+        z.gleise.push_back("WLAN · " + std::to_string(40 + i) + " ms");
+        z.durch.push_back("Safari (" + std::to_string(i) + ")");
+    }
+    z.vorbei = z.durch;
     return z;
 }
 
@@ -57,7 +76,7 @@ public:
     Taktwelt() {
         Modellhandy handy;
         handy.status =
-            R"({"alles":true,"notlage":false,"paths":[{"iface":"wlan0","healthy":true,"rtt_ms":41}]})";
+            R"({"alles":true,"notlage":false,"paths":[{"iface":"wifi","healthy":true,"rtt_ms":41}]})";
         welt_.handys = {handy};
         welt_.starte();
         welt_.welt.laufe(std::chrono::seconds(30));
@@ -69,6 +88,7 @@ public:
             welt_.anmeldungen.clear();
         }
     }
+    [[nodiscard]] bool faehrt() const { return welt_.zustand().phase == Phase::Art::faehrt; }
 
 private:
     KabelWelt welt_;

@@ -57,38 +57,62 @@ def rechenzeit(nummer):
     return time.clock_gettime(~nummer << 3 | CPUCLOCK_SCHED), sum(map(int, felder[13:15])) / os.sysconf("SC_CLK_TCK")
 
 
-def weckungen(nummer, sekunden):
-    """How often per second one of its threads was woken that had slept for longer than a tool takes to answer."""
+def wartungen(nummer):
+    """How often its threads have waited for anything so far, however shortly."""
+    faeden = pathlib.Path(f"/proc/{nummer}/task").iterdir()
+    return sum(int(re.search(r"^voluntary_ctxt_switches:\s*(\d+)", lies(f / "status"), re.M)[1]) for f in faeden)
+
+
+def weckungen(nummer, sekunden, was=time.sleep):
+    """How often per second one of its threads was woken that had slept for longer than a tool takes to answer, in
+    whatever call of the system; meanwhile `was` is done. The tools themselves are not watched: that would slow them."""
+    faeden = [wort for f in pathlib.Path(f"/proc/{nummer}/task").iterdir() for wort in ("-p", f.name)]
     with tempfile.NamedTemporaryFile() as spur:
-        beobachter = subprocess.Popen(["strace", "-f", "-T", "-e", "trace=epoll_wait,poll,ppoll,futex,read",
-                                       "-o", spur.name, "-p", str(nummer)], stderr=subprocess.DEVNULL)
-        time.sleep(sekunden)
-        beobachter.terminate()
-        beobachter.wait()
-        faeden = {f.name for f in pathlib.Path(f"/proc/{nummer}/task").iterdir()}
-        zeilen = [z.split(None, 1) for z in lies(spur.name).splitlines()]
-        schlaf = [re.search(r"<(\d+\.\d+)>$", rest) for faden, rest in zeilen if faden in faeden]
-        return sum(1 for s in schlaf if s and float(s[1]) >= 0.05) / sekunden
+        beobachter = subprocess.Popen(["strace", "-T", "-o", spur.name, *faeden], stderr=subprocess.DEVNULL)
+        try:
+            was(sekunden)
+            if beobachter.poll() is not None:
+                raise RuntimeError("strace darf dem Programm nicht zusehen (dazu muss man root sein)")
+        finally:
+            beobachter.terminate()
+            beobachter.wait()
+        return sum(float(s) >= 0.05 for s in re.findall(r"<(\d+\.\d+)>$", lies(spur.name), re.M)) / sekunden
 
 
 def speicher(nummer):
-    """Resident and private memory in MiB."""
+    """Resident and private memory in millions of bytes."""
     text = lies(f"/proc/{nummer}/smaps_rollup")
-    zahl = lambda name: int(re.search(rf"^{name}:\s*(\d+)", text, re.M)[1]) / 1024
+    zahl = lambda name: int(re.search(rf"^{name}:\s*(\d+)", text, re.M)[1]) * 1024 / 1e6
     return zahl("Rss"), zahl("Private_Clean") + zahl("Private_Dirty")
 
 
 class Fahrt:
+    """Used with „with“: however it is left, nothing of it goes on running."""
+
     def __init__(self, *optionen):
+        self.programm = self.handy = None
         self.ablage = tempfile.TemporaryDirectory(prefix="messung-")
         self.ordner = pathlib.Path(self.ablage.name)
         self.heim, self.mac = self.ordner / "heim", self.ordner / "mac"
         self.umgebung = os.environ | {"ANDROID_ADB_SERVER_PORT": str(freier_port()), "TZ": "Europe/Berlin"}
+        self.adb = self.mac / "opt/homebrew/bin/adb"
+        try:
+            self.baue_auf(optionen)
+        except BaseException:
+            self.ende()
+            raise
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.ende()
+
+    def baue_auf(self, optionen):
         subprocess.run([QUELLE / "probe/mac/aufbauen", self.mac], check=True)
         vorlieben = self.heim / "Library/Preferences/de.mobilsteg.bordlotse.json"
         vorlieben.parent.mkdir(parents=True)
         vorlieben.write_text('{"profil": "reise", "austritt.dienst": "http://austritt.probe/"}')
-        self.adb = self.mac / "opt/homebrew/bin/adb"
         subprocess.run([self.adb, "start-server"], env=self.umgebung, check=True, stderr=subprocess.DEVNULL)
         ausgabe = self.ordner / "handy.log"
         self.handy = subprocess.Popen(
@@ -97,7 +121,6 @@ class Fahrt:
             stdin=subprocess.DEVNULL, stdout=ausgabe.open("wb"), stderr=subprocess.STDOUT)
         warte_bis(lambda: "steuerung" in lies(ausgabe))
         self.steuerport = re.search(r"steuerung 127\.0\.0\.1:(\d+)", lies(ausgabe))[1]
-        self.programm = None
 
     def starte(self, fenster=False):
         """Seconds until the first state is written."""
@@ -129,11 +152,18 @@ class Fahrt:
         self.programm.wait()
 
     def ende(self):
-        """The program's last clean-up needs the adb server."""
+        """The program's last clean-up needs the adb server. Who interrupts twice must not interrupt this."""
+        for zeichen in (signal.SIGINT, signal.SIGTERM):
+            signal.signal(zeichen, signal.SIG_IGN)
         if self.programm and self.programm.poll() is None:
-            self.programm.send_signal(signal.SIGTERM)
-            self.programm.wait(30)
-        subprocess.run([self.adb, "kill-server"], env=self.umgebung, check=False, stderr=subprocess.DEVNULL)
-        self.handy.kill()
-        self.handy.wait()
+            self.programm.terminate()
+            try:
+                self.programm.wait(30)
+            except subprocess.TimeoutExpired:
+                self.toete()
+        if self.adb.exists():
+            subprocess.run([self.adb, "kill-server"], env=self.umgebung, check=False, stderr=subprocess.DEVNULL)
+        if self.handy:
+            self.handy.kill()
+            self.handy.wait()
         self.ablage.cleanup()
