@@ -249,6 +249,7 @@ std::optional<HttpErgebnis> Sturmwelt::hole(const HttpAnfrage& anfrage) {
     welt.uhr().schlafe(dauer(0.05));
     const bool durchProxy = anfrage.weg == HttpAnfrage::Weg::durchProxy;
     unmoeglich_ = -1;
+    std::optional<HttpErgebnis> ergebnis;
     if (luege_ == Luege::beweisOhneHandy)
         return durchProxy ? HttpErgebnis{200, "203.0.113.9"}
                           : HttpErgebnis{
@@ -265,9 +266,8 @@ std::optional<HttpErgebnis> Sturmwelt::hole(const HttpAnfrage& anfrage) {
         case 2:
             return HttpErgebnis{500, "kaputt"};
         case 3:
-            if (durchProxy) // whatever came, it came through the phone
-                bewiesenBis_ = Dauer::max();
-            return HttpErgebnis{200, "{\"app\":\"mobilsteg\",\"zustand\":[[[[\xff"};
+            ergebnis = {200, "{\"app\":\"mobilsteg\",\"zustand\":[[[[\xff"};
+            break;
         case 4:
             unmoeglich_ = durchProxy ? -1 : zaehler_.stoerungen;
             break;
@@ -275,7 +275,8 @@ std::optional<HttpErgebnis> Sturmwelt::hole(const HttpAnfrage& anfrage) {
             welt.uhr().schlafe(std::chrono::seconds(3));
         }
     }
-    auto ergebnis = KabelWelt::hole(anfrage);
+    if (!ergebnis)
+        ergebnis = KabelWelt::hole(anfrage);
     if (unmoeglich_ >= 0 && ergebnis && ergebnis->koerper.ends_with('}')) {
         ergebnis->koerper.back() = ',';
         ergebnis->koerper +=
@@ -307,7 +308,7 @@ std::optional<Skriptfehler> Sturmwelt::fuehreSkriptAus(const std::string& quelle
     return fehler;
 }
 
-/// The process ends in the middle of a tick, having taken everything back.
+/// In the middle of a tick, everything taken back.
 void Sturmwelt::brichAb(const std::string& warum) {
     erzaehle("das Programm bricht ab: " + warum);
     if (unmoeglich_ < 0)

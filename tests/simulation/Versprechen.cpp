@@ -150,7 +150,7 @@ void Sturmwelt::andereWegeSindAufgeschrieben() {
     const auto zeilen = einstellungen.text("kabel.gastport").value_or("");
     for (const auto& [port, serial] : forwards)
         if (port != socksPort && port != gastPortAmHandy &&
-            ("\n" + zeilen + "\n").find("\n" + std::to_string(port) + "\n") == std::string::npos)
+            zeilen.find(std::to_string(port)) == std::string::npos)
             verletzt("jede Weiterleitung an einem anderen Port ist aufgeschrieben: " + std::to_string(port));
 }
 
