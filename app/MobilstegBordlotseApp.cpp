@@ -20,10 +20,6 @@ MobilstegBordlotseApp::MobilstegBordlotseApp(const Befehlszeile& zeile, const st
 
 std::unique_ptr<Kabel> MobilstegBordlotseApp::baueKabel(Schlange& haupt, Dialog& dialog) {
     const auto abbruch = [](const std::string& warum) {
-        // On the work queue: take everything back first, so that even a wrong number leaves no proxy behind.
-        Kabel& kabel = Kabel::gemeinsam();
-        kabel.protokoll("Programmierfehler: " + warum);
-        kabel.aufraeumen();
         std::fprintf(stderr, "Programmierfehler: %s\n", warum.c_str());
         std::abort();
     };

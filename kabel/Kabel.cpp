@@ -144,12 +144,19 @@ void Kabel::aufraeumen() {
     verbindung_.baueAb();
 }
 
+/// Takes everything back first, so that even a wrong number leaves no proxy behind.
+void Kabel::brichAb(const std::string& warum) {
+    protokoll("Programmierfehler: " + warum);
+    aufraeumen();
+    a_.abbruch(warum);
+}
+
 // --- what the phone told ---------------------------------------------------------------------------------
 
 void Kabel::zeigeStatus(const Antwort& antwort) {
     const auto werte = anzeige_.zeige(antwort, a_.rechnername, a_.uhr.monoton());
     if (!werte)
-        return a_.abbruch("Das Handy meldet unmögliche Zahlen");
+        return brichAb("Das Handy meldet unmögliche Zahlen");
     zeigtVerbindung_ = true;
     if (gezeigteWerte_.neu(*werte))
         aushang_.veroeffentliche([werte = *werte](Zustand& z) { werte.trageEin(z); });

@@ -57,7 +57,7 @@ public:
         Buendel buendel;
         Orte orte;
         std::string rechnername;
-        /// Ends the program after a programming error; does not return.
+        /// Ends the program after a programming error, everything taken back; does not return.
         std::function<void(const std::string&)> abbruch;
     };
 
@@ -118,6 +118,7 @@ private:
     void setze(const Phase& neu);
     void verliere(const Phase& phase);
     void verloren();
+    void brichAb(const std::string& warum);
     void zeigeStatus(const Antwort& antwort);
     void schreibeStand(const Phase& phase, const std::optional<Antwort>& antwort);
     void proxyAn();

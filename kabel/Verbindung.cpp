@@ -11,8 +11,6 @@ namespace {
 
 constexpr double forwardSekunden = 10;
 constexpr double abbauSekunden = 5;
-const std::string merkschluessel =
-    "kabel.gastport"; // as long as a forward stands at another port than the usual
 
 } // namespace
 
@@ -22,7 +20,7 @@ std::string tcp(int port) {
 
 Verbindung::Verbindung(Adb adb, Laeufer laeufer, Handy handy, Einstellungen& einstellungen)
     : adb_(std::move(adb)), laeufer_(std::move(laeufer)), handy_(std::move(handy)),
-      einstellungen_(einstellungen) {}
+      andereGastPorts_(einstellungen, "kabel.gastport") {}
 
 bool Verbindung::findeAdb() {
     if (!adbPfad_)
@@ -62,18 +60,21 @@ Ergebnis Verbindung::leiteGastseiteWeiter(std::vector<std::string>& zeilen) {
     ports.insert(ports.end(), gastPorts.begin(), gastPorts.end());
     Ergebnis letztes;
     for (const int port : ports) {
+        // Written down first: a call that is cut off, or a run that dies in the middle of it, may leave it
+        // standing.
+        if (port != gastPortAmHandy)
+            andereGastPorts_.merke(std::to_string(port));
         letztes = leiteEinenWeiter(port, gastPortAmHandy);
         if (letztes.status == 0) {
             if (port != gastPortAmHandy || handy_.gastPort != gastPortAmHandy)
                 zeilen.push_back("Gästeseite lokal auf Port " + std::to_string(port) +
                                  (port != gastPortAmHandy ? " (8080 belegt)" : ""));
             handy_.gastPort = port;
-            if (port != gastPortAmHandy)
-                einstellungen_.setzeText(merkschluessel, std::to_string(port));
             break;
         }
         if (letztes.fehler.find("already in use") == std::string::npos)
             break;
+        andereGastPorts_.vergiss(std::to_string(port));
     }
     return letztes;
 }
@@ -82,7 +83,7 @@ std::vector<std::string> Verbindung::leiteWeiter() {
     std::vector<std::string> zeilen;
     if (forwards_)
         return zeilen;
-    nimmUebriggebliebenenWeg();
+    nimmUebriggebliebeneWeg();
     forwardSerial_ = serial_;
     const Ergebnis socks = leiteEinenWeiter(socksPort, socksPort);
     const Ergebnis gastseite = leiteGastseiteWeiter(zeilen);
@@ -119,12 +120,10 @@ void Verbindung::verwirfBeweis() {
 }
 
 /// A run that was killed left its forward at a port that this one may not need: adb would keep it for good.
-void Verbindung::nimmUebriggebliebenenWeg() {
-    const auto gemerkt = einstellungen_.text(merkschluessel);
-    if (!gemerkt || *gemerkt == std::to_string(handy_.gastPort))
-        return;
-    if (entferne(*serial_, "tcp:" + *gemerkt))
-        einstellungen_.entferne(merkschluessel);
+void Verbindung::nimmUebriggebliebeneWeg() {
+    for (const auto& port : andereGastPorts_.lies())
+        if (port != std::to_string(handy_.gastPort) && entferne(*serial_, "tcp:" + port))
+            andereGastPorts_.vergiss(port);
 }
 
 bool Verbindung::entferne(const std::string& serial, const std::string& lokal) const {
@@ -136,12 +135,11 @@ void Verbindung::baueAb() {
     if (!adbPfad_ || !forwardSerial_)
         return;
     (void)entferne(*forwardSerial_, tcp(socksPort));
-    bool weg = entferne(*forwardSerial_, tcp(handy_.gastPort));
-    const auto gemerkt = einstellungen_.text(merkschluessel);
-    if (gemerkt && *gemerkt != std::to_string(handy_.gastPort))
-        weg = entferne(*forwardSerial_, "tcp:" + *gemerkt);
-    if (gemerkt && weg)
-        einstellungen_.entferne(merkschluessel);
+    auto ports = andereGastPorts_.lies();
+    ports.insert(std::to_string(handy_.gastPort));
+    for (const auto& port : ports)
+        if (entferne(*forwardSerial_, "tcp:" + port))
+            andereGastPorts_.vergiss(port);
 }
 
 } // namespace mobilsteg

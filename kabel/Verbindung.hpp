@@ -2,7 +2,7 @@
 
 #include "handy/Adb.hpp"
 #include "handy/Handy.hpp"
-#include "plattform/Einstellungen.hpp"
+#include "plattform/Merkliste.hpp"
 
 #include <array>
 #include <optional>
@@ -63,14 +63,15 @@ public:
 private:
     [[nodiscard]] Ergebnis leiteEinenWeiter(int lokal, int amHandy) const;
     [[nodiscard]] Ergebnis leiteGastseiteWeiter(std::vector<std::string>& zeilen);
-    void nimmUebriggebliebenenWeg();
+    void nimmUebriggebliebeneWeg();
     /// False: it may still stand, since adb did not come to answer.
     [[nodiscard]] bool entferne(const std::string& serial, const std::string& lokal) const;
 
     Adb adb_;
     Laeufer laeufer_;
     Handy handy_;
-    Einstellungen& einstellungen_;
+    Merkliste
+        andereGastPorts_; ///< other than the usual: a forward may stand there, by this run or an earlier one
 
     std::optional<std::string> adbPfad_;
     std::optional<std::string> serial_;

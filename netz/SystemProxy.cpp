@@ -9,12 +9,12 @@ namespace {
 constexpr double fragenSekunden = 5;
 constexpr double aendernSekunden = 10;
 const std::string merkschluessel = "proxy.dienst";
-const std::string ungewissheit = "proxy.ungewiss"; // a service per line
 
 } // namespace
 
 SystemProxy::SystemProxy(Laeufer laeufer, Orte orte, Einstellungen& einstellungen)
-    : laeufer_(std::move(laeufer)), orte_(std::move(orte)), einstellungen_(einstellungen) {}
+    : laeufer_(std::move(laeufer)), orte_(std::move(orte)), einstellungen_(einstellungen),
+      ungewisse_(einstellungen, "proxy.ungewiss") {}
 
 Ergebnis SystemProxy::networksetup(const std::vector<std::string>& argumente, double sekunden) const {
     return laeufer_(orte_.imSystem("/usr/sbin/networksetup"), argumente, sekunden);
@@ -30,12 +30,12 @@ std::optional<std::string> SystemProxy::dienst() const {
 std::optional<std::string> SystemProxy::setzen(const std::string& dienst, int port) {
     // Written down first: whoever dies between the tool's work and the remembering would leave the proxy on
     // for good.
-    const auto vorher = ungewisse();
+    const auto vorher = ungewisse_.lies();
     auto jetzt = vorher;
     jetzt.insert(dienst);
     if (const auto anderer = gemerkterDienst(); anderer && *anderer != dienst)
         jetzt.insert(*anderer); // it was to be switched off and could not; the next line forgets it
-    merkeUngewisse(jetzt);
+    ungewisse_.schreibe(jetzt);
 
     const auto adresse =
         networksetup({"-setsocksfirewallproxy", dienst, "127.0.0.1", std::to_string(port)}, aendernSekunden);
@@ -45,7 +45,7 @@ std::optional<std::string> SystemProxy::setzen(const std::string& dienst, int po
         if (abgeschnitten(adresse))
             (void)schalteAus(dienst);
         else
-            merkeUngewisse(vorher);
+            ungewisse_.schreibe(vorher);
         return fehlertext(adresse);
     }
     const auto an = networksetup({"-setsocksfirewallproxystate", dienst, "on"}, aendernSekunden);
@@ -54,8 +54,7 @@ std::optional<std::string> SystemProxy::setzen(const std::string& dienst, int po
         return fehlertext(an);
     }
     einstellungen_.setzeText(merkschluessel, dienst);
-    jetzt.erase(dienst);
-    merkeUngewisse(jetzt);
+    ungewisse_.vergiss(dienst);
     return std::nullopt;
 }
 
@@ -69,34 +68,14 @@ std::optional<std::string> SystemProxy::entfernen(const std::string& dienst) {
 
 Ergebnis SystemProxy::schalteAus(const std::string& dienst) {
     auto aus = networksetup({"-setsocksfirewallproxystate", dienst, "off"}, aendernSekunden);
-    if (aus.status == 0) {
-        auto uebrige = ungewisse();
-        uebrige.erase(dienst);
-        merkeUngewisse(uebrige);
-    }
+    if (aus.status == 0)
+        ungewisse_.vergiss(dienst);
     return aus;
 }
 
 void SystemProxy::nimmUngewisseZurueck() {
-    for (const auto& dienst : ungewisse())
+    for (const auto& dienst : ungewisse_.lies())
         (void)schalteAus(dienst);
-}
-
-std::set<std::string> SystemProxy::ungewisse() const {
-    const std::string text = einstellungen_.text(ungewissheit).value_or("");
-    const auto zeilen = teile(text, '\n');
-    return {zeilen.begin(), zeilen.end()};
-}
-
-void SystemProxy::merkeUngewisse(const std::set<std::string>& dienste) {
-    if (dienste == ungewisse())
-        return;
-    if (dienste.empty())
-        return einstellungen_.entferne(ungewissheit);
-    std::string text;
-    for (const auto& dienst : dienste)
-        text += dienst + "\n";
-    einstellungen_.setzeText(ungewissheit, text);
 }
 
 std::optional<std::string> SystemProxy::gemerkterDienst() const {

@@ -1,11 +1,10 @@
 #pragma once
 
 #include "handy/Lauf.hpp"
-#include "plattform/Einstellungen.hpp"
+#include "plattform/Merkliste.hpp"
 #include "plattform/Orte.hpp"
 
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 
@@ -47,12 +46,11 @@ public:
 private:
     [[nodiscard]] Ergebnis networksetup(const std::vector<std::string>& argumente, double sekunden) const;
     Ergebnis schalteAus(const std::string& dienst);
-    [[nodiscard]] std::set<std::string> ungewisse() const;
-    void merkeUngewisse(const std::set<std::string>& dienste);
 
     Laeufer laeufer_;
     Orte orte_;
     Einstellungen& einstellungen_;
+    Merkliste ungewisse_; ///< services whose proxy may be on beside the remembered one's
 };
 
 } // namespace mobilsteg

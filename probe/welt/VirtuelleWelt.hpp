@@ -62,8 +62,6 @@ public:
     /// runs.
     [[nodiscard]] std::size_t verklemmte() const;
 
-    class Innen;
-
 private:
     struct Teile;
     std::unique_ptr<Teile> teile_;

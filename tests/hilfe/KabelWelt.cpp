@@ -29,7 +29,7 @@ Kabel& KabelWelt::baue() {
         Kabel::Anschluesse{haupt, *q, welt.schlange("volltunnel.start"), welt.uhr(), laeufer, *this,
                            einstellungen, standdienst, skript, dialog, [this] { return browser; },
                            [this](const BrowserFund& fund) { geoeffnet.push_back(fund.name); }, buendel, orte,
-                           "Testmac", [this](const std::string& warum) { abgebrochen = warum; }});
+                           "Testmac", [this](const std::string& warum) { brichAb(warum); }});
     return *kabel;
 }
 
@@ -86,6 +86,8 @@ Ergebnis KabelWelt::werkzeug(const std::string& programm, const std::vector<std:
     fristen[aufrufe.back()] = sekunden;
     if (vorWerkzeug)
         vorWerkzeug(aufrufe.back());
+    if (auto anderes = stattWerkzeug ? stattWerkzeug(aufrufe.back()) : std::nullopt)
+        return *anderes;
     if (dauerWerkzeug > Dauer{})
         welt.uhr().schlafe(dauerWerkzeug);
     if (name == "adb")

@@ -77,6 +77,8 @@ public:
     std::optional<std::string> version = "1.0";
     std::optional<std::string> bauversion = "1";
     std::function<void(const std::string&)> vorWerkzeug; ///< told of each call before it acts
+    std::function<std::optional<Ergebnis>(const std::string&)>
+        stattWerkzeug; ///< what a call ends with instead
     Modelltunnel tunnel;
     std::map<std::string, std::string> ausgaben; ///< what other tools print; those missing here are missing
     std::vector<BrowserFund> browser;            ///< as they are found
@@ -145,6 +147,7 @@ protected:
                               double sekunden);
     virtual std::optional<Skriptfehler> fuehreSkriptAus(const std::string& quelle);
     virtual int beantworte(const Frage& frage);
+    virtual void brichAb(const std::string& warum) { abgebrochen = warum; }
 
 private:
     Ergebnis adb(const std::vector<std::string>& worte);

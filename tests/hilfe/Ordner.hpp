@@ -1,11 +1,12 @@
 #pragma once
 
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string>
 
 namespace mobilsteg {
@@ -14,7 +15,7 @@ namespace mobilsteg {
 class Ordner {
 public:
     Ordner() {
-        std::string muster = (std::filesystem::temp_directory_path() / "bordlotse-XXXXXX").string();
+        std::string muster = (wurzel() / "bordlotse-XXXXXX").string();
         pfad_ = ::mkdtemp(muster.data());
     }
     ~Ordner() {
@@ -39,10 +40,25 @@ public:
     /// A file's content; empty when it is not there.
     [[nodiscard]] std::string lies(const std::string& rest) const {
         std::ifstream datei(pfad_ + rest, std::ios::binary);
-        return {std::istreambuf_iterator<char>(datei), {}};
+        std::ostringstream text;
+        text << datei.rdbuf();
+        return text.str();
     }
 
 private:
+    /// In memory where programs may be started from there: the model world replaces a file at each tick, and
+    /// a disk is waited for each time.
+    static std::filesystem::path wurzel() {
+#ifdef ST_NOEXEC
+        struct statvfs lage {};
+        const char* const speicher = "/dev/shm";
+        if (std::getenv("TMPDIR") == nullptr && ::access(speicher, W_OK) == 0 &&
+            ::statvfs(speicher, &lage) == 0 && (lage.f_flag & ST_NOEXEC) == 0)
+            return speicher;
+#endif
+        return std::filesystem::temp_directory_path();
+    }
+
     std::string pfad_;
 };
 

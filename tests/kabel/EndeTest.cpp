@@ -45,6 +45,32 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
     EXPECT_EQ(w.aufrufe.size(), 3U);
 }
 
+/// A call that was cut off at its limit may have done its work, or none.
+TEST(Ende, einAndererPortWirdNichtVergessenWennAdbHaengt) {
+    for (const std::string haengt :
+         {"adb -s R5CT1 forward tcp:18080 tcp:8080", "adb -s R5CT1 forward --remove tcp:18080"}) {
+        SCOPED_TRACE(haengt);
+        KabelWelt w;
+        w.handys = {Modellhandy{}};
+        w.belegtePorts = {8080};
+        w.stattWerkzeug = [&](const std::string& aufruf) -> std::optional<Ergebnis> {
+            if (aufruf != haengt)
+                return std::nullopt;
+            w.forwards[18080] = "R5CT1";
+            return Ergebnis{15, "", ""};
+        };
+        w.starte();
+        w.laufeBisSekunde(1);
+        w.raeumeAuf();
+        w.stattWerkzeug = nullptr;
+        w.belegtePorts.clear();
+        w.starte(); // the next run needs no other port
+        w.welt.laufe(1s);
+        EXPECT_TRUE(w.forwards.contains(8080));
+        EXPECT_FALSE(w.forwards.contains(18080));
+    }
+}
+
 TEST(Ende, dieForwardsGehenAuchWennAdbDasHandyGeradeNichtNennt) {
     KabelWelt w;
     w.fahreLos();

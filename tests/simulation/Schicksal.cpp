@@ -57,7 +57,7 @@ void Sturmwelt::vergissForwards() {
 
 void Sturmwelt::aendereDieWelt() {
     auto* handy = handys.empty() ? nullptr : &handys.front();
-    const auto ereignis = waehle(18);
+    const auto ereignis = waehle(20);
     switch (ereignis) {
     case 0:
     case 1:
@@ -107,6 +107,12 @@ void Sturmwelt::aendereDieWelt() {
         welt.stelleWanduhr(std::chrono::seconds(static_cast<int>(waehle(20000)) - 10000));
         break;
     case 16:
+        forwardFehler = wuerfel(0.3) ? "adb: error: closed" : "";
+        break;
+    case 17:
+        networksetupFehler = wuerfel(0.3) ? "** Error: Command requires admin privileges." : "";
+        break;
+    case 18:
         tunnel = {};
         tunnel.passwort = dauer(20);
         tunnel.bisLaeuft = dauer(50);

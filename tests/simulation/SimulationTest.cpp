@@ -12,8 +12,8 @@ using namespace mobilsteg;
 namespace {
 
 TEST(Simulation, keinSamenBrichtEinVersprechen) {
-    // Beside the first ones those that once broke a promise.
-    std::vector<std::uint64_t> alle = {1459, 5035};
+    // Beside the first ones: another phone than the first carries, by an old list, by a forward not moved.
+    std::vector<std::uint64_t> alle = {319, 697};
     for (std::uint64_t samen = 1; samen <= SAMENZAHL; ++samen)
         alle.push_back(samen);
     for (const auto samen : alle) {

@@ -1,6 +1,7 @@
 #include "tests/simulation/Sturmwelt.hpp"
 
 #include "plattform/Dateien.hpp"
+#include "plattform/Text.hpp"
 
 #include <algorithm>
 #include <cstdio>
@@ -11,6 +12,19 @@ namespace {
 
 constexpr std::array rauheiten{0.0, 0.01, 0.05, 0.25};
 constexpr int laengsterNachlauf = 400; // seconds until whatever still runs or hangs has ended
+
+/// What no honest phone tells: of the wrong type, no JSON, out of any bounds, or merely odd.
+constexpr std::array unmoeglicheStatus{
+    R"({"paths":[{"iface":"wifi","healthy":true,"rtt_ms":NaN}]})",
+    R"({"paths":[{"iface":"wifi","healthy":true,"rtt_ms":"12"}]})",
+    R"({"paths":[{"iface":"wifi","healthy":true,"rtt_ms":1e400}]})",
+    R"({"paths":[{"iface":"wifi","healthy":true,"rtt_ms":-1e300}]})",
+    R"({"paths":[{"iface":"wifi","healthy":true,"rtt_ms":-7,"rtt_ruhe_ms":1e308}]})",
+    R"({"guests":[{"IP":"kabel:Testmac","BytesUp":9223372036854775807,"BytesDown":1}]})",
+    R"({"guests":[{"IP":"kabel:Testmac","BytesUp":-9223372036854775808,"BytesDown":1.0}]})",
+    R"({"guests":[{"IP":"kabel:Testmac","BytesUp":1.5,"BytesDown":0}]})",
+    R"({"funkloecher":-3,"gerettet":18446744073709551615})",
+};
 
 } // namespace
 
@@ -58,6 +72,7 @@ void Sturmwelt::starteProzess() {
     lebensbeginn_ = ordner.lies("/heim/Library/Logs/MobilstegBordlotse.log").size();
     vorgefunden_ = forwards;
     nachTick_ = false;
+    bewiesenBis_ = Dauer{-1};
     haupt.async([this] {
         baue();
         kabel->start();
@@ -134,6 +149,8 @@ void Sturmwelt::lebe(int ticks) {
     starteProzess();
     laufe(dauer(60));
     beruhige();
+    if (!kabel) // it met a wrong number
+        starteProzess();
     stecke({});
     laufe(std::chrono::seconds(150));
     stecke({Modellhandy{}});
@@ -175,7 +192,8 @@ void Sturmwelt::portaufruf(const std::string& was) {
 Ergebnis Sturmwelt::werkzeug(const std::string& programm, const std::vector<std::string>& argumente,
                              double sekunden) {
     aufrufe.clear();
-    const std::string was = argumente.empty() ? programm : programm + " " + argumente.front();
+    const auto name = programm.substr(programm.rfind('/') + 1); // its folder has another name in each run
+    const std::string was = argumente.empty() ? name : name + " " + argumente.front();
     portaufruf(was);
     welt.uhr().schlafe(dauer(0.03));
     const bool proxyAus = argumente.size() > 2 && argumente.back() == "off";
@@ -183,6 +201,10 @@ Ergebnis Sturmwelt::werkzeug(const std::string& programm, const std::vector<std:
         return {0, "", ""};
     if (luege_ == Luege::forwardBleibt && argumente.size() > 3 && argumente[3] == "--remove")
         return {0, "", ""};
+    if (!networksetupFehler.empty() && argumente.front().starts_with("-set")) {
+        ++zaehler_.stoerungen;
+        ticksOhneStoerung_ = 0;
+    }
     auto ergebnis = !ruhig_ && wuerfel(rauheit_) ? stoere(programm, argumente, sekunden)
                                                  : KabelWelt::werkzeug(programm, argumente, sekunden);
     portaufruf(was + " (getan)");
@@ -213,7 +235,8 @@ Ergebnis Sturmwelt::stoere(const std::string& programm, const std::vector<std::s
         ergebnis.ausgabe.resize(ergebnis.ausgabe.size() / 2);
         break;
     case 4:
-        ergebnis.ausgabe = "\xff\xfe(1) \n(Hardware Port: , Device: )\tdevice\n\"\0";
+        ergebnis.ausgabe =
+            alsUtf8("\xff\xfe(1) \n(Hardware Port: , Device: )\tdevice\n\"\0"); // as `lauf` does
         break;
     default:
         welt.uhr().schlafe(limit - std::chrono::milliseconds(1));
@@ -225,6 +248,8 @@ std::optional<HttpErgebnis> Sturmwelt::hole(const HttpAnfrage& anfrage) {
     portaufruf("Anfrage");
     welt.uhr().schlafe(dauer(0.05));
     const bool durchProxy = anfrage.weg == HttpAnfrage::Weg::durchProxy;
+    unmoeglich_ = -1;
+    std::optional<HttpErgebnis> ergebnis;
     if (luege_ == Luege::beweisOhneHandy)
         return durchProxy ? HttpErgebnis{200, "203.0.113.9"}
                           : HttpErgebnis{
@@ -232,7 +257,7 @@ std::optional<HttpErgebnis> Sturmwelt::hole(const HttpAnfrage& anfrage) {
     if (!ruhig_ && wuerfel(rauheit_)) {
         ++zaehler_.stoerungen;
         erzaehle("Störung: Anfrage an " + anfrage.url);
-        switch (waehle(5)) {
+        switch (waehle(6)) {
         case 0:
             return std::nullopt;
         case 1:
@@ -241,24 +266,33 @@ std::optional<HttpErgebnis> Sturmwelt::hole(const HttpAnfrage& anfrage) {
         case 2:
             return HttpErgebnis{500, "kaputt"};
         case 3:
-            return HttpErgebnis{200, "{\"app\":\"mobilsteg\",\"zustand\":[[[[\xff"};
+            ergebnis = {200, "{\"app\":\"mobilsteg\",\"zustand\":[[[[\xff"};
+            break;
+        case 4:
+            unmoeglich_ = durchProxy ? -1 : zaehler_.stoerungen;
+            break;
         default:
             welt.uhr().schlafe(std::chrono::seconds(3));
         }
     }
-    auto ergebnis = KabelWelt::hole(anfrage);
+    if (!ergebnis)
+        ergebnis = KabelWelt::hole(anfrage);
+    if (unmoeglich_ >= 0 && ergebnis && ergebnis->koerper.ends_with('}')) {
+        ergebnis->koerper.back() = ',';
+        ergebnis->koerper +=
+            std::string("\"status\":") + unmoeglicheStatus[waehle(unmoeglicheStatus.size())] + "}";
+    }
     if (durchProxy && luege_ == Luege::niemandDraussen)
         return std::nullopt;
     if (durchProxy && ergebnis)
-        zuletztBewiesen_ = welt.jetzt();
+        bewiesenBis_ = Dauer::max();
     return ergebnis;
 }
 
 std::optional<Skriptfehler> Sturmwelt::fuehreSkriptAus(const std::string& quelle) {
     portaufruf("Passwortdialog");
-    // Decided on a proven way; since then other dialogs and one tick of hanging tools may have passed.
-    constexpr auto laengstensHer = std::chrono::seconds(180);
-    if (!zuletztBewiesen_ || welt.jetzt() - *zuletztBewiesen_ > laengstensHer)
+    if (welt.jetzt() >
+        bewiesenBis_) // decided in the tick before, it may come at the moment when the next one ends
         verletzt("kein Start ohne bewiesenen Weg");
     if (existiert(stoppPfad()) &&
         !endet_) // at the end the request comes before the dialog that it makes needless
@@ -272,6 +306,17 @@ std::optional<Skriptfehler> Sturmwelt::fuehreSkriptAus(const std::string& quelle
     if (luege_ == Luege::zweiHelfer && !fehler)
         meisteHelfer = std::max(meisteHelfer, ++helfer);
     return fehler;
+}
+
+/// In the middle of a tick, everything taken back.
+void Sturmwelt::brichAb(const std::string& warum) {
+    erzaehle("das Programm bricht ab: " + warum);
+    if (unmoeglich_ < 0)
+        KabelWelt::brichAb(warum);
+    if (unmoeglich_ == zaehler_.stoerungen)
+        nachUngestoertemAufraeumen();
+    bisTod_ = -1;
+    welt.stirb();
 }
 
 int Sturmwelt::beantworte(const Frage& frage) {

@@ -53,6 +53,7 @@ private:
     std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
     std::optional<Skriptfehler> fuehreSkriptAus(const std::string& quelle) override;
     int beantworte(const Frage& frage) override;
+    void brichAb(const std::string& warum) override;
     Ergebnis stoere(const std::string& programm, const std::vector<std::string>& argumente, double sekunden);
     void portaufruf(const std::string& was);
 
@@ -75,6 +76,7 @@ private:
     void amTickende();
     void nachAuftrag();
     void amEndeEinesLebens();
+    void andereWegeSindAufgeschrieben();
     void nachUngestoertemAufraeumen();
     void nachDemSturm();
     void amEnde();
@@ -110,10 +112,11 @@ private:
     bool marke_ = false;        ///< the helper's lay there when the last tick ended
     bool nachTick_ = false;     ///< the document is this tick's and nothing happened since
     bool endet_ = false;        ///< the clean-up is under way
-    int offeneKlicks_ = 0;      ///< whose work on the work queue is still to come
+    int unmoeglich_ = -1;  ///< the faults so far, when the phone's last answer was impossible; -1: it was not
+    int offeneKlicks_ = 0; ///< whose work on the work queue is still to come
     std::string dokumentPhase_, dokumentAustritt_;
     bool dokumentProxy_ = false;
-    std::optional<Dauer> zuletztBewiesen_;
+    Dauer bewiesenBis_{-1}; ///< an exit address came through the phone, and no tick lost the way until then
     std::map<std::string, SpeicherEinstellungen::Wert> gesetzt_;
 };
 

@@ -47,10 +47,10 @@ void Sturmwelt::amTickende() {
         ordner.lies("/heim/Library/Application Support/Mobilsteg Bordlotse/stand.json") !=
             standdienst.dokument)
         verletzt("die Datei gleicht dem, was der Dienst ausliefert");
-    // A list that came late may have led to a phone that is no longer the first one, and carries all the
-    // same.
+    // A list that came late, or a forward that could not be moved, may still lead to a phone that is no
+    // longer the first one, and carries all the same.
     const bool getragen = std::any_of(handys.begin(), handys.end(), [&](const auto& h) {
-        return h.serial == dokument.value("handy", "") && traegt(h);
+        return forwards.contains(socksPort) && h.serial == forwards[socksPort] && traegt(h);
     });
     if (ticksOhneWeg_ >= 0)
         ticksOhneWeg_ = getragen ? 0 : ticksOhneWeg_ + 1;
@@ -59,8 +59,8 @@ void Sturmwelt::amTickende() {
     dokumentAustritt_ = dokument.value("austritt", "");
     dokumentProxy_ = dokument.value("proxy_gesetzt", false);
     nachTick_ = true;
-    if (!dokumentAustritt_.empty())
-        zuletztBewiesen_ = welt.jetzt();
+    if (dokumentAustritt_.empty() || ticksOhneWeg_ >= 2)
+        bewiesenBis_ = std::min(bewiesenBis_, welt.jetzt());
     if (dokument.value("faehrt", false)) {
         ++zaehler_.fahrten;
         faehrtNurAufBewiesenemWeg(dokumentPhase_, dokumentAustritt_);
@@ -98,6 +98,7 @@ void Sturmwelt::nachAuftrag() {
     if (!kabel || !welt.ruht())
         return;
     standGleichtZustand();
+    andereWegeSindAufgeschrieben();
     gespeichertIstWasGesetztWurde();
 }
 
@@ -144,7 +145,17 @@ void Sturmwelt::keineZweiGleichenZeilen() {
     }
 }
 
+/// Or a later run, which finds the usual port free, would not know of them.
+void Sturmwelt::andereWegeSindAufgeschrieben() {
+    const auto zeilen = einstellungen.text("kabel.gastport").value_or("");
+    for (const auto& [port, serial] : forwards)
+        if (port != socksPort && port != gastPortAmHandy &&
+            zeilen.find(std::to_string(port)) == std::string::npos)
+            verletzt("jede Weiterleitung an einem anderen Port ist aufgeschrieben: " + std::to_string(port));
+}
+
 void Sturmwelt::amEndeEinesLebens() {
+    andereWegeSindAufgeschrieben();
     keineZweiGleichenZeilen();
 }
 
