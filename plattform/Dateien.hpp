@@ -19,6 +19,7 @@ public:
     [[nodiscard]] int nummer() const { return nummer_; }
     explicit operator bool() const { return nummer_ >= 0; }
     void schliesse();
+    void gibAb() { nummer_ = -1; } ///< somebody else closes it now
 
 private:
     int nummer_ = -1;

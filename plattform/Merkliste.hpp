@@ -8,15 +8,23 @@
 namespace mobilsteg {
 
 /// What this run may leave behind and a later one has to take back: a setting with a line each, gone when it
-/// is empty. Not changed by anybody else meanwhile.
+/// is empty. Reads and writes the settings at each call, on the caller's queue, which has to be always the
+/// same one.
 class Merkliste {
 public:
+    /// `einstellungen` must outlive it.
     Merkliste(Einstellungen& einstellungen, std::string schluessel)
         : einstellungen_(einstellungen), schluessel_(std::move(schluessel)) {}
 
+    /// Empty: nothing is left behind.
     [[nodiscard]] std::set<std::string> lies() const;
+
+    /// Instead of all that is there; an entry has no line break.
     void schreibe(const std::set<std::string>& neue);
+
     void merke(const std::string& eines);
+
+    /// Without effect if it is not there.
     void vergiss(const std::string& eines);
 
 private:

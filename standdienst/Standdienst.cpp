@@ -1,5 +1,6 @@
 #include "standdienst/Standdienst.hpp"
 
+#include "plattform/Buchse.hpp"
 #include "plattform/Text.hpp"
 
 #include <asio/buffer.hpp>
@@ -9,12 +10,13 @@
 #include <asio/steady_timer.hpp>
 #include <asio/write.hpp>
 
-#include <fcntl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <list>
 #include <mutex>
 
@@ -26,11 +28,14 @@ using asio::ip::tcp;
 using Fehler = std::error_code;
 
 constexpr std::size_t groessterBlock = 8192;
+// So many new connections are taken in one go at most: timers and the end want their turn.
+constexpr int meisteAufEinmal = 64;
 // How long the listener rests when the system has no descriptor left for a new connection.
 constexpr auto atempause = std::chrono::milliseconds(200);
 
-void nichtVererben(int nummer) {
-    ::fcntl(nummer, F_SETFD, FD_CLOEXEC);
+/// Whether such a request's client has nothing more to say.
+bool istAlles(std::string_view anfrage) {
+    return (anfrage.starts_with("GET ") || anfrage.starts_with("OPTIONS ")) && anfrage.ends_with("\r\n\r\n");
 }
 
 /// Clients must not take the descriptors that running the tools needs: a program started from the Mac's
@@ -60,7 +65,9 @@ struct Standdienst::Innen : std::enable_shared_from_this<Innen> {
 
     void horche();
     void nimmAn();
-    void bediene(tcp::socket socket);
+    void nimmWartendeAn();
+    void bediene(Deskriptor verbindung);
+    std::shared_ptr<Klient> nimmAuf(Deskriptor verbindung);
     [[nodiscard]] std::string dokument() const {
         const std::lock_guard wache(schloss);
         return json;
@@ -72,7 +79,8 @@ struct Standdienst::Innen : std::enable_shared_from_this<Innen> {
     std::uint16_t wunschport;
     Grenzen grenzen;
     std::atomic<std::uint16_t> port{0};
-    Klienten offene; // oldest first
+    Klienten offene;                          // oldest first
+    std::array<char, groessterBlock> block{}; // of whoever is served right now
 
     mutable std::mutex schloss; // guards json; never held while sending
     std::string json = "{}";
@@ -80,23 +88,41 @@ struct Standdienst::Innen : std::enable_shared_from_this<Innen> {
 
 namespace {
 
-/// One client: one chunk in, one answer out. It takes itself from the list when it is done.
+/// One client that could not be served in one go. It takes itself from the list when it is done.
 class Klient : public std::enable_shared_from_this<Klient> {
 public:
     Klient(tcp::socket socket, Dauer stille)
         : socket_(std::move(socket)), zeitgeber_(socket_.get_executor(), stille) {}
 
-    /// `dokument` yields what is to be served when the request has come; `fertig` runs once, at the end.
-    void beginne(std::function<std::string()> dokument, std::function<void()> fertig) {
+    /// `fertig` runs once, at the end.
+    void beginne(std::function<void()> fertig) {
         fertig_ = std::move(fertig);
         // A client that keeps neither speaking nor reading would otherwise hold its place for ever.
         zeitgeber_.async_wait([schwach = weak_from_this()](const Fehler& fehler) {
             if (const auto selbst = schwach.lock(); selbst && !fehler)
                 selbst->trenne();
         });
-        socket_.async_read_some(asio::buffer(block_),
-                                [selbst = shared_from_this(), dokument = std::move(dokument)](
-                                    const Fehler&, std::size_t n) { selbst->antworte(n, dokument()); });
+    }
+
+    /// One chunk in, one answer out. `dokument` yields what is to be served when the request has come.
+    void lies(std::function<std::string()> dokument) {
+        socket_.async_read_some(
+            asio::buffer(block_),
+            [selbst = shared_from_this(), dokument = std::move(dokument)](const Fehler&, std::size_t n) {
+                const std::string_view anfrage(selbst->block_.data(), n);
+                selbst->schreibe(Standdienst::antwort(anfrage, dokument()), 0, istAlles(anfrage));
+            });
+    }
+
+    /// The answer from its byte `ab` on; `alles`: nothing more is to come from the client.
+    void schreibe(std::string antwort, std::size_t ab, bool alles) {
+        if (!socket_.is_open())
+            return;
+        antwort_ = std::move(antwort);
+        asio::async_write(socket_, asio::buffer(antwort_) + ab,
+                          [selbst = shared_from_this(), alles](const Fehler&, std::size_t) {
+                              alles ? selbst->trenne() : selbst->verabschiede();
+                          });
     }
 
     /// Ends it now; what is under way is cancelled.
@@ -109,24 +135,6 @@ public:
     }
 
 private:
-    void antworte(std::size_t n, const std::string& dokument) {
-        if (!socket_.is_open())
-            return;
-        const std::string_view anfrage(block_.data(), n);
-        antwort_ = Standdienst::antwort(anfrage, dokument);
-        asio::async_write(
-            socket_, asio::buffer(antwort_),
-            [selbst = shared_from_this(), alles = istAlles(anfrage)](const Fehler&, std::size_t) {
-                alles ? selbst->trenne() : selbst->verabschiede();
-            });
-    }
-
-    /// Whether such a request's client has nothing more to say.
-    static bool istAlles(std::string_view anfrage) {
-        return (anfrage.starts_with("GET ") || anfrage.starts_with("OPTIONS ")) &&
-               anfrage.ends_with("\r\n\r\n");
-    }
-
     /// Closing with unread bytes resets the connection, and the reset may overtake the answer: so the rest of
     /// a long request is read away before the close.
     void verabschiede() {
@@ -181,6 +189,8 @@ void Standdienst::Innen::horche() {
         horcher.bind(stelle, fehler);
     if (!fehler)
         horcher.listen(asio::socket_base::max_listen_connections, fehler);
+    if (!fehler)
+        horcher.native_non_blocking(true, fehler);
     if (fehler) {
         Fehler egal;
         horcher.close(egal);
@@ -191,38 +201,64 @@ void Standdienst::Innen::horche() {
 }
 
 void Standdienst::Innen::nimmAn() {
-    horcher.async_accept([selbst = shared_from_this()](const Fehler& fehler, tcp::socket socket) {
-        // A connection may have been accepted already when the listener was closed.
-        if (!selbst->horcher.is_open())
-            return;
-        if (!fehler) {
-            nichtVererben(socket.native_handle());
-            selbst->bediene(std::move(socket));
-            return selbst->nimmAn();
-        }
-        selbst->pause.expires_after(atempause);
-        selbst->pause.async_wait([selbst](const Fehler& abbruch) {
-            if (!abbruch && selbst->horcher.is_open())
-                selbst->nimmAn();
-        });
+    horcher.async_wait(tcp::acceptor::wait_read, [selbst = shared_from_this()](const Fehler& fehler) {
+        if (!fehler && selbst->horcher.is_open())
+            selbst->nimmWartendeAn();
     });
 }
 
-void Standdienst::Innen::bediene(tcp::socket socket) {
+void Standdienst::Innen::nimmWartendeAn() {
+    for (int i = 0; i < meisteAufEinmal; ++i) {
+        auto verbindung = naechsteVerbindung(horcher.native_handle());
+        if (verbindung)
+            bediene(std::move(verbindung));
+        else if (errno == EAGAIN)
+            break;
+        else if (errno != EINTR && errno != ECONNABORTED) {
+            pause.expires_after(atempause);
+            return pause.async_wait([selbst = shared_from_this()](const Fehler& abbruch) {
+                if (!abbruch && selbst->horcher.is_open())
+                    selbst->nimmAn();
+            });
+        }
+    }
+    nimmAn();
+}
+
+/// Mostly the request has come with the connection, and the answer fits into the system's buffer: then
+/// everything is done here and now, and nobody need be woken again for it.
+void Standdienst::Innen::bediene(Deskriptor verbindung) {
+    const ssize_t gelesen = ::read(verbindung.nummer(), block.data(), block.size());
+    if (gelesen < 0) {
+        if (errno == EAGAIN || errno == EINTR)
+            nimmAuf(std::move(verbindung))->lies([innen = weak_from_this()] {
+                const auto selbst = innen.lock();
+                return selbst ? selbst->dokument() : std::string("{}");
+            });
+        return;
+    }
+    const std::string_view anfrage(block.data(), static_cast<std::size_t>(gelesen));
+    std::string antwort = Standdienst::antwort(anfrage, dokument());
+    const std::size_t ab = schreibeZuletzt(verbindung.nummer(), antwort);
+    if (ab < antwort.size() || !istAlles(anfrage))
+        nimmAuf(std::move(verbindung))->schreibe(std::move(antwort), ab, istAlles(anfrage));
+}
+
+std::shared_ptr<Klient> Standdienst::Innen::nimmAuf(Deskriptor verbindung) {
     if (offene.size() >= grenzen.verbindungen)
         offene.front()->trenne();
-    auto verbindung = std::make_shared<Klient>(std::move(socket), grenzen.stille);
-    const auto platz = offene.insert(offene.end(), verbindung);
-    const auto innen = weak_from_this();
-    verbindung->beginne(
-        [innen] {
-            const auto selbst = innen.lock();
-            return selbst ? selbst->dokument() : std::string("{}");
-        },
-        [innen, platz] {
-            if (const auto selbst = innen.lock())
-                selbst->offene.erase(platz);
-        });
+    tcp::socket socket(horcher.get_executor());
+    Fehler fehler; // then its first read fails, and its time runs out
+    socket.assign(tcp::v4(), verbindung.nummer(), fehler);
+    if (!fehler)
+        verbindung.gibAb();
+    auto klient = std::make_shared<Klient>(std::move(socket), grenzen.stille);
+    const auto platz = offene.insert(offene.end(), klient);
+    klient->beginne([innen = weak_from_this(), platz] {
+        if (const auto selbst = innen.lock())
+            selbst->offene.erase(platz);
+    });
+    return klient;
 }
 
 Standdienst::Standdienst(AsioSchlange& schlange, std::uint16_t port, Grenzen grenzen)
