@@ -33,9 +33,15 @@ constexpr int meisteAufEinmal = 64;
 // How long the listener rests when the system has no descriptor left for a new connection.
 constexpr auto atempause = std::chrono::milliseconds(200);
 
-/// Whether such a request's client has nothing more to say.
+/// Whether such a request's client has nothing more to say: behind what fills the block more may lie, and a
+/// body may travel in a packet of its own.
 bool istAlles(std::string_view anfrage) {
-    return (anfrage.starts_with("GET ") || anfrage.starts_with("OPTIONS ")) && anfrage.ends_with("\r\n\r\n");
+    if (anfrage.size() == groessterBlock || !anfrage.ends_with("\r\n\r\n") ||
+        !(anfrage.starts_with("GET ") || anfrage.starts_with("OPTIONS ")))
+        return false;
+    const std::string kopf = inKleinbuchstaben(anfrage);
+    return kopf.find("\ncontent-length:") == std::string::npos &&
+           kopf.find("\ntransfer-encoding:") == std::string::npos;
 }
 
 /// Clients must not take the descriptors that running the tools needs: a program started from the Mac's

@@ -58,6 +58,16 @@ TEST_F(StanddienstTest, antwortetAufJedesErsteWort) {
     weitschweifiger.sende("POST / HTTP/1.1\r\n\r\n" + std::string(60'000, 'x'));
     EXPECT_EQ(weitschweifiger.lies(), antwortMit(dokument));
     EXPECT_FALSE(weitschweifiger.abgerissen()) << "on other systems a reset takes the unread answer with it";
+    const std::string genauEinBlock = "GET / HTTP/1.1\r\nX: " + std::string(8169, 'x') + "\r\n\r\n";
+    for (const auto& kopf :
+         {std::string("GET / HTTP/1.1\r\ncontent-Length: 4\r\n\r\n"),
+          std::string("GET / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n"), genauEinBlock}) {
+        const Klient nachsender(dienst.port());
+        nachsender.sende(kopf);
+        EXPECT_EQ(nachsender.lies(), antwortMit(dokument));
+        nachsender.sende("rest");
+        EXPECT_FALSE(nachsender.abgerissen()) << kopf.substr(0, 50);
+    }
     const Klient stummer(dienst.port());
     stummer.sagtNichtsMehr();
     EXPECT_EQ(stummer.lies(), antwortMit(dokument));
