@@ -2,6 +2,7 @@
 
 #include "ansicht/terminal/Zeilen.hpp"
 
+#include <sys/select.h>
 #include <unistd.h>
 
 #include <array>
@@ -17,6 +18,14 @@ namespace {
 
 // Whoever types faster than this is no person, and has to wait.
 constexpr std::size_t meisteWartende = 1000;
+
+/// Another program that shares the input with us may have made it one that does not block.
+void warteAufEingabe() {
+    fd_set eingabe; // not poll: a Mac's knows no terminals
+    FD_ZERO(&eingabe);
+    FD_SET(STDIN_FILENO, &eingabe);
+    ::select(STDIN_FILENO + 1, &eingabe, nullptr, nullptr, nullptr);
+}
 
 } // namespace
 
@@ -64,6 +73,10 @@ struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
             const ssize_t n = ::read(STDIN_FILENO, block.data(), block.size());
             if (n < 0 && errno == EINTR)
                 continue;
+            if (n < 0 && errno == EAGAIN) {
+                warteAufEingabe();
+                continue;
+            }
             if (n <= 0)
                 break;
             zeilen.nimm({block.data(), static_cast<std::size_t>(n)},

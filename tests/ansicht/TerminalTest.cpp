@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 using namespace mobilsteg;
@@ -34,16 +35,23 @@ TEST(Terminaldialog, zeilenAntwortenUndDasEndeDerEingabeSchliesst) {
     int rohr[2];
     ASSERT_EQ(::pipe(rohr), 0);
     ::dup2(rohr[0], STDIN_FILENO);
-    const std::string zeilen = "2\n Ja \t\n3\nNein!\n1"; // the last one without its line end
-    EXPECT_EQ(::write(rohr[1], zeilen.data(), zeilen.size()), static_cast<ssize_t>(zeilen.size()));
-    ::close(rohr[1]);
+    ::fcntl(STDIN_FILENO, F_SETFL, O_NONBLOCK); // as another program that shares the input may have left it
     VirtuelleWelt welt;
     Eingabe eingabe(welt.schlange("haupt"), {});
     eingabe.beginne();
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> ausgabe(std::tmpfile(), std::fclose);
     Terminaldialog dialog(ausgabe.get(), eingabe);
-    for (const int antwort : {1, 0, -1, -1, 0, -1, -1})
-        EXPECT_EQ(dialog.frage({"Frage?", "Darum.", {"Ja", "Nein"}}), antwort);
+    const Frage frage{"Frage?", "Darum.", {"Ja", "Nein"}};
+    const auto schreibe = [&](std::string_view text) { (void)!::write(rohr[1], text.data(), text.size()); };
+    for (const auto& [zeile, antwort] : std::initializer_list<std::pair<const char*, int>>{
+             {"2\n", 1}, {" Ja \t\n", 0}, {"3\nNein!\n", -1}, {"", -1}, {"1\n", 0}, {"2\n", 1}}) {
+        schreibe(zeile);
+        EXPECT_EQ(dialog.frage(frage), antwort) << zeile;
+    }
+    schreibe("1"); // the last one without its line end
+    ::close(rohr[1]);
+    for (const int antwort : {0, -1, -1})
+        EXPECT_EQ(dialog.frage(frage), antwort);
 }
 
 TEST(Befehle, verstehenNurWasDasFeldZeigt) {
