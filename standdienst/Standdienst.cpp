@@ -145,15 +145,17 @@ private:
     /// a long request is read away before the close.
     void verabschiede() {
         Fehler fehler;
-        socket_.shutdown(tcp::socket::shutdown_send, fehler);
-        if (fehler)
-            return trenne();
+        socket_.shutdown(tcp::socket::shutdown_send, fehler); // once: a second one ends a Mac's reading, too
+        fehler ? trenne() : liesWeg();
+    }
+
+    void liesWeg() {
         socket_.async_read_some(asio::buffer(block_),
                                 [selbst = shared_from_this()](const Fehler& ende, std::size_t n) {
                                     selbst->weggelesen_ += n;
                                     if (ende || selbst->weggelesen_ > meistesWeglesen)
                                         return selbst->trenne();
-                                    selbst->verabschiede();
+                                    selbst->liesWeg();
                                 });
     }
 
