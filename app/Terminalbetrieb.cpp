@@ -7,6 +7,7 @@
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "app/Delegate.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
+#include "plattform/Text.hpp"
 
 #include <cstdio>
 #include <optional>
@@ -26,7 +27,7 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
     std::optional<Tafel> tafel;
     Bedienpult pult(kabel, [&] { haupt.halt(); });
     befehl = [&](const std::string& befehlszeile) {
-        if (befehlszeile.empty())
+        if (beschnitten(befehlszeile).empty())
             return;
         // Not the drawn tree: two lines may come before it is drawn again.
         const auto verstanden = verstehe(befehlszeile, inhalt(kabel.aushang().zustand(), bundleB2B));
