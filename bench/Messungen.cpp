@@ -79,6 +79,8 @@ void alsFensterZeichnen(benchmark::State& lauf) {
     z.gleise.back() = "WLAN · weg";
     const Baum nachher = inhalt(z, false);
     Panelfenster fenster([](const Aktion&) {});
+    fenster.zeichne(vorher);
+    fenster.show(); // Qt prepares every picture of a hidden window from the beginning
     bool neu = false;
     for (auto _ : lauf) {
         fenster.zeichne((neu = !neu) ? nachher : vorher);

@@ -65,7 +65,8 @@ def wartungen(nummer):
 
 def weckungen(nummer, sekunden, was=time.sleep):
     """How often per second one of its threads was woken that had slept for longer than a tool takes to answer, in
-    whatever call of the system; meanwhile `was` is done. The tools themselves are not watched: that would slow them."""
+    whatever call of the system; meanwhile `was` is done. The tools themselves are not watched: that would slow them.
+    Their ends interrupt only a process that is watched: otherwise the system throws that signal away."""
     faeden = [wort for f in pathlib.Path(f"/proc/{nummer}/task").iterdir() for wort in ("-p", f.name)]
     with tempfile.NamedTemporaryFile() as spur:
         beobachter = subprocess.Popen(["strace", "-T", "-o", spur.name, *faeden], stderr=subprocess.DEVNULL)
@@ -76,7 +77,8 @@ def weckungen(nummer, sekunden, was=time.sleep):
         finally:
             beobachter.terminate()
             beobachter.wait()
-        return sum(float(s) >= 0.05 for s in re.findall(r"<(\d+\.\d+)>$", lies(spur.name), re.M)) / sekunden
+        geweckt = [zeile for zeile in lies(spur.name).splitlines() if " EINTR " not in zeile]
+        return sum(float(s) >= 0.05 for s in re.findall(r"<(\d+\.\d+)>$", "\n".join(geweckt), re.M)) / sekunden
 
 
 def speicher(nummer):
