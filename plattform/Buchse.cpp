@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <iterator>
 
 namespace mobilsteg {
 
@@ -17,10 +18,8 @@ Deskriptor naechsteVerbindung(int horcher) {
     return Deskriptor(::accept4(horcher, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
 }
 
-std::size_t schreibeZuletzt(int nummer, std::string_view bytes) {
-    const ssize_t n = ::send(nummer, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_MORE);
-    return static_cast<std::size_t>(std::max<ssize_t>(n, 0));
-}
+// Held back until the end of the direction, which then travels in the same packet.
+constexpr int sendeart = MSG_NOSIGNAL | MSG_MORE;
 
 #else
 
@@ -35,11 +34,15 @@ Deskriptor naechsteVerbindung(int horcher) {
     return verbindung;
 }
 
-std::size_t schreibeZuletzt(int nummer, std::string_view bytes) {
-    const ssize_t n = ::send(nummer, bytes.data(), bytes.size(), 0);
-    return static_cast<std::size_t>(std::max<ssize_t>(n, 0));
-}
+constexpr int sendeart = 0;
 
 #endif
+
+std::size_t schreibeZuletzt(int nummer, std::string_view bytes) {
+    const ssize_t n = ::send(nummer, bytes.data(), bytes.size(), sendeart);
+    if (n == std::ssize(bytes))
+        ::shutdown(nummer, SHUT_WR);
+    return static_cast<std::size_t>(std::max<ssize_t>(n, 0));
+}
 
 } // namespace mobilsteg

@@ -18,8 +18,8 @@ void nichtVererben(int nummer);
 [[nodiscard]] Deskriptor naechsteVerbindung(int horcher);
 
 /// The last bytes of a connection: as many of them as the system takes at once, and how many that were; 0
-/// also when the client has gone. Close or write on at once: the system may hold them back until then, to
-/// send the end with them.
+/// also when the client has gone. With the last of them goes the end of this direction: a close right behind
+/// may still reset a client that has more to say, but no longer the answer.
 [[nodiscard]] std::size_t schreibeZuletzt(int nummer, std::string_view bytes);
 
 } // namespace mobilsteg

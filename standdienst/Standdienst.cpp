@@ -140,15 +140,8 @@ public:
             fertig();
     }
 
-private:
     /// Closing with unread bytes resets the connection, and the reset may overtake the answer: so the rest of
     /// a long request is read away before the close.
-    void verabschiede() {
-        Fehler fehler;
-        socket_.shutdown(tcp::socket::shutdown_send, fehler); // once: a second one ends a Mac's reading, too
-        fehler ? trenne() : liesWeg();
-    }
-
     void liesWeg() {
         socket_.async_read_some(asio::buffer(block_),
                                 [selbst = shared_from_this()](const Fehler& ende, std::size_t n) {
@@ -157,6 +150,13 @@ private:
                                         return selbst->trenne();
                                     selbst->liesWeg();
                                 });
+    }
+
+private:
+    void verabschiede() {
+        Fehler fehler;
+        socket_.shutdown(tcp::socket::shutdown_send, fehler); // once: a second one ends a Mac's reading, too
+        fehler ? trenne() : liesWeg();
     }
 
     static constexpr std::size_t meistesWeglesen = 1U << 20U;
@@ -248,8 +248,11 @@ void Standdienst::Innen::bediene(Deskriptor verbindung) {
     const std::string_view anfrage(block.data(), static_cast<std::size_t>(gelesen));
     std::string antwort = Standdienst::antwort(anfrage, dokument());
     const std::size_t ab = schreibeZuletzt(verbindung.nummer(), antwort);
-    if (ab < antwort.size() || !istAlles(anfrage))
-        nimmAuf(std::move(verbindung))->schreibe(std::move(antwort), ab, istAlles(anfrage));
+    const bool alles = istAlles(anfrage);
+    if (ab == antwort.size() && alles)
+        return;
+    const auto klient = nimmAuf(std::move(verbindung));
+    ab == antwort.size() ? klient->liesWeg() : klient->schreibe(std::move(antwort), ab, alles);
 }
 
 std::shared_ptr<Klient> Standdienst::Innen::nimmAuf(Deskriptor verbindung) {
