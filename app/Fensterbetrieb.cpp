@@ -5,15 +5,18 @@
 #include "app/MobilstegBordlotseApp.hpp"
 #include "plattform/Oberflaeche.hpp"
 
+#include <cstdio>
+#include <filesystem>
 #include <optional>
 
 namespace mobilsteg {
 
-bool anzeigeVorhanden() {
-    return QtBetrieb::anzeigeVorhanden();
-}
-
 int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& anzahl, char** worte) {
+    if (!QtBetrieb::anzeigeVorhanden()) {
+        std::fprintf(stderr, "%s: Keine Anzeige gefunden. Im Terminal läuft das Programm mit --terminal.\n",
+                     std::filesystem::path(worte[0]).filename().c_str());
+        return 1;
+    }
     QtBetrieb qt(anzahl, worte);
     MobilstegBordlotseApp app(zeile, kennung, qt.schlange(), qt.dialog());
     Kabel& kabel = app.kabel();

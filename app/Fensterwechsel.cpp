@@ -12,10 +12,6 @@
 
 namespace mobilsteg {
 
-bool anzeigeVorhanden() {
-    return true; // the other one looks for it
-}
-
 int fensterbetrieb(const Befehlszeile&, const std::string&, int&, char** worte) {
     const std::string eigenes = eigenesProgramm();
     const std::string programm = eigenes + "-fenster";

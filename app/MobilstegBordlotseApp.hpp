@@ -45,10 +45,6 @@ private:
 /// Runs the program in the terminal until its user or a signal ends it; returns the exit status.
 int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung);
 
-/// Whether the menu-bar program could show itself here. May block for a moment. The program that has no Qt
-/// does not know, and says yes.
-[[nodiscard]] bool anzeigeVorhanden();
-
 /// Runs the menu-bar program until its user or a signal ends it; returns the exit status. Qt takes its own
 /// options out of `worte`. The program that has no Qt becomes the one beside it, and returns only if that
 /// failed.

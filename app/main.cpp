@@ -37,9 +37,5 @@ int main(int anzahl, char** worte) {
     case Befehlszeile::Tat::menueleiste:
         break;
     }
-    if (anzeigeVorhanden())
-        return fensterbetrieb(zeile, MOBILSTEG_KENNUNG, anzahl, worte);
-    std::fprintf(stderr, "%s: Keine Anzeige gefunden. Im Terminal läuft das Programm mit --terminal.\n",
-                 programm.c_str());
-    return 1;
+    return fensterbetrieb(zeile, MOBILSTEG_KENNUNG, anzahl, worte);
 }

@@ -70,8 +70,8 @@ private:
     Adb adb_;
     Laeufer laeufer_;
     Handy handy_;
-    Merkliste
-        andereGastPorts_; ///< other than the usual: a forward may stand there, by this run or an earlier one
+    /// Other than the usual: a forward may stand there, by this run or an earlier one.
+    Merkliste andereGastPorts_;
 
     std::optional<std::string> adbPfad_;
     std::optional<std::string> serial_;

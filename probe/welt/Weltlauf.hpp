@@ -74,7 +74,9 @@ public:
     void laufe(Dauer bis, const std::function<bool()>* bedingung);
     /// Called in the middle of a job: lets the world go on until the job's own turn comes again.
     void warte(Wartender& wartender);
+    /// Unwinds every waiting job and drops what is queued; the world can live on.
     void begrabe();
+    /// The same, and its threads end.
     void beende();
 
     Dauer jetzt{};

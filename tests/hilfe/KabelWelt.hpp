@@ -77,8 +77,8 @@ public:
     std::optional<std::string> version = "1.0";
     std::optional<std::string> bauversion = "1";
     std::function<void(const std::string&)> vorWerkzeug; ///< told of each call before it acts
-    std::function<std::optional<Ergebnis>(const std::string&)>
-        stattWerkzeug; ///< what a call ends with instead
+    /// What a call ends with instead; absent: as always.
+    std::function<std::optional<Ergebnis>(const std::string&)> stattWerkzeug;
     Modelltunnel tunnel;
     std::map<std::string, std::string> ausgaben; ///< what other tools print; those missing here are missing
     std::vector<BrowserFund> browser;            ///< as they are found
