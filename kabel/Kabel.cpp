@@ -90,9 +90,11 @@ void Kabel::schrittInnen() {
     if (!verbindung_.bewiesen()) {
         setze(Phase::Art::pruefung);
         const auto adresse = verbindung_.beweise();
-        if (!adresse) // no teardown: the forwards stand, and the next tick proves again
+        if (!adresse) { // no teardown: the forwards stand, and the next tick proves again
+            proxyWeg(); // mostly there is none; the tools may have refused when the link was lost
             return setze(
                 Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?"));
+        }
         protokoll("Beweis: draußen als " + *adresse);
         aushang_.veroeffentliche([adresse = *adresse](Zustand& z) { z.austritt = adresse; });
         if (proxyAutomatisch_)

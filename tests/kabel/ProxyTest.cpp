@@ -65,6 +65,8 @@ TEST(Proxy, einVerungluecktesEntfernenWirdWiederholt) {
     EXPECT_TRUE(w.socksAn["Wi-Fi"]);
     EXPECT_THAT(w.protokoll(), Contains("System-Proxy entfernt von Wi-Fi"));
     w.networksetupFehler.clear();
+    w.handys = {Modellhandy{}};
+    w.handys[0].austritt.reset(); // there it is again, but without a path
     w.laufeBisSekunde(6.5);
     EXPECT_FALSE(w.socksAn["Wi-Fi"]) << "the remembered service lets the next tick try again";
 }

@@ -72,6 +72,7 @@ void Sturmwelt::starteProzess() {
     lebensbeginn_ = ordner.lies("/heim/Library/Logs/MobilstegBordlotse.log").size();
     vorgefunden_ = forwards;
     nachTick_ = false;
+    ticksOhneBeweis_ = 0;
     bewiesenBis_ = Dauer{-1};
     haupt.async([this] {
         baue();

@@ -108,6 +108,7 @@ private:
     Wecker schicksal_;
 
     int ticksOhneWeg_ = -1;     ///< since the way was last good; -1: it is
+    int ticksOhneBeweis_ = 0;   ///< without an exit address, though a phone may share and allow
     int ticksOhneStoerung_ = 0; ///< of networksetup
     bool marke_ = false;        ///< the helper's lay there when the last tick ended
     bool nachTick_ = false;     ///< the document is this tick's and nothing happened since

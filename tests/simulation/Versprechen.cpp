@@ -54,6 +54,7 @@ void Sturmwelt::amTickende() {
     });
     if (ticksOhneWeg_ >= 0)
         ticksOhneWeg_ = getragen ? 0 : ticksOhneWeg_ + 1;
+    ticksOhneBeweis_ = dokument.value("austritt", "").empty() ? ticksOhneBeweis_ + 1 : 0;
     if (const auto phase = dokument.value("phase", ""); phase != std::exchange(dokumentPhase_, phase))
         erzaehle("Tick: " + phase);
     dokumentAustritt_ = dokument.value("austritt", "");
@@ -81,7 +82,7 @@ void Sturmwelt::faehrtNurAufBewiesenemWeg(const std::string& phase, const std::s
 
 void Sturmwelt::proxyNieLaengerAlsZweiTicksOhneWeg() {
     const bool an = std::any_of(socksAn.begin(), socksAn.end(), [](const auto& s) { return s.second; });
-    if (an && ticksOhneWeg_ >= 2 && ticksOhneStoerung_ >= 2)
+    if (an && std::max(ticksOhneWeg_, ticksOhneBeweis_) >= 2 && ticksOhneStoerung_ >= 2)
         verletzt("zwei Ticks nach dem Verlust des Weges ist der Proxy aus");
 }
 
