@@ -91,8 +91,14 @@ void Kabel::volltunnelNachziehen() {
             volltunnelWeg();
         return;
     }
-    if (!tunnel_.startFaellig(verbindung_.bewiesen()))
+    if (!tunnel_.startFaellig(verbindung_.bewiesen())) {
+        if (tunnel_.wartetAufFremden()) {
+            const std::string hinweis = "Volltunnel wartet: ein anderer Helfer läuft noch";
+            protokoll(hinweis);
+            aushang_.veroeffentliche([hinweis](Zustand& z) { z.meldung = hinweis; });
+        }
         return;
+    }
     const auto auftrag = tunnel_.beginne(proxy_.dienstFuerTunnel());
     protokoll("Volltunnel: starte (Admin-Passwort)…");
     a_.volltunnelQ.async([this, auftrag] {

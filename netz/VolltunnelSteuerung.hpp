@@ -30,6 +30,9 @@ public:
     /// the request to stop is a dead helper's and is removed.
     [[nodiscard]] bool aufgeschobenerFaellig(bool bewiesen);
 
+    /// Whether a start is put off because of a helper that nobody has asked to go: another copy's.
+    [[nodiscard]] bool wartetAufFremden() const { return aufgeschoben_ && !volltunnel_.stoppGebeten(); }
+
     /// Marks a start as under way, and says what it is to be started with.
     [[nodiscard]] Tunnelauftrag beginne(const std::string& dienst);
 
