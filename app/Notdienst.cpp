@@ -131,6 +131,9 @@ void entferneForwards(const Umfeld& umfeld) {
     if (!adb)
         return sage("Forwards: adb ist nicht da, also gibt es keine");
     const auto liste = lauf(*adb, {"forward", "--list"}, adbSekunden);
+    if (liste.status != 0)
+        return sage("Forwards: adb lässt sich nicht befragen: " + SystemProxy::fehlertext(liste));
+    int gefundene = 0;
     int entfernte = 0;
     for (const auto zeile : teile(liste.ausgabe, '\n')) {
         const auto worte = teile(beschnitten(zeile), ' ');
@@ -138,11 +141,17 @@ void entferneForwards(const Umfeld& umfeld) {
             continue;
         const std::vector<std::string> weg = {"-s", std::string(worte[0]), "forward", "--remove",
                                               std::string(worte[1])};
-        if (lauf(*adb, weg, adbSekunden).status == 0)
+        ++gefundene;
+        if (const auto ergebnis = lauf(*adb, weg, adbSekunden); ergebnis.status == 0)
             ++entfernte;
+        else
+            sage("Forwards: " + std::string(worte[1]) +
+                 " nicht entfernt: " + SystemProxy::fehlertext(ergebnis));
     }
-    sage(entfernte == 0 ? "Forwards: keine gefunden"
-                        : "Forwards: " + std::to_string(entfernte) + " entfernt");
+    if (gefundene == 0)
+        sage("Forwards: keine gefunden");
+    else if (entfernte > 0)
+        sage("Forwards: " + std::to_string(entfernte) + " entfernt");
 }
 
 std::string oderNichts(const std::optional<std::string>& text) {

@@ -64,8 +64,18 @@ TEST(Aufraeumen, laesstFremdeProxysInRuheUndGehtOhneAdbUndNetworksetup) {
     const Fahrtbank bank;
     const std::string networksetup = bank.ordner.pfad() + "/mac/usr/sbin/networksetup";
     (void)lauf(networksetup, {"-setsocksfirewallproxy", "Wi-Fi", "10.0.0.5", "1080"}, 5);
-    std::filesystem::remove(bank.ordner.pfad() + "/mac/opt/homebrew/bin/adb");
+    const std::string adb = bank.ordner.pfad() + "/mac/opt/homebrew/bin/adb";
+    std::filesystem::remove(adb); // it leads to the real one
     EXPECT_THAT(bank.rufe({"--aufraeumen"}).ausgabe, HasSubstr("adb ist nicht da"));
+    const auto mitAdb = [&](const std::string& skript) {
+        bank.ordner.lege("/mac/opt/homebrew/bin/adb", "#!/bin/sh\n" + skript, true);
+        return bank.rufe({"--aufraeumen"}).ausgabe;
+    };
+    EXPECT_THAT(mitAdb("echo kein Server >&2; exit 1"),
+                HasSubstr("Forwards: adb lässt sich nicht befragen: kein Server\n"));
+    EXPECT_THAT(
+        mitAdb("[ $# = 2 ] && exec echo A tcp:1080 tcp:1080; echo fort >&2; exit 1"),
+        AllOf(HasSubstr("Forwards: tcp:1080 nicht entfernt: fort\n"), Not(HasSubstr("keine gefunden"))));
     EXPECT_TRUE(bank.proxyAn()) << "somebody else's";
 
     bank.ordner.lege(einstellungen, R"({"proxy.dienst":"Wi-Fi"})");
