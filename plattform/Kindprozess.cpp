@@ -159,6 +159,7 @@ bool Kindprozess::istBeendet() const {
 
 void Kindprozess::bitteUmEnde() const {
     ::kill(nummer, SIGTERM);
+    ::kill(nummer, SIGCONT); // one that is stopped, as by reading our terminal, would not hear of it
 }
 
 namespace {

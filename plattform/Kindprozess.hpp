@@ -23,7 +23,7 @@ struct Kindprozess {
     /// Whether it has ended. It stays unreaped, so its number cannot have gone to another process yet.
     [[nodiscard]] bool istBeendet() const;
 
-    /// Sends SIGTERM. Only while it is unreaped.
+    /// Sends SIGTERM, and SIGCONT to one that is stopped. Only while it is unreaped.
     void bitteUmEnde() const;
 
     /// Waits for its end, however long, and reaps it: exit code, or the number of the signal that ended it.

@@ -69,6 +69,7 @@ TEST(Lauf, bittetAmLimitUmDasEnde) {
     EXPECT_EQ(skript("printf vorher; exec sleep 30", 0.05), (Ergebnis{SIGTERM, "vorher", ""}));
     EXPECT_EQ(skript("trap 'printf nachher; exit 4' TERM; printf vorher-; while :; do sleep 0.01; done", 0.1),
               (Ergebnis{4, "vorher-nachher", ""}));
+    EXPECT_EQ(skript("printf halt; kill -STOP $$", 0.05), (Ergebnis{SIGTERM, "halt", ""}));
     EXPECT_LT(std::chrono::steady_clock::now() - beginn, std::chrono::seconds(10));
 }
 
