@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include <csignal>
+#include <filesystem>
 #include <ostream>
 
 using namespace mobilsteg;
@@ -98,7 +99,7 @@ TEST(Befehlszeile, sagtWasFalschIst) {
         {{"--heim"}, 2, "--heim braucht einen Ordner"},
         {{"--hilfe"}, 0, "--wurzel DIR"},
         {{"--version"}, 0, "mobilsteg-bordlotse 1."},
-        {{}, 1, "--terminal"},
+        {{}, 1, "Keine Anzeige gefunden"},
     };
     ::unsetenv("DISPLAY");
     ::unsetenv("WAYLAND_DISPLAY");
@@ -109,6 +110,12 @@ TEST(Befehlszeile, sagtWasFalschIst) {
         EXPECT_THAT(ergebnis.ausgabe + ergebnis.fehler, HasSubstr(text));
         EXPECT_EQ(ergebnis.fehler.empty(), status == 0);
     }
+    const Ordner ordner; // copied without the other file
+    std::filesystem::copy_file(programmpfad("mobilsteg-bordlotse"), ordner.pfad() + "/allein");
+    const auto allein = lauf(ordner.pfad() + "/allein", {}, 10);
+    EXPECT_EQ(allein.status, 1);
+    EXPECT_THAT(allein.fehler,
+                HasSubstr("/allein-fenster lässt sich nicht starten: Datei oder Ordner nicht gefunden. "));
 }
 
 } // namespace

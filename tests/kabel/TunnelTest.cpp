@@ -253,6 +253,15 @@ TEST(Volltunnel, nachEinemTotenHelferStartetDerNaechsteVonSelbst) {
     EXPECT_TRUE(w.zustand().volltunnelLaeuft);
 }
 
+TEST(Volltunnel, derToteHelferEinesAbgestuerztenMacsHindertKeinenStart) {
+    TunnelWelt w;
+    legeOrdnerAn(w.stoppPfad());
+    schreibeAtomar(w.stoppPfad() + ".laeuft", "", Haltbarkeit::fluechtig);
+    w.starteBis(15);
+    EXPECT_TRUE(w.zustand().volltunnelLaeuft);
+    EXPECT_EQ(w.helfer, 1);
+}
+
 TEST(Volltunnel, einToterHelferHaeltDieTakteNichtEndlosAuf) {
     TunnelWelt w;
     w.starteMitTunnel();
