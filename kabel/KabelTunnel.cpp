@@ -18,6 +18,8 @@ Frage tunnelerklaerung() {
 
 namespace {
 
+constexpr const char* wartehinweis = "Volltunnel wartet: ein anderer Helfer läuft noch";
+
 std::string laufzeile(const Tunnelauftrag& auftrag) {
     if (auftrag.nurVPN)
         return "Volltunnel läuft: nur VPN-Server fahren durchs Handy, Standardroute bleibt";
@@ -89,13 +91,16 @@ void Kabel::volltunnelNachziehen() {
         // there.
         if (tunnel_.laeuft())
             volltunnelWeg();
+        aushang_.veroeffentliche([](Zustand& z) {
+            if (z.meldung == wartehinweis)
+                z.meldung.clear();
+        });
         return;
     }
     if (!tunnel_.startFaellig(verbindung_.bewiesen())) {
         if (tunnel_.wartetAufFremden()) {
-            const std::string hinweis = "Volltunnel wartet: ein anderer Helfer läuft noch";
-            protokoll(hinweis);
-            aushang_.veroeffentliche([hinweis](Zustand& z) { z.meldung = hinweis; });
+            protokoll(wartehinweis);
+            aushang_.veroeffentliche([](Zustand& z) { z.meldung = wartehinweis; });
         }
         return;
     }

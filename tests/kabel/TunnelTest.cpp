@@ -281,7 +281,14 @@ TEST(Volltunnel, derHelferEinerAnderenKopieWirdAbgewartet) {
     w.schalte(true);
     w.welt.laufe(60s);
     EXPECT_THAT(w.skripte, IsEmpty());
-    EXPECT_EQ(w.zustand().meldung, "Volltunnel wartet: ein anderer Helfer läuft noch");
+    const std::string hinweis = "Volltunnel wartet: ein anderer Helfer läuft noch";
+    EXPECT_EQ(w.zustand().meldung, hinweis);
+    w.schalte(false);
+    w.welt.laufe(1s);
+    EXPECT_EQ(w.zustand().meldung, "") << "nobody waits any more";
+    w.schalte(true);
+    w.welt.laufe(1s);
+    EXPECT_EQ(w.zustand().meldung, hinweis);
     std::remove((w.stoppPfad() + ".laeuft").c_str());
     w.welt.laufe(10s);
     EXPECT_TRUE(w.zustand().volltunnelLaeuft);
