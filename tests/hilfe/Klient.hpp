@@ -76,7 +76,7 @@ private:
         pollfd fall{socket_.nummer(), POLLOUT, 0};
         while (::poll(&fall, 1, -1) < 0 && errno == EINTR) {
         }
-        socklen_t laenge = sizeof errno;
+        socklen_t laenge = sizeof errno; // the reason goes where every call leaves it
         return ::getsockopt(socket_.nummer(), SOL_SOCKET, SO_ERROR, &errno, &laenge) == 0 && errno == 0;
     }
 
