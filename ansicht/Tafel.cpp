@@ -4,10 +4,10 @@
 
 namespace mobilsteg {
 
-Tafel::Tafel(Aushang& aushang, bool bundleB2B, Zeichner zeichner)
+Tafel::Tafel(Zustandsspeicher& speicher, bool bundleB2B, Zeichner zeichner)
     : bundleB2B_(bundleB2B), zeichner_(std::move(zeichner)) {
-    zeige(aushang.zustand());
-    beobachtung_ = aushang.beobachte([this](const Zustand& z) { zeige(z); });
+    zeige(speicher.zustand());
+    beobachtung_ = speicher.beobachte([this](const Zustand& z) { zeige(z); });
 }
 
 void Tafel::zeige(const Zustand& zustand) {

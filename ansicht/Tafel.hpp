@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ansicht/Baum.hpp"
-#include "kabel/Aushang.hpp"
+#include "kabel/Zustandsspeicher.hpp"
 
 #include <functional>
 
@@ -14,7 +14,7 @@ public:
     using Zeichner = std::function<void(const Baum&)>;
 
     /// Draws at once and from then on after every change.
-    Tafel(Aushang& aushang, bool bundleB2B, Zeichner zeichner);
+    Tafel(Zustandsspeicher& speicher, bool bundleB2B, Zeichner zeichner);
 
 private:
     void zeige(const Zustand& zustand);
@@ -22,7 +22,7 @@ private:
     bool bundleB2B_;
     Zeichner zeichner_;
     Baum baum_;
-    Aushang::Beobachtung beobachtung_;
+    Zustandsspeicher::Beobachtung beobachtung_;
 };
 
 } // namespace mobilsteg

@@ -1,4 +1,4 @@
-#include "ansicht/Bedienpult.hpp"
+#include "ansicht/Ausfuehrung.hpp"
 #include "ansicht/qt/Menueleistenstueck.hpp"
 #include "ansicht/qt/QtBetrieb.hpp"
 #include "app/Delegate.hpp"
@@ -20,13 +20,13 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
     QtBetrieb qt(anzahl, worte);
     MobilstegBordlotseApp app(zeile, kennung, qt.schlange(), qt.dialog());
     Kabel& kabel = app.kabel();
-    Bedienpult pult(kabel, [&] { qt.beende(); });
+    Ausfuehrung pult(kabel, [&] { qt.beende(); });
     std::optional<Menueleistenstueck> stueck;
 
     Delegate delegate(app.einstellungen(), qt.dialog(), beendeProzess);
     qt.schlange().async([&] {
         delegate.applicationDidFinishLaunching();
-        stueck.emplace(kabel.aushang(), kabel.variante().bundleB2B(), [&](const Aktion& a) {
+        stueck.emplace(kabel.speicher(), kabel.variante().bundleB2B(), [&](const Aktion& a) {
             // As a job of the queue: an action may ask back, and then the others have to wait.
             qt.schlange().async([&pult, a] { pult.bediene(a); });
         });

@@ -1,4 +1,4 @@
-#include "ansicht/Bedienpult.hpp"
+#include "ansicht/Ausfuehrung.hpp"
 #include "ansicht/Inhalt.hpp"
 #include "ansicht/Tafel.hpp"
 #include "ansicht/terminal/Befehle.hpp"
@@ -25,12 +25,12 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
 
     Terminaltafel terminal(stdout);
     std::optional<Tafel> tafel;
-    Bedienpult pult(kabel, [&] { haupt.halt(); });
+    Ausfuehrung pult(kabel, [&] { haupt.halt(); });
     befehl = [&](const std::string& befehlszeile) {
         if (beschnitten(befehlszeile).empty())
             return;
         // Not the drawn tree: two lines may come before it is drawn again.
-        const auto verstanden = verstehe(befehlszeile, inhalt(kabel.aushang().zustand(), bundleB2B));
+        const auto verstanden = verstehe(befehlszeile, inhalt(kabel.speicher().zustand(), bundleB2B));
         if (verstanden.aktion)
             pult.bediene(*verstanden.aktion);
         else
@@ -40,7 +40,7 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
     Delegate delegate(app.einstellungen(), dialog, beendeProzess);
     haupt.async([&] {
         delegate.applicationDidFinishLaunching();
-        tafel.emplace(kabel.aushang(), bundleB2B, [&](const Baum& baum) { terminal.zeichne(baum); });
+        tafel.emplace(kabel.speicher(), bundleB2B, [&](const Baum& baum) { terminal.zeichne(baum); });
     });
     eingabe.beginne();
     haupt.laufe();

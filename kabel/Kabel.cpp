@@ -68,7 +68,7 @@ void Kabel::schrittInnen() {
         verbindung_.vergissHandy();
         return verliere(Phase::Art::nichtAutorisiert);
     case Verbindung::Fund::neues:
-        aushang_.veroeffentliche([handy = verbindung_.handyName()](Zustand& z) { z.handy = handy; });
+        speicher_.veroeffentliche([handy = verbindung_.handyName()](Zustand& z) { z.handy = handy; });
         break;
     case Verbindung::Fund::dasselbe:
         break;
@@ -96,7 +96,7 @@ void Kabel::schrittInnen() {
                 Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?"));
         }
         protokoll("Beweis: draußen als " + *adresse);
-        aushang_.veroeffentliche([adresse = *adresse](Zustand& z) { z.austritt = adresse; });
+        speicher_.veroeffentliche([adresse = *adresse](Zustand& z) { z.austritt = adresse; });
         if (proxyAutomatisch_)
             proxyAn();
         volltunnelNachziehen();
@@ -114,7 +114,7 @@ void Kabel::setze(const Phase& neu) {
     protokoll(neu.text());
     // An idle tick wakes nobody.
     if (anders)
-        aushang_.veroeffentliche([neu](Zustand& z) { z.phase = neu; });
+        speicher_.veroeffentliche([neu](Zustand& z) { z.phase = neu; });
 }
 
 /// Sets the phase that tells what is missing and takes back what depends on the link.
@@ -130,7 +130,7 @@ void Kabel::verloren() {
     if (!std::exchange(zeigtVerbindung_, false))
         return;
     gezeigteWerte_.vergiss();
-    aushang_.veroeffentliche([](Zustand& z) {
+    speicher_.veroeffentliche([](Zustand& z) {
         z.austritt.clear();
         z.gleise.clear();
         z.klasse.clear();
@@ -161,7 +161,7 @@ void Kabel::zeigeStatus(const Antwort& antwort) {
         return brichAb("Das Handy meldet unmögliche Zahlen");
     zeigtVerbindung_ = true;
     if (gezeigteWerte_.neu(*werte))
-        aushang_.veroeffentliche([werte = *werte](Zustand& z) { werte.trageEin(z); });
+        speicher_.veroeffentliche([werte = *werte](Zustand& z) { werte.trageEin(z); });
 }
 
 void Kabel::schreibeStand(const Phase& phase, const std::optional<Antwort>& antwort) {
@@ -184,7 +184,7 @@ void Kabel::schreibeStand(const Phase& phase, const std::optional<Antwort>& antw
     auto dokument = standDokument(angaben, antwort);
     if (!dokument)
         return;
-    legeOrdnerAn(standPfad_);
+    legeElternordnerAn(standPfad_);
     schreibeAtomar(standPfad_, *dokument, Haltbarkeit::fluechtig);
     a_.standdienst.setzeDokument(std::move(*dokument));
 }
@@ -202,7 +202,7 @@ void Kabel::proxyAn() {
         break;
     }
     protokoll("System-Proxy gesetzt auf " + setzung.text + ": 127.0.0.1:" + std::to_string(socksPort));
-    aushang_.veroeffentliche([](Zustand& z) {
+    speicher_.veroeffentliche([](Zustand& z) {
         z.proxyGesetzt = true;
         z.meldung.clear();
     });
@@ -213,7 +213,7 @@ void Kabel::proxyWeg() {
     if (!dienst)
         return;
     protokoll("System-Proxy entfernt von " + *dienst);
-    aushang_.veroeffentliche([](Zustand& z) { z.proxyGesetzt = false; });
+    speicher_.veroeffentliche([](Zustand& z) { z.proxyGesetzt = false; });
 }
 
 void Kabel::proxyUmschalten() {
@@ -225,7 +225,7 @@ void Kabel::proxyUmschalten() {
         else if (verbindung_.bewiesen())
             proxyAn();
         else
-            aushang_.veroeffentliche([](Zustand& z) { z.meldung = "Erst muss das Handy freigeben."; });
+            speicher_.veroeffentliche([](Zustand& z) { z.meldung = "Erst muss das Handy freigeben."; });
     });
 }
 
@@ -233,8 +233,8 @@ void Kabel::proxyUmschalten() {
 
 void Kabel::rotiere() {
     ++rotation_;
-    auto leiste = menueleiste(aushang_.zustand(), rotation_);
-    aushang_.aendere([&](Zustand& z) {
+    auto leiste = menueleiste(speicher_.zustand(), rotation_);
+    speicher_.aendere([&](Zustand& z) {
         z.symbol = std::move(leiste.symbol);
         z.kurz = std::move(leiste.kurz);
     });

@@ -3,12 +3,12 @@
 #include "handy/Http.hpp"
 #include "handy/Lauf.hpp"
 #include "kabel/Anzeige.hpp"
-#include "kabel/Aushang.hpp"
 #include "kabel/Berichte.hpp"
 #include "kabel/Phase.hpp"
 #include "kabel/Protokoll.hpp"
 #include "kabel/Stand.hpp"
 #include "kabel/Verbindung.hpp"
+#include "kabel/Zustandsspeicher.hpp"
 #include "netz/Erhebung.hpp"
 #include "netz/ProxySteuerung.hpp"
 #include "netz/Variante.hpp"
@@ -100,7 +100,7 @@ public:
     // --- what others read --------------------------------------------------------------------------------
 
     [[nodiscard]] Schlange& q() { return a_.q; }
-    [[nodiscard]] Aushang& aushang() { return aushang_; }
+    [[nodiscard]] Zustandsspeicher& speicher() { return speicher_; }
     [[nodiscard]] const Variante& variante() const { return variante_; }
     [[nodiscard]] const std::string& id() const { return id_; }
     [[nodiscard]] const std::string& name() const { return a_.rechnername; }
@@ -148,7 +148,7 @@ private:
     std::string id_;
     std::string standPfad_;
     Protokoll protokoll_;
-    Aushang aushang_;
+    Zustandsspeicher speicher_;
 
     // On q only.
     Verbindung verbindung_;
@@ -174,8 +174,8 @@ private:
     std::uint64_t rotation_ = 0;
     bool volltunnelOhneSpeichern_ = false;
 
-    Wecker anzeigetakt_;
-    Wecker takt_;
+    Zeitgeber anzeigetakt_;
+    Zeitgeber takt_;
 };
 
 } // namespace mobilsteg

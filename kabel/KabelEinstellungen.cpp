@@ -46,32 +46,32 @@ Kabel::Kabel(Anschluesse anschluesse)
       id_(a_.einstellungen.textOderNeu("kabel.id", neueKennung())),
       standPfad_(a_.orte.imHeim("/Library/Application Support/Mobilsteg Bordlotse/stand.json")),
       protokoll_(a_.orte.imHeim("/Library/Logs/MobilstegBordlotse.log"), a_.uhr),
-      aushang_(a_.haupt, anfangszustand(a_.einstellungen, variante_)),
+      speicher_(a_.haupt, anfangszustand(a_.einstellungen, variante_)),
       verbindung_(Adb(a_.laeufer, a_.orte, a_.buendel.ressourcen), a_.laeufer,
                   Handy(a_.http, austrittsdienst(a_.einstellungen)), a_.einstellungen),
       proxy_(SystemProxy(a_.laeufer, a_.orte, a_.einstellungen)),
       tunnel_({a_.haupt, a_.uhr, a_.skript, variante_, a_.buendel.ressourcen, a_.orte},
-              {aushang_.zustand().volltunnelAn, aushang_.zustand().vpnDurch, aushang_.zustand().nurVPN}),
+              {speicher_.zustand().volltunnelAn, speicher_.zustand().vpnDurch, speicher_.zustand().nurVPN}),
       erhebung_(a_.laeufer, a_.orte, tunnel_.volltunnel().stoppPfad() + ".vpns.json"),
       berichte_(a_.laeufer, a_.orte, a_.einstellungen,
                 {{"mac-bordlotse.log", protokoll_.pfad()},
                  {"mac-volltunnel.log", tunnel_.volltunnel().protokollPfad()}}),
-      experteIntern_(aushang_.zustand().experte), proxyAutomatisch_(aushang_.zustand().proxyAutomatisch) {}
+      experteIntern_(speicher_.zustand().experte), proxyAutomatisch_(speicher_.zustand().proxyAutomatisch) {}
 
 void Kabel::setzeProxyAutomatisch(bool an) {
-    aushang_.aendere([&](Zustand& z) { z.proxyAutomatisch = an; });
+    speicher_.aendere([&](Zustand& z) { z.proxyAutomatisch = an; });
     a_.einstellungen.setzeFlagge("proxy.automatisch", an);
     proxyAutomatisch_ = an;
 }
 
 void Kabel::setzeExperte(bool an) {
-    aushang_.aendere([&](Zustand& z) { z.experte = an; });
+    speicher_.aendere([&](Zustand& z) { z.experte = an; });
     a_.einstellungen.setzeFlagge("experte", an);
     a_.q.async([this, an] { experteIntern_ = an; });
 }
 
 void Kabel::setzeProfil(const std::string& profil) {
-    aushang_.aendere([&](Zustand& z) { z.profil = profil; });
+    speicher_.aendere([&](Zustand& z) { z.profil = profil; });
     a_.einstellungen.setzeText("profil", profil);
 }
 
@@ -82,17 +82,17 @@ void Kabel::profilUebernehmen() {
     const bool an = gespeichert("volltunnel");
     const bool vpnDurch = gespeichert("vpnDurch");
     const bool nurVPN = gespeichert("nurVPN");
-    if (aushang_.zustand().volltunnelAn != an)
+    if (speicher_.zustand().volltunnelAn != an)
         setzeVolltunnelAn(an);
-    if (aushang_.zustand().vpnDurch != vpnDurch)
+    if (speicher_.zustand().vpnDurch != vpnDurch)
         setzeVpnDurch(vpnDurch);
-    if (aushang_.zustand().nurVPN != nurVPN)
+    if (speicher_.zustand().nurVPN != nurVPN)
         setzeNurVPN(nurVPN);
-    setzeProfil(a_.einstellungen.text("profil").value_or(aushang_.zustand().profil));
+    setzeProfil(a_.einstellungen.text("profil").value_or(speicher_.zustand().profil));
 }
 
 void Kabel::setzeBrowserHinweisWeg(bool weg) {
-    aushang_.aendere([&](Zustand& z) { z.browserHinweisWeg = weg; });
+    speicher_.aendere([&](Zustand& z) { z.browserHinweisWeg = weg; });
     a_.einstellungen.setzeFlagge("browser.hinweisWeg", weg);
 }
 

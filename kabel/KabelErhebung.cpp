@@ -8,7 +8,7 @@ void Kabel::messeVerbindungen() {
     auto verbindungen = erhebung_.verbindungen();
     if (!gezeigteVerbindungen_.neu(verbindungen))
         return;
-    aushang_.veroeffentliche([verbindungen = std::move(verbindungen)](Zustand& z) {
+    speicher_.veroeffentliche([verbindungen = std::move(verbindungen)](Zustand& z) {
         z.vorbei = verbindungen.vorbei;
         z.durch = verbindungen.durch;
     });
@@ -18,7 +18,7 @@ void Kabel::vpnsLesen() {
     auto vpns = erhebung_.vpns(tunnel_.laeuft());
     if (!gezeigteVpns_.neu(vpns))
         return;
-    aushang_.veroeffentliche([vpns = std::move(vpns)](Zustand& z) {
+    speicher_.veroeffentliche([vpns = std::move(vpns)](Zustand& z) {
         z.vpnsGesichert = vpns.gesichert;
         z.vpnsOffen = vpns.offen;
     });
@@ -29,7 +29,7 @@ void Kabel::browserLesen() {
     std::erase_if(funde, [](const BrowserFund& fund) { return fund.fahrtwind; });
     if (!gezeigteBrowser_.neu(funde))
         return;
-    aushang_.veroeffentliche([funde = std::move(funde)](Zustand& z) { z.browserOhne = funde; });
+    speicher_.veroeffentliche([funde = std::move(funde)](Zustand& z) { z.browserOhne = funde; });
 }
 
 void Kabel::fahrtwindHinzufuegen(const BrowserFund& fund) {

@@ -32,16 +32,16 @@ std::string laufzeile(const Tunnelauftrag& auftrag) {
 // --- the user's switches: main queue ---------------------------------------------------------------------
 
 void Kabel::setzeVolltunnelAn(bool an) {
-    const bool alt = aushang_.zustand().volltunnelAn;
-    aushang_.aendere([&](Zustand& z) { z.volltunnelAn = an; });
+    const bool alt = speicher_.zustand().volltunnelAn;
+    speicher_.aendere([&](Zustand& z) { z.volltunnelAn = an; });
     volltunnelAnGeaendert(alt);
 }
 
 void Kabel::volltunnelAnGeaendert(bool alt) {
-    const auto& z = aushang_.zustand();
+    const auto& z = speicher_.zustand();
     if (z.volltunnelAn && !alt && !a_.einstellungen.flagge("volltunnel.erklaert").value_or(false)) {
         if (a_.dialog.frage(tunnelerklaerung()) != 0) {
-            aushang_.aendere([](Zustand& zustand) { zustand.volltunnelAn = false; });
+            speicher_.aendere([](Zustand& zustand) { zustand.volltunnelAn = false; });
             return volltunnelAnGeaendert(true);
         }
         a_.einstellungen.setzeFlagge("volltunnel.erklaert", true);
@@ -56,15 +56,15 @@ void Kabel::volltunnelAnGeaendert(bool alt) {
 
 /// Switches it off as by the user's hand, but for what is stored.
 void Kabel::schalteVolltunnelAus(bool speichern) {
-    const bool alt = aushang_.zustand().volltunnelAn;
-    aushang_.aendere([](Zustand& z) { z.volltunnelAn = false; });
+    const bool alt = speicher_.zustand().volltunnelAn;
+    speicher_.aendere([](Zustand& z) { z.volltunnelAn = false; });
     volltunnelOhneSpeichern_ = !speichern;
     volltunnelAnGeaendert(alt);
     volltunnelOhneSpeichern_ = false;
 }
 
 void Kabel::setzeVpnDurch(bool an) {
-    aushang_.aendere([&](Zustand& z) { z.vpnDurch = an; });
+    speicher_.aendere([&](Zustand& z) { z.vpnDurch = an; });
     a_.einstellungen.setzeFlagge("vpnDurch", an);
     a_.q.async([this, an] {
         tunnel_.wunsch.vpnDurch = an;
@@ -73,7 +73,7 @@ void Kabel::setzeVpnDurch(bool an) {
 }
 
 void Kabel::setzeNurVPN(bool an) {
-    aushang_.aendere([&](Zustand& z) { z.nurVPN = an; });
+    speicher_.aendere([&](Zustand& z) { z.nurVPN = an; });
     a_.einstellungen.setzeFlagge("nurVPN", an);
     a_.q.async([this, an] {
         tunnel_.wunsch.nurVPN = an;
@@ -91,7 +91,7 @@ void Kabel::volltunnelNachziehen() {
         // there.
         if (tunnel_.laeuft())
             volltunnelWeg();
-        aushang_.veroeffentliche([](Zustand& z) {
+        speicher_.veroeffentliche([](Zustand& z) {
             if (z.meldung == wartehinweis)
                 z.meldung.clear();
         });
@@ -100,7 +100,7 @@ void Kabel::volltunnelNachziehen() {
     if (!tunnel_.startFaellig(verbindung_.bewiesen())) {
         if (tunnel_.wartetAufFremden()) {
             protokoll(wartehinweis);
-            aushang_.veroeffentliche([](Zustand& z) { z.meldung = wartehinweis; });
+            speicher_.veroeffentliche([](Zustand& z) { z.meldung = wartehinweis; });
         }
         return;
     }
@@ -129,7 +129,7 @@ void Kabel::volltunnelGestartet(const Tunnelauftrag& auftrag, const std::optiona
                   "soll; beim nächsten Start fragt die App erneut"
                 : "Volltunnel: " + *grund;
         a_.haupt.async([this, hinweis] {
-            aushang_.aendere([&](Zustand& z) { z.meldung = hinweis; });
+            speicher_.aendere([&](Zustand& z) { z.meldung = hinweis; });
             schalteVolltunnelAus(false); // the stored wish stays: the next start of the program tries again
         });
         return;
@@ -140,7 +140,7 @@ void Kabel::volltunnelGestartet(const Tunnelauftrag& auftrag, const std::optiona
         return volltunnelZurueckgebaut(tunnel_.volltunnel().grund());
     }
     protokoll(laufzeile(auftrag));
-    aushang_.veroeffentliche([](Zustand& z) {
+    speicher_.veroeffentliche([](Zustand& z) {
         z.volltunnelLaeuft = true;
         z.meldung.clear();
     });
@@ -155,7 +155,7 @@ void Kabel::volltunnelWeg() {
     if (!tunnel_.nimmWeg())
         return;
     protokoll("Volltunnel beendet, Routen und DNS zurückgebaut");
-    aushang_.veroeffentliche([](Zustand& z) { z.volltunnelLaeuft = false; });
+    speicher_.veroeffentliche([](Zustand& z) { z.volltunnelLaeuft = false; });
 }
 
 void Kabel::volltunnelPruefen() {
@@ -168,9 +168,9 @@ void Kabel::volltunnelPruefen() {
 void Kabel::volltunnelZurueckgebaut(const std::string& grund) {
     protokoll("Volltunnel: Helfer hat sich zurückgebaut" + (grund.empty() ? "" : " — " + grund));
     a_.haupt.async([this, grund] {
-        aushang_.aendere([](Zustand& z) { z.volltunnelLaeuft = false; });
+        speicher_.aendere([](Zustand& z) { z.volltunnelLaeuft = false; });
         schalteVolltunnelAus(true); // it would only roll back again
-        aushang_.aendere([&](Zustand& z) {
+        speicher_.aendere([&](Zustand& z) {
             z.meldung = "Volltunnel hat sich zurückgebaut" +
                         (grund.empty() ? std::string(" (kein Netz durch den Tunnel)") : ": " + grund);
         });

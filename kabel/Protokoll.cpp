@@ -12,7 +12,7 @@ void Protokoll::schreibe(const std::string& text) {
         return;
     letzteZeile_ = text;
     const std::string zeile = ortszeit(uhr_.wand()) + "  " + text + "\n";
-    legeOrdnerAn(pfad_);
+    legeElternordnerAn(pfad_);
     // Only a file that is missing is made anew: one that merely cannot be opened must not be replaced.
     if (!haengeAn(pfad_, zeile) && !existiert(pfad_))
         schreibeAtomar(pfad_, zeile, Haltbarkeit::fluechtig);

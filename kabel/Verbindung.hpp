@@ -2,7 +2,7 @@
 
 #include "handy/Adb.hpp"
 #include "handy/Handy.hpp"
-#include "plattform/Merkliste.hpp"
+#include "plattform/Ruecknahmen.hpp"
 
 #include <array>
 #include <optional>
@@ -71,7 +71,7 @@ private:
     Laeufer laeufer_;
     Handy handy_;
     /// Other than the usual: a forward may stand there, by this run or an earlier one.
-    Merkliste andereGastPorts_;
+    Ruecknahmen andereGastPorts_;
 
     std::optional<std::string> adbPfad_;
     std::optional<std::string> serial_;

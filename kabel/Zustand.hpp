@@ -17,7 +17,7 @@ struct BrowserFund {
     bool operator==(const BrowserFund&) const = default;
 };
 
-/// Everything the user interface shows. Lives on the main queue; changed only through `Aushang`.
+/// Everything the user interface shows. Lives on the main queue; changed only through `Zustandsspeicher`.
 struct Zustand {
     Phase phase;
     std::string handy;

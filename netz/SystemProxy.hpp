@@ -1,8 +1,8 @@
 #pragma once
 
 #include "handy/Lauf.hpp"
-#include "plattform/Merkliste.hpp"
 #include "plattform/Orte.hpp"
+#include "plattform/Ruecknahmen.hpp"
 
 #include <optional>
 #include <string>
@@ -50,7 +50,7 @@ private:
     Laeufer laeufer_;
     Orte orte_;
     Einstellungen& einstellungen_;
-    Merkliste ungewisse_; ///< services whose proxy may be on beside the remembered one's
+    Ruecknahmen ungewisse_; ///< services whose proxy may be on beside the remembered one's
 };
 
 } // namespace mobilsteg

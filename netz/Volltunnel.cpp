@@ -50,7 +50,7 @@ std::optional<std::string> Volltunnel::start(const Tunnelauftrag& auftrag) {
     const std::string helfer = a_.ressourcen.value_or("") + "/mobilsteg-volltunnel";
     if (!a_.ressourcen || !istAusfuehrbar(helfer))
         return "Helfer mobilsteg-volltunnel fehlt im Bundle";
-    legeOrdnerAn(stoppPfad_);
+    legeElternordnerAn(stoppPfad_);
     std::remove(stoppPfad_.c_str()); // an old request would stop the new helper at once
     if (aufgegeben_) {
         bitteUmStopp(); // that may just have been the last one
@@ -89,7 +89,7 @@ std::optional<std::string> Volltunnel::warteAufHelfer() {
 }
 
 void Volltunnel::bitteUmStopp() {
-    legeOrdnerAn(stoppPfad_);
+    legeElternordnerAn(stoppPfad_);
     schreibeAtomar(stoppPfad_, "", Haltbarkeit::fluechtig);
 }
 

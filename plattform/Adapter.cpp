@@ -1,8 +1,8 @@
 #include "plattform/Adapter.hpp"
 
 #include "plattform/Nativ.hpp"
-#include "plattform/probe/DateiEinstellungen.hpp"
-#include "plattform/probe/OsascriptSkript.hpp"
+#include "plattform/portabel/DateiEinstellungen.hpp"
+#include "plattform/portabel/OsascriptSkript.hpp"
 
 namespace mobilsteg {
 

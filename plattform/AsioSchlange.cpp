@@ -35,11 +35,11 @@ namespace {
 
 struct Takt : std::enable_shared_from_this<Takt> {
     Takt(asio::io_context& kontext, Dauer p, Aufgabe a, std::weak_ptr<void> w)
-        : zeitgeber(kontext), periode(p), aufgabe(std::move(a)), wecker(std::move(w)) {}
+        : zeitgeber(kontext), periode(p), aufgabe(std::move(a)), zeitgeber(std::move(w)) {}
 
     void warte() {
         zeitgeber.async_wait([selbst = shared_from_this()](const std::error_code& fehler) {
-            if (fehler || selbst->wecker.expired())
+            if (fehler || selbst->zeitgeber.expired())
                 return;
             const auto jetzt = std::chrono::steady_clock::now().time_since_epoch();
             selbst->faellig = naechsterTakt(selbst->faellig, selbst->periode, jetzt);
@@ -58,7 +58,7 @@ struct Takt : std::enable_shared_from_this<Takt> {
     Dauer periode;
     Dauer faellig{};
     Aufgabe aufgabe;
-    std::weak_ptr<void> wecker;
+    std::weak_ptr<void> zeitgeber;
 };
 
 } // namespace
@@ -91,17 +91,17 @@ void AsioSchlange::sync(Aufgabe aufgabe) {
     gelaufen.wait();
 }
 
-Wecker AsioSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {
+Zeitgeber AsioSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {
     // The timer belongs to the queue's thread and goes with the queue. A handle that is let go of only lets
     // the next firing be the last and an idle one, so it may be held longer than the queue lives.
-    Wecker wecker = std::make_shared<bool>();
-    auto takt = std::make_shared<Takt>(innen_->kontext, periode, std::move(aufgabe), wecker);
+    Zeitgeber zeitgeber = std::make_shared<bool>();
+    auto takt = std::make_shared<Takt>(innen_->kontext, periode, std::move(aufgabe), zeitgeber);
     takt->faellig = std::chrono::steady_clock::now().time_since_epoch() + erste;
     async([takt] {
         takt->stelle();
         takt->warte();
     });
-    return wecker;
+    return zeitgeber;
 }
 
 bool AsioSchlange::istHier() const {

@@ -23,7 +23,7 @@ public:
 
     void async(Aufgabe aufgabe) override;
     void sync(Aufgabe aufgabe) override;
-    [[nodiscard]] Wecker wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) override;
+    [[nodiscard]] Zeitgeber wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) override;
     [[nodiscard]] bool istHier() const override;
 
     /// Only with `Faden::rufer`: runs the queue's jobs on the calling thread until `halt()`.

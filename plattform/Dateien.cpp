@@ -124,7 +124,7 @@ bool haengeAn(const std::string& pfad, std::string_view inhalt) {
     return datei && schreibeAlles(datei.nummer(), inhalt);
 }
 
-bool legeOrdnerAn(const std::string& pfad) {
+bool legeElternordnerAn(const std::string& pfad) {
     std::error_code fehler;
     const fs::path ordner = fs::path(pfad).parent_path();
     fs::create_directories(ordner, fehler);

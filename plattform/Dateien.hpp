@@ -64,7 +64,7 @@ bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkei
 bool haengeAn(const std::string& pfad, std::string_view inhalt);
 
 /// Creates the folder in which `pfad` lies, with all parents. False: it is not there afterwards.
-bool legeOrdnerAn(const std::string& pfad);
+bool legeElternordnerAn(const std::string& pfad);
 
 /// Whether a regular file lies there that this user may execute.
 [[nodiscard]] bool istAusfuehrbar(const std::string& pfad);

@@ -12,7 +12,7 @@ using Dauer = std::chrono::nanoseconds;
 
 /// Keeps a repetition alive; the repetition ends with the last copy. May be let go of on any queue; a run
 /// that has already begun is not interrupted.
-using Wecker = std::shared_ptr<void>;
+using Zeitgeber = std::shared_ptr<void>;
 
 /// A serial queue: its jobs run one at a time, in the order in which they were handed over.
 class Schlange {
@@ -31,7 +31,7 @@ public:
 
     /// Runs `aufgabe` after `erste` and from then on every `periode`, on the grid that the first firing
     /// set. Firings missed while the queue was busy are merged into one that runs as soon as it is free.
-    [[nodiscard]] virtual Wecker wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) = 0;
+    [[nodiscard]] virtual Zeitgeber wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) = 0;
 
     /// Whether the caller runs as a job of this queue.
     [[nodiscard]] virtual bool istHier() const = 0;

@@ -26,9 +26,9 @@ constexpr int fensterrahmen = 60; // at most, top and bottom together
 
 } // namespace
 
-Menueleistenstueck::Menueleistenstueck(Aushang& aushang, bool bundleB2B, Melder melde)
+Menueleistenstueck::Menueleistenstueck(Zustandsspeicher& speicher, bool bundleB2B, Melder melde)
     : melde_(std::move(melde)), panel_(melde_), nativ_(nativesLeistenstueck([this] { geklickt(); })),
-      tafel_(aushang, bundleB2B, [this](const Baum& baum) { panel_.zeichne(baum); }) {
+      tafel_(speicher, bundleB2B, [this](const Baum& baum) { panel_.zeichne(baum); }) {
     panel_.beimSchliessen([this] { geschlossen(); });
     panel_.beiNeuerHoehe([this] { stelleAuf(); });
     connect(&stueck_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason grund) {
@@ -38,8 +38,8 @@ Menueleistenstueck::Menueleistenstueck(Aushang& aushang, bool bundleB2B, Melder 
     connect(&suche_, &QTimer::timeout, this, [this] { sucheLeiste(); });
     qApp->installEventFilter(this);
 
-    zeige(aushang.zustand());
-    beobachtung_ = aushang.beobachte([this](const Zustand& zustand) { zeige(zustand); });
+    zeige(speicher.zustand());
+    beobachtung_ = speicher.beobachte([this](const Zustand& zustand) { zeige(zustand); });
 
     if (!nativ_)
         sucheLeiste();

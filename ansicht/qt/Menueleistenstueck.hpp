@@ -19,7 +19,7 @@ namespace mobilsteg {
 class Menueleistenstueck final : public QObject {
 public:
     /// `melde` gets what the user does in the panel.
-    Menueleistenstueck(Aushang& aushang, bool bundleB2B, Melder melde);
+    Menueleistenstueck(Zustandsspeicher& speicher, bool bundleB2B, Melder melde);
     ~Menueleistenstueck() override;
 
     [[nodiscard]] Panelfenster& panel() { return panel_; }
@@ -52,7 +52,7 @@ private:
     QPoint klickstelle_;
     std::chrono::steady_clock::time_point zuletztGeschlossen_;
     Tafel tafel_;
-    Aushang::Beobachtung beobachtung_;
+    Zustandsspeicher::Beobachtung beobachtung_;
 };
 
 } // namespace mobilsteg

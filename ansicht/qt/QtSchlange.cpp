@@ -108,7 +108,7 @@ QtSchlange::QtSchlange(std::string bezeichnung)
 
 QtSchlange::~QtSchlange() {
     halt();
-    // Here and not with the last Wecker, which may go on another thread.
+    // Here and not with the last Zeitgeber, which may go on another thread.
     innen_->besitz.reset();
 }
 
@@ -139,7 +139,7 @@ void QtSchlange::sync(Aufgabe aufgabe) {
     gelaufen.wait();
 }
 
-Wecker QtSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {
+Zeitgeber QtSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {
     auto takt = std::make_shared<Takt>();
     takt->faellig = jetzt() + erste;
     takt->periode = periode;
@@ -154,7 +154,7 @@ Wecker QtSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {
                          [takt, empfaenger] { empfaenger->fuehreAus([takt] { takt->feuere(); }); });
         takt->stelle();
     });
-    return Wecker(takt.get(), [takt, innen = innen_](void*) mutable {
+    return Zeitgeber(takt.get(), [takt, innen = innen_](void*) mutable {
         takt->beendet = true;
         innen->async([takt = std::move(takt)] {
             if (takt->uhr != nullptr)

@@ -23,7 +23,7 @@ public:
     void sync(Aufgabe aufgabe) override;
 
     /// Precise to the millisecond, never early.
-    [[nodiscard]] Wecker wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) override;
+    [[nodiscard]] Zeitgeber wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) override;
 
     /// True on the thread of the event loop, where what the user does arrives, too.
     [[nodiscard]] bool istHier() const override;

@@ -1,6 +1,6 @@
 #include "ansicht/terminal/Befehle.hpp"
 
-#include "ansicht/Bedienpult.hpp"
+#include "ansicht/Ausfuehrung.hpp"
 #include "plattform/Text.hpp"
 
 #include <algorithm>

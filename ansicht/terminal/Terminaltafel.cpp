@@ -1,6 +1,6 @@
 #include "ansicht/terminal/Terminaltafel.hpp"
 
-#include "ansicht/Bedienpult.hpp"
+#include "ansicht/Ausfuehrung.hpp"
 #include "ansicht/terminal/Befehle.hpp"
 #include "plattform/Text.hpp"
 

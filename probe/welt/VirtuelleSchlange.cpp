@@ -18,7 +18,7 @@ void VirtuelleSchlange::sync(Aufgabe aufgabe) {
     welt_.warte(wartender);
 }
 
-Wecker VirtuelleSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {
+Zeitgeber VirtuelleSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {
     auto takt = std::make_shared<Weltlauf::Takt>(
         Weltlauf::Takt{this, periode, std::move(aufgabe), welt_.jetzt + erste});
     welt_.takte.push_back(takt);

@@ -18,7 +18,7 @@ public:
 
     void async(Aufgabe aufgabe) override { auftraege_.push_back({std::move(aufgabe), nullptr}); }
     void sync(Aufgabe aufgabe) override;
-    [[nodiscard]] Wecker wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) override;
+    [[nodiscard]] Zeitgeber wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) override;
     [[nodiscard]] bool istHier() const override;
 
     [[nodiscard]] bool hatArbeit() const { return !besetzt_ && !auftraege_.empty(); }

@@ -1,6 +1,6 @@
 #include "ansicht/Browser.hpp"
 
-#include "ansicht/Bedienpult.hpp"
+#include "ansicht/Ausfuehrung.hpp"
 #include "ansicht/Inhalt.hpp"
 #include "plattform/Dateien.hpp"
 #include "tests/hilfe/Ordner.hpp"

@@ -2,7 +2,7 @@
 
 #include "ansicht/Inhalt.hpp"
 
-#include "ansicht/Bedienpult.hpp"
+#include "ansicht/Ausfuehrung.hpp"
 #include "ansicht/Tafel.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "plattform/Text.hpp"
@@ -165,22 +165,22 @@ TEST(Tafel, zeichnetNurWennSichDerBaumAendert) {
     KabelWelt w;
     w.baue();
     int gezeichnet = 0;
-    const Tafel tafel(w.kabel->aushang(), false, [&](const Baum&) { ++gezeichnet; });
+    const Tafel tafel(w.kabel->speicher(), false, [&](const Baum&) { ++gezeichnet; });
     EXPECT_EQ(gezeichnet, 1);
-    w.kabel->aushang().veroeffentliche([](Zustand& z) { z.kurz = "1."; }); // the menu bar's, not the panel's
+    w.kabel->speicher().veroeffentliche([](Zustand& z) { z.kurz = "1."; }); // the menu bar's, not the panel's
     w.welt.laufe({});
     EXPECT_EQ(gezeichnet, 1);
-    w.kabel->aushang().veroeffentliche([](Zustand& z) { z.meldung = "neu"; });
+    w.kabel->speicher().veroeffentliche([](Zustand& z) { z.meldung = "neu"; });
     w.welt.laufe({});
     EXPECT_EQ(gezeichnet, 2);
 }
 
-TEST(Bedienpult, jederGezeigteSchalterWirkt) {
+TEST(Ausfuehrung, jederGezeigteSchalterWirkt) {
     KabelWelt w;
     w.einstellungen.werte["volltunnel.erklaert"] = true;
     w.baue();
     int beendet = 0;
-    Bedienpult pult(*w.kabel, [&] { ++beendet; });
+    Ausfuehrung pult(*w.kabel, [&] { ++beendet; });
     w.haupt.sync([&] { pult.bediene({Bedienung::experte, "an"}); });
     const auto liste = angebote(inhalt(w.zustand(), false));
     EXPECT_EQ(liste.size(), 8U);

@@ -16,7 +16,7 @@ namespace {
 
 class Qtbank final : public Schlangenbank {
 public:
-    Qtbank() { wecker_.start(1ms); }
+    Qtbank() { zeitgeber_.start(1ms); }
     Schlange& q() override { return q_; }
     Schlange& andere() override { return andere_; }
     Dauer jetzt() override { return uhr_.monoton(); }
@@ -36,7 +36,7 @@ private:
     char* worte_[2] = {name_, nullptr};
     QCoreApplication anwendung_{anzahl_, worte_};
     Systemuhr uhr_;
-    QTimer wecker_; // so that the loop looks at the condition now and then
+    QTimer zeitgeber_; // so that the loop looks at the condition now and then
     QtSchlange q_{"main"};
     AsioSchlange andere_{"andere"}; // goes first: its jobs may be waiting for the other
 };

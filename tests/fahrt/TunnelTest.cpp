@@ -3,7 +3,7 @@
 
 #include "netz/Volltunnel.hpp"
 #include "plattform/Dateien.hpp"
-#include "plattform/probe/OsascriptSkript.hpp"
+#include "plattform/portabel/OsascriptSkript.hpp"
 #include "tests/fahrt/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>

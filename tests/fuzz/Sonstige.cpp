@@ -1,6 +1,6 @@
 // What comes over the wire, from the disk and from the keyboard.
 
-#include "ansicht/Bedienpult.hpp"
+#include "ansicht/Ausfuehrung.hpp"
 #include "ansicht/Inhalt.hpp"
 #include "ansicht/terminal/Befehle.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
@@ -10,7 +10,7 @@
 #include "kabel/Berichte.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
-#include "plattform/probe/DateiEinstellungen.hpp"
+#include "plattform/portabel/DateiEinstellungen.hpp"
 #include "standdienst/Standdienst.hpp"
 #include "tests/fuzz/Pruefungen.hpp"
 #include "tests/hilfe/Gegenstelle.hpp"

@@ -7,7 +7,7 @@
 #include "netz/Volltunnel.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
-#include "plattform/probe/OsascriptSkript.hpp"
+#include "plattform/portabel/OsascriptSkript.hpp"
 #include "tests/fuzz/Pruefungen.hpp"
 #include "tests/hilfe/Ordner.hpp"
 

@@ -60,7 +60,7 @@ public:
     /// The clean-up as the program's end does it.
     void raeumeAuf();
 
-    [[nodiscard]] const Zustand& zustand() const { return kabel->aushang().zustand(); }
+    [[nodiscard]] const Zustand& zustand() const { return kabel->speicher().zustand(); }
     [[nodiscard]] std::vector<std::string> protokoll() const; ///< the log's messages, without their times
 
     // The world, for the test to change at any time.
@@ -104,7 +104,7 @@ public:
     SpeicherEinstellungen einstellungen;
     Schlange& haupt = welt.schlange("haupt");
     Schlange* q = nullptr;
-    std::vector<Wecker> helferleben;
+    std::vector<Zeitgeber> helferleben;
     std::unique_ptr<Kabel> kabel;
 
     /// The status service's side.

@@ -77,7 +77,7 @@ TEST(Einstellungen, aenderungenWerdenSofortGespeichertUndGezeigt) {
     };
     EXPECT_TRUE(gilt(w.zustand()));
     EXPECT_FALSE(w.zustand().volltunnelAn);
-    EXPECT_TRUE(gilt(w.baue().aushang().zustand())) << "the next start reads what is stored";
+    EXPECT_TRUE(gilt(w.baue().speicher().zustand())) << "the next start reads what is stored";
 }
 
 } // namespace

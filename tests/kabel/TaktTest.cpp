@@ -78,18 +78,18 @@ TEST(Takt, dieMenueleisteWechseltAlleVierSekunden) {
     EXPECT_EQ(w.zustand().symbol + w.zustand().kurz, "cable.connector.slash");
 }
 
-TEST(Aushang, beobachterHoerenVonEinemTaktEinmalUndVonNichtsNie) {
+TEST(Zustandsspeicher, beobachterHoerenVonEinemTaktEinmalUndVonNichtsNie) {
     KabelWelt w;
     w.starte();
     int gehoert = 0;
-    const auto beobachtung = w.kabel->aushang().beobachte([&](const Zustand&) { ++gehoert; });
+    const auto beobachtung = w.kabel->speicher().beobachte([&](const Zustand&) { ++gehoert; });
     w.laufeBisSekunde(0.5);
     EXPECT_EQ(gehoert, 1);
     w.laufeBisSekunde(30); // the same phase tick after tick
     EXPECT_EQ(gehoert, 1);
 }
 
-TEST(Aushang, unmoeglicheZahlenBeendenDasProgramm) {
+TEST(Zustandsspeicher, unmoeglicheZahlenBeendenDasProgramm) {
     HandyWelt w;
     w.handys[0].status = R"({"guests":[{"IP":"kabel:Testmac","BytesUp":9223372036854775807,"BytesDown":1}]})";
     w.starteBis(1);

@@ -207,7 +207,7 @@ TEST(Volltunnel, geaenderteArtStartetNeuUndOhneTunnelNichts) {
 
 TEST(Volltunnel, einAlterFehlerSchadetNichtUndEinWaisenhelferWirdBeendet) {
     TunnelWelt w;
-    legeOrdnerAn(w.stoppPfad());
+    legeElternordnerAn(w.stoppPfad());
     schreibeAtomar(w.stoppPfad() + ".fehler", "von gestern", Haltbarkeit::fluechtig);
     schreibeAtomar(w.stoppPfad(), "", Haltbarkeit::fluechtig);
     w.starteBis(3);
@@ -255,7 +255,7 @@ TEST(Volltunnel, nachEinemTotenHelferStartetDerNaechsteVonSelbst) {
 
 TEST(Volltunnel, derToteHelferEinesAbgestuerztenMacsHindertKeinenStart) {
     TunnelWelt w;
-    legeOrdnerAn(w.stoppPfad());
+    legeElternordnerAn(w.stoppPfad());
     schreibeAtomar(w.stoppPfad() + ".laeuft", "", Haltbarkeit::fluechtig);
     w.starteBis(15);
     EXPECT_TRUE(w.zustand().volltunnelLaeuft);

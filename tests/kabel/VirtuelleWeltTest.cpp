@@ -26,7 +26,7 @@ TEST(VirtuelleWelt, andereSchlangenLaufenWeiterWaehrendEineWartet) {
         folge += "a2 ";
     });
     Schlange& c = welt.schlange("c");
-    const auto wecker = c.wiederhole(2s, 2s, [&] { folge += "c "; });
+    const auto zeitgeber = c.wiederhole(2s, 2s, [&] { folge += "c "; });
     welt.laufe(5500ms);
     EXPECT_EQ(folge, "a1 b1 c c b2 a2 ");
 }

@@ -50,7 +50,7 @@ TEST(AsioSchlange, endeLaesstDenLaufendenAuftragFertigwerdenUndVerwirftDieWarten
             folge += "laufender ";
         });
         q.async([&, zeuge] { folge += "wartender "; });
-        const auto wecker = q.wiederhole(0ms, 1ms, [zeuge] {});
+        const auto zeitgeber = q.wiederhole(0ms, 1ms, [zeuge] {});
         begonnen.get_future().wait();
     }
     EXPECT_EQ(folge, "laufender ");

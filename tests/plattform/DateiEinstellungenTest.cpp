@@ -1,6 +1,6 @@
 // Settings in a file that other programs, crashes and people's editors have their hands on, too.
 
-#include "plattform/probe/DateiEinstellungen.hpp"
+#include "plattform/portabel/DateiEinstellungen.hpp"
 
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/plattform/Deskriptoren.hpp"

@@ -105,7 +105,7 @@ private:
     Zaehler zaehler_;
     std::string verstoss_;
     std::deque<std::string> geschichte_;
-    Wecker schicksal_;
+    Zeitgeber schicksal_;
 
     int ticksOhneWeg_ = -1;     ///< since the way was last good; -1: it is
     int ticksOhneBeweis_ = 0;   ///< without an exit address, though a phone may share and allow

@@ -109,7 +109,7 @@ void Sturmwelt::standGleichtZustand() {
         return;
     nachTick_ = false;
     ohneVerbindungKeineWerte();
-    const auto& z = kabel->aushang().zustand();
+    const auto& z = kabel->speicher().zustand();
     if (z.phase.text() != dokumentPhase_ || z.austritt != dokumentAustritt_ ||
         z.proxyGesetzt != dokumentProxy_)
         verletzt("der Stand gleicht dem Zustand: " + dokumentPhase_ + "/" + z.phase.text() + ", " +
@@ -118,8 +118,8 @@ void Sturmwelt::standGleichtZustand() {
 
 void Sturmwelt::ohneVerbindungKeineWerte() {
     if (luege_ == Luege::alteAnzeige && zaehler_.ticks % 7 == 0)
-        kabel->aushang().aendere([](Zustand& z) { z.klasse = "2. Klasse"; });
-    const auto& z = kabel->aushang().zustand();
+        kabel->speicher().aendere([](Zustand& z) { z.klasse = "2. Klasse"; });
+    const auto& z = kabel->speicher().zustand();
     const bool faehrt = z.phase == Phase::Art::faehrt || z.phase == Phase::Art::pruefung ||
                         z.phase.art == Phase::Art::proxyFehler;
     if (!faehrt && !(z.austritt + z.klasse + z.rettung + verbunden(z.gleise, "")).empty())

@@ -87,7 +87,7 @@ TEST_P(SchlangenVertrag, holtVersaeumteTakteEinmalNachUndKehrtInsRasterZurueck) 
         fertig = false;
         int lauf = 0; // touched by q alone
         const Dauer beginn = bank->jetzt();
-        Wecker wecker = q.wiederhole(Dauer::zero(), periode, [&] {
+        Zeitgeber zeitgeber = q.wiederhole(Dauer::zero(), periode, [&] {
             if (++lauf == 1)
                 bank->schlafe(5 * periode / 2); // misses the next two, which become one
             if (lauf != 3)
@@ -98,7 +98,7 @@ TEST_P(SchlangenVertrag, holtVersaeumteTakteEinmalNachUndKehrtInsRasterZurueck) 
             fertig = true;
         });
         bis(fertig);
-        wecker.reset();
+        zeitgeber.reset();
         // Whatever of it still runs must be over before its variables go.
         std::atomic<bool> leer = false;
         andere.async([&] { q.sync([&] { leer = true; }); });
@@ -109,7 +109,7 @@ TEST_P(SchlangenVertrag, holtVersaeumteTakteEinmalNachUndKehrtInsRasterZurueck) 
 
 TEST_P(SchlangenVertrag, weckerEndetMitDerLetztenKopie) {
     using namespace std::chrono_literals;
-    Wecker selbst;
+    Zeitgeber selbst;
     std::atomic<int> eigene = 0;
     std::atomic<int> fremde = 0;
     q.async([&] {
@@ -118,13 +118,13 @@ TEST_P(SchlangenVertrag, weckerEndetMitDerLetztenKopie) {
                 selbst.reset(); // from inside the job
         });
     });
-    Wecker fremder = q.wiederhole(0ms, 1ms, [&] { ++fremde; });
-    Wecker kopie = fremder;
+    Zeitgeber fremder = q.wiederhole(0ms, 1ms, [&] { ++fremde; });
+    Zeitgeber kopie = fremder;
     fremder.reset();
     ASSERT_TRUE(bank->laufeBis([&] { return fremde >= 3 && eigene >= 2; })) << "the copy keeps it going";
     kopie.reset();
     int danach = 0;
-    Wecker spaeter;
+    Zeitgeber spaeter;
     andere.async([&] {
         q.sync([&] { danach = fremde; }); // a run that had begun is over now
         spaeter = q.wiederhole(10ms, 1h, [&] { fertig = true; });

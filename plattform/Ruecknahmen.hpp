@@ -10,10 +10,10 @@ namespace mobilsteg {
 /// What this run may leave behind and a later one has to take back: a setting with a line each, gone when it
 /// is empty. Reads and writes the settings at each call, on the caller's queue, which has to be always the
 /// same one.
-class Merkliste {
+class Ruecknahmen {
 public:
     /// `einstellungen` must outlive it.
-    Merkliste(Einstellungen& einstellungen, std::string schluessel)
+    Ruecknahmen(Einstellungen& einstellungen, std::string schluessel)
         : einstellungen_(einstellungen), schluessel_(std::move(schluessel)) {}
 
     /// Empty: nothing is left behind.

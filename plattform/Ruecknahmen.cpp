@@ -1,16 +1,16 @@
-#include "plattform/Merkliste.hpp"
+#include "plattform/Ruecknahmen.hpp"
 
 #include "plattform/Text.hpp"
 
 namespace mobilsteg {
 
-std::set<std::string> Merkliste::lies() const {
+std::set<std::string> Ruecknahmen::lies() const {
     const std::string text = einstellungen_.text(schluessel_).value_or("");
     const auto zeilen = teile(text, '\n');
     return {zeilen.begin(), zeilen.end()};
 }
 
-void Merkliste::schreibe(const std::set<std::string>& neue) {
+void Ruecknahmen::schreibe(const std::set<std::string>& neue) {
     if (neue == lies())
         return;
     if (neue.empty())
@@ -21,13 +21,13 @@ void Merkliste::schreibe(const std::set<std::string>& neue) {
     einstellungen_.setzeText(schluessel_, text);
 }
 
-void Merkliste::merke(const std::string& eines) {
+void Ruecknahmen::merke(const std::string& eines) {
     auto alle = lies();
     alle.insert(eines);
     schreibe(alle);
 }
 
-void Merkliste::vergiss(const std::string& eines) {
+void Ruecknahmen::vergiss(const std::string& eines) {
     auto alle = lies();
     alle.erase(eines);
     schreibe(alle);

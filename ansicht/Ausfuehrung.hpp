@@ -20,10 +20,10 @@ struct Angebot {
 [[nodiscard]] std::vector<Angebot> angebote(const Baum& baum);
 
 /// Carries actions out on the controller. Main queue only, returns at once.
-class Bedienpult {
+class Ausfuehrung {
 public:
     /// `beenden` asks the program to quit.
-    Bedienpult(Kabel& kabel, std::function<void()> beenden);
+    Ausfuehrung(Kabel& kabel, std::function<void()> beenden);
 
     void bediene(const Aktion& aktion);
 

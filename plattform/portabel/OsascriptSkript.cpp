@@ -1,4 +1,4 @@
-#include "plattform/probe/OsascriptSkript.hpp"
+#include "plattform/portabel/OsascriptSkript.hpp"
 
 #include "plattform/Dateien.hpp"
 #include "plattform/Kindprozess.hpp"

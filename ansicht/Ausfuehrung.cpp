@@ -1,4 +1,4 @@
-#include "ansicht/Bedienpult.hpp"
+#include "ansicht/Ausfuehrung.hpp"
 
 #include "kabel/Kabel.hpp"
 
@@ -33,10 +33,10 @@ std::vector<Angebot> angebote(const Baum& baum) {
     return liste;
 }
 
-Bedienpult::Bedienpult(Kabel& kabel, std::function<void()> beenden)
+Ausfuehrung::Ausfuehrung(Kabel& kabel, std::function<void()> beenden)
     : kabel_(kabel), beenden_(std::move(beenden)) {}
 
-void Bedienpult::bediene(const Aktion& aktion) {
+void Ausfuehrung::bediene(const Aktion& aktion) {
     const bool an = aktion.wert == "an";
     switch (aktion.was) {
     case Bedienung::experte:
@@ -62,8 +62,8 @@ void Bedienpult::bediene(const Aktion& aktion) {
     }
 }
 
-void Bedienpult::oeffneBrowser(const std::string& name) {
-    for (const auto& fund : kabel_.aushang().zustand().browserOhne)
+void Ausfuehrung::oeffneBrowser(const std::string& name) {
+    for (const auto& fund : kabel_.speicher().zustand().browserOhne)
         if (fund.name == name)
             return kabel_.fahrtwindHinzufuegen(fund);
 }

@@ -1,17 +1,17 @@
-#include "kabel/Aushang.hpp"
+#include "kabel/Zustandsspeicher.hpp"
 
 #include <vector>
 
 namespace mobilsteg {
 
-Aushang::Aushang(Schlange& haupt, Zustand anfang)
+Zustandsspeicher::Zustandsspeicher(Schlange& haupt, Zustand anfang)
     : haupt_(haupt), zustand_(std::move(anfang)), gemeldet_(zustand_) {}
 
-void Aushang::veroeffentliche(Aenderung aenderung) {
+void Zustandsspeicher::veroeffentliche(Aenderung aenderung) {
     haupt_.async([this, aenderung = std::move(aenderung)] { aendere(aenderung); });
 }
 
-void Aushang::aendere(const Aenderung& aenderung) {
+void Zustandsspeicher::aendere(const Aenderung& aenderung) {
     aenderung(zustand_);
     if (meldungBestellt_)
         return;
@@ -20,13 +20,13 @@ void Aushang::aendere(const Aenderung& aenderung) {
     haupt_.async([this] { melde(); });
 }
 
-Aushang::Beobachtung Aushang::beobachte(Beobachter beobachter) {
+Zustandsspeicher::Beobachtung Zustandsspeicher::beobachte(Beobachter beobachter) {
     auto beobachtung = std::make_shared<Beobachter>(std::move(beobachter));
     beobachter_.push_back(beobachtung);
     return beobachtung;
 }
 
-void Aushang::melde() {
+void Zustandsspeicher::melde() {
     meldungBestellt_ = false;
     if (zustand_ == gemeldet_)
         return;

@@ -11,14 +11,14 @@
 namespace mobilsteg {
 
 /// Where the state is published: it is read and changed on the main queue only, and observers are told there.
-class Aushang {
+class Zustandsspeicher {
 public:
     using Beobachter = std::function<void(const Zustand&)>;
     using Aenderung = std::function<void(Zustand&)>;
     /// Ends the observation when it goes away.
     using Beobachtung = std::shared_ptr<Beobachter>;
 
-    Aushang(Schlange& haupt, Zustand anfang);
+    Zustandsspeicher(Schlange& haupt, Zustand anfang);
 
     /// From any queue: queues the change on the main queue.
     void veroeffentliche(Aenderung aenderung);

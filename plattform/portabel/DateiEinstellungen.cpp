@@ -1,4 +1,4 @@
-#include "plattform/probe/DateiEinstellungen.hpp"
+#include "plattform/portabel/DateiEinstellungen.hpp"
 
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
@@ -105,7 +105,7 @@ struct DateiEinstellungen::Innen {
     /// Lets `aenderung` look at what the file holds now and add to the open changes; then stores all of them.
     void aendere(const std::function<void(const json& werte, json& offen)>& aenderung) {
         const std::lock_guard wache(schloss);
-        legeOrdnerAn(pfad);
+        legeElternordnerAn(pfad);
         const Dateisperre sperre(pfad + ".sperre"); // not the file itself, which is replaced
         const Inhalt inhalt = lies(pfad);
         aenderung(inhalt.werte, offen);
