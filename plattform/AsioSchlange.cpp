@@ -35,11 +35,11 @@ namespace {
 
 struct Takt : std::enable_shared_from_this<Takt> {
     Takt(asio::io_context& kontext, Dauer p, Aufgabe a, std::weak_ptr<void> w)
-        : zeitgeber(kontext), periode(p), aufgabe(std::move(a)), zeitgeber(std::move(w)) {}
+        : zeitgeber(kontext), periode(p), aufgabe(std::move(a)), griff(std::move(w)) {}
 
     void warte() {
         zeitgeber.async_wait([selbst = shared_from_this()](const std::error_code& fehler) {
-            if (fehler || selbst->zeitgeber.expired())
+            if (fehler || selbst->griff.expired())
                 return;
             const auto jetzt = std::chrono::steady_clock::now().time_since_epoch();
             selbst->faellig = naechsterTakt(selbst->faellig, selbst->periode, jetzt);
@@ -58,7 +58,7 @@ struct Takt : std::enable_shared_from_this<Takt> {
     Dauer periode;
     Dauer faellig{};
     Aufgabe aufgabe;
-    std::weak_ptr<void> zeitgeber;
+    std::weak_ptr<void> griff;
 };
 
 } // namespace
@@ -94,14 +94,14 @@ void AsioSchlange::sync(Aufgabe aufgabe) {
 Zeitgeber AsioSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {
     // The timer belongs to the queue's thread and goes with the queue. A handle that is let go of only lets
     // the next firing be the last and an idle one, so it may be held longer than the queue lives.
-    Zeitgeber zeitgeber = std::make_shared<bool>();
-    auto takt = std::make_shared<Takt>(innen_->kontext, periode, std::move(aufgabe), zeitgeber);
+    Zeitgeber griff = std::make_shared<bool>();
+    auto takt = std::make_shared<Takt>(innen_->kontext, periode, std::move(aufgabe), griff);
     takt->faellig = std::chrono::steady_clock::now().time_since_epoch() + erste;
     async([takt] {
         takt->stelle();
         takt->warte();
     });
-    return zeitgeber;
+    return griff;
 }
 
 bool AsioSchlange::istHier() const {
