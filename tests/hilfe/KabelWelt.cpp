@@ -138,10 +138,22 @@ Ergebnis KabelWelt::networksetup(const std::vector<std::string>& worte) {
                 worte.at(1) +
                     " is not a recognized network service.\n** Error: The parameters were not valid.\n",
                 ""};
+    const std::string& dienst = worte.at(1);
+    if (worte.front() == "-getsocksfirewallproxy") {
+        const auto an = socksAn.find(dienst);
+        const auto& [adresse, port] = socksZiel[dienst];
+        return {0,
+                std::string("Enabled: ") + (an != socksAn.end() && an->second ? "Yes" : "No") + "\nServer: " +
+                    adresse + "\nPort: " + std::to_string(port) + "\nAuthenticated Proxy Enabled: 0\n",
+                ""};
+    }
     if (!networksetupFehler.empty())
         return {4, networksetupFehler + "\n", ""};
-    // Setting an address switches the proxy on, as on the Mac.
-    socksAn[worte.at(1)] = worte.front() == "-setsocksfirewallproxy" || worte.at(2) == "on";
+    // Setting an address switches the proxy on, and switching it off keeps the address, as on the Mac.
+    const bool setztZiel = worte.front() == "-setsocksfirewallproxy";
+    if (setztZiel)
+        socksZiel[dienst] = {worte.at(2), std::atoi(worte.at(3).c_str())};
+    socksAn[dienst] = setztZiel || worte.at(2) == "on";
     return {0, "", ""};
 }
 

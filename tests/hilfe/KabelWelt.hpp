@@ -86,9 +86,10 @@ public:
     std::vector<int> antworten; ///< to the coming questions; one more question fails the test
 
     // What the world looks like.
-    std::map<int, std::string> forwards;                       ///< local port → serial
-    std::map<std::string, bool> socksAn;                       ///< network service → proxy on
-    std::vector<std::string> aufrufe;                          ///< every tool call, its name and arguments
+    std::map<int, std::string> forwards;                          ///< local port → serial
+    std::map<std::string, bool> socksAn;                          ///< network service → proxy on
+    std::map<std::string, std::pair<std::string, int>> socksZiel; ///< service → address and port
+    std::vector<std::string> aufrufe;                             ///< every tool call, its name and arguments
     std::map<std::string, double> fristen;                     ///< the seconds that each such call was given
     std::vector<std::string> anmeldungen;                      ///< bodies of the registrations
     std::vector<std::string> skripte;                          ///< every AppleScript source that was run
