@@ -2,7 +2,7 @@
 
 #include "ansicht/Browser.hpp"
 #include "app/Befehlszeile.hpp"
-#include "handy/CurlHttp.hpp"
+#include "handy/Http.hpp"
 #include "kabel/Kabel.hpp"
 #include "plattform/Adapter.hpp"
 #include "plattform/AsioSchlange.hpp"

@@ -3,7 +3,7 @@
 #include "ansicht/Browser.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
 #include "handy/Adb.hpp"
-#include "handy/CurlHttp.hpp"
+#include "handy/Http.hpp"
 #include "kabel/Verbindung.hpp"
 #include "netz/SystemProxy.hpp"
 #include "plattform/Dateien.hpp"

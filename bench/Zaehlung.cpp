@@ -16,7 +16,7 @@ int main(int argc, char** argv) {
     } else if (was == "stand") {
         const auto antwort = Antwort::ausJson(antwortJson(2));
         for (int i = 0; i < 1000 && antwort; ++i)
-            ergebnis += standDokument(fahrtangaben(), antwort)->size();
+            ergebnis += standDokument(fahrtangaben(), antwort).size();
     } else if (was == "lsof") {
         ergebnis = Erhebung::liesVerbindungen(lsofListe(50000)).durch.size();
     } else {

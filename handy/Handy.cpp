@@ -35,7 +35,7 @@ Handy::Handy(Http& http, std::string austrittsdienst)
     : http_(http), austrittsdienst_(std::move(austrittsdienst)) {}
 
 std::string Handy::adresse(const std::string& pfad) const {
-    return "http://127.0.0.1:" + std::to_string(gastPort) + pfad;
+    return "http://" + amMac(gastPort) + pfad;
 }
 
 std::optional<std::string> Handy::lade(const HttpAnfrage& anfrage) {

@@ -2,6 +2,7 @@
 
 #include "handy/Antwort.hpp"
 #include "handy/Http.hpp"
+#include "handy/Ports.hpp"
 
 #include <optional>
 #include <string>
@@ -16,8 +17,8 @@ public:
     /// `austrittsdienst` is the address of a service that answers with the caller's public address.
     Handy(Http& http, std::string austrittsdienst);
 
-    /// The local port that leads to the phone's API; the link step moves it when 8080 is taken.
-    int gastPort = 8080;
+    /// The local port that leads to the phone's API; the link step moves it when that is taken.
+    int gastPort = gastPortAmHandy;
 
     /// Registers this Mac and asks for the phone's state. `vpn`: addresses of the VPN servers known here.
     /// Absent: no answer, or not from the phone app.

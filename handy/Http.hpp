@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -11,7 +12,7 @@ struct HttpAnfrage {
     /// Which way the request takes out of the Mac.
     enum class Weg {
         direkt,     ///< never through any proxy, whatever the system or the environment says
-        durchProxy, ///< through the phone's SOCKS proxy at 127.0.0.1:1080, which also resolves the name
+        durchProxy, ///< through the phone's SOCKS proxy, which also resolves the name
     };
 
     Weg weg = Weg::direkt;
@@ -34,6 +35,22 @@ public:
     /// (3 s without a sign of life) directly, 12 s (10 s) through the proxy. Not on the main queue.
     /// Absent: no HTTP answer came, whatever the reason.
     [[nodiscard]] virtual std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) = 0;
+};
+
+/// HTTP by libcurl. Keeps one session per way; nothing (cookies, cache, credentials) reaches the disk.
+/// One caller at a time.
+class CurlHttp final : public Http {
+public:
+    CurlHttp();
+    ~CurlHttp() override;
+    [[nodiscard]] std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
+
+private:
+    struct Sitzung;
+    Sitzung& sitzung(HttpAnfrage::Weg weg);
+
+    std::unique_ptr<Sitzung> direkt_;
+    std::unique_ptr<Sitzung> durchProxy_;
 };
 
 } // namespace mobilsteg

@@ -1,6 +1,6 @@
 #include "kabel/Kabel.hpp"
 
-#include "kabel/Menueleiste.hpp"
+#include "kabel/Zustand.hpp"
 #include "plattform/Dateien.hpp"
 
 #include <utility>
@@ -182,11 +182,9 @@ void Kabel::schreibeStand(const Phase& phase, const std::optional<Antwort>& antw
     angaben.adb = verbindung_.adbPfad().value_or("");
 
     auto dokument = standDokument(angaben, antwort);
-    if (!dokument)
-        return;
     legeElternordnerAn(standPfad_);
-    schreibeAtomar(standPfad_, *dokument, Haltbarkeit::fluechtig);
-    a_.standdienst.setzeDokument(std::move(*dokument));
+    schreibeAtomar(standPfad_, dokument, Haltbarkeit::fluechtig);
+    a_.standdienst.setzeDokument(std::move(dokument));
 }
 
 // --- the system proxy ------------------------------------------------------------------------------------

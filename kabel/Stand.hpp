@@ -1,7 +1,7 @@
 #pragma once
 
 #include "handy/Antwort.hpp"
-#include "kabel/Phase.hpp"
+#include "kabel/Zustand.hpp"
 #include "plattform/Uhr.hpp"
 
 #include <optional>
@@ -28,9 +28,8 @@ struct Standangaben {
 };
 
 /// The document as bytes: JSON, UTF-8, keys sorted, indented. `antwort` adds what the phone told in this
-/// tick. Absent: it cannot be written as JSON. Pure.
-[[nodiscard]] std::optional<std::string> standDokument(const Standangaben& angaben,
-                                                       const std::optional<Antwort>& antwort);
+/// tick. Pure.
+[[nodiscard]] std::string standDokument(const Standangaben& angaben, const std::optional<Antwort>& antwort);
 
 /// Whoever serves the document to others on this Mac.
 class Standausgabe {

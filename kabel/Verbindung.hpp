@@ -2,18 +2,14 @@
 
 #include "handy/Adb.hpp"
 #include "handy/Handy.hpp"
+#include "handy/Ports.hpp"
 #include "plattform/Ruecknahmen.hpp"
 
-#include <array>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace mobilsteg {
-
-/// The phone's page of guests and API, and where its local end may be when another program holds that port.
-inline constexpr int gastPortAmHandy = 8080;
-inline constexpr std::array gastPorts{gastPortAmHandy, 18080, 18081, 18082, 28080};
 
 /// A port as adb writes it.
 [[nodiscard]] std::string tcp(int port);

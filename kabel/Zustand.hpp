@@ -1,11 +1,38 @@
 #pragma once
 
-#include "kabel/Phase.hpp"
-
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace mobilsteg {
+
+/// How far the way through the phone has come. `faehrt` is the only phase in which traffic passes.
+struct Phase {
+    enum class Art {
+        proxyFehler,
+        start,
+        keinAdb,
+        keinHandy,
+        nichtAutorisiert,
+        weitergabeAus,
+        wartetAufHandy,
+        abgelehnt,
+        pruefung,
+        faehrt,
+    };
+
+    Art art = Art::start;
+    std::string grund; ///< only with `proxyFehler`: why, as the user reads it
+
+    // NOLINTNEXTLINE(google-explicit-constructor): a phase without a reason is its kind
+    Phase(Art a = Art::start) : art(a) {}
+    [[nodiscard]] static Phase proxyFehler(std::string grund);
+
+    /// The line that the user reads.
+    [[nodiscard]] std::string text() const;
+
+    bool operator==(const Phase&) const = default;
+};
 
 /// A browser found on the Mac.
 struct BrowserFund {
@@ -50,5 +77,16 @@ struct Zustand {
 
     bool operator==(const Zustand&) const = default;
 };
+
+/// What stands in the menu bar: a symbol and a short text beside it.
+struct Menueleiste {
+    std::string symbol;
+    std::string kurz;
+
+    bool operator==(const Menueleiste&) const = default;
+};
+
+/// `rotation` counts the display timer's firings and picks the piece of the short text. Pure.
+[[nodiscard]] Menueleiste menueleiste(const Zustand& zustand, std::uint64_t rotation);
 
 } // namespace mobilsteg

@@ -1,5 +1,6 @@
 #include "netz/Erhebung.hpp"
 
+#include "handy/Ports.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
 
@@ -123,6 +124,7 @@ std::vector<std::string> Erhebung::liesDienste(std::string_view ausgabe,
 }
 
 Erhebung::Verbindungen Erhebung::liesVerbindungen(std::string_view lsof) {
+    const std::string zumProxy = "->" + amMac(socksPort);
     std::map<std::string, int> durch;
     std::map<std::string, int> vorbei;
     const auto hat = [](std::string_view text, std::string_view stueck) {
@@ -138,7 +140,7 @@ Erhebung::Verbindungen Erhebung::liesVerbindungen(std::string_view lsof) {
         const auto verbindung = felder[8];
         if (programm.starts_with("Mobilsteg") || programm == "adb")
             continue;
-        if (hat(verbindung, "->127.0.0.1:1080"))
+        if (hat(verbindung, zumProxy))
             ++durch[programm];
         else if (!hat(verbindung, "->127.0.0.1") && !hat(verbindung, "->100."))
             ++vorbei[programm];

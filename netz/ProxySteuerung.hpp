@@ -1,14 +1,12 @@
 #pragma once
 
+#include "handy/Ports.hpp"
 #include "netz/SystemProxy.hpp"
 
 #include <optional>
 #include <string>
 
 namespace mobilsteg {
-
-/// The local end of the forward to the phone's SOCKS proxy.
-inline constexpr int socksPort = 1080;
 
 /// Puts the system proxy on the phone and takes it away; knows whether this run has set it. Work queue only;
 /// every operation but the looks blocks for the tools' time.

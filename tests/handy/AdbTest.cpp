@@ -1,6 +1,5 @@
 #include "handy/Adb.hpp"
 
-#include "handy/Geraetename.hpp"
 #include "tests/hilfe/Ordner.hpp"
 
 #include <gmock/gmock.h>

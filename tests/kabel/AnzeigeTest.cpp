@@ -1,6 +1,6 @@
 #include "kabel/Anzeige.hpp"
 
-#include "kabel/Menueleiste.hpp"
+#include "kabel/Zustand.hpp"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,6 @@
-#include "handy/CurlHttp.hpp"
+#include "handy/Http.hpp"
+
+#include "handy/Ports.hpp"
 
 #include <curl/curl.h>
 
@@ -114,7 +116,7 @@ struct CurlHttp::Sitzung {
             curl_easy_setopt(griff, CURLOPT_PROXY, "");
             curl_easy_setopt(griff, CURLOPT_NOPROXY, "*");
         } else {
-            curl_easy_setopt(griff, CURLOPT_PROXY, "socks5h://127.0.0.1:1080");
+            curl_easy_setopt(griff, CURLOPT_PROXY, ("socks5h://" + amMac(socksPort)).c_str());
             curl_easy_setopt(griff, CURLOPT_NOPROXY, "");
         }
     }

@@ -1,7 +1,7 @@
 // The real HTTP client against a real server. Its limits of 3 and 10 silent seconds are too long to wait for
 // here.
 
-#include "handy/CurlHttp.hpp"
+#include "handy/Http.hpp"
 
 #include "tests/plattform/Deskriptoren.hpp"
 

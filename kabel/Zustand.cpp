@@ -1,8 +1,8 @@
-#include "kabel/Menueleiste.hpp"
+#include "kabel/Zustand.hpp"
 
 #include "plattform/Text.hpp"
 
-#include <vector>
+#include <utility>
 
 namespace mobilsteg {
 
@@ -51,6 +51,39 @@ std::vector<std::string> stuecke(const Zustand& z) {
 }
 
 } // namespace
+
+Phase Phase::proxyFehler(std::string grund) {
+    Phase phase(Art::proxyFehler);
+    phase.grund = std::move(grund);
+    return phase;
+}
+
+std::string Phase::text() const {
+    switch (art) {
+    case Art::proxyFehler:
+        return grund;
+    case Art::start:
+        return "Starte …";
+    case Art::keinAdb:
+        return "adb nicht gefunden — Android-Platform-Tools installieren (brew install --cask "
+               "android-platform-tools)";
+    case Art::keinHandy:
+        return "Kein Handy am Kabel — USB-Debugging an?";
+    case Art::nichtAutorisiert:
+        return "Am Handy „USB-Debugging zulassen“ bestätigen";
+    case Art::weitergabeAus:
+        return "In Mobilsteg: 2. oder 1. Klasse, Weitergabe an, Losfahren";
+    case Art::wartetAufHandy:
+        return "Warte auf das Ja am Handy …";
+    case Art::abgelehnt:
+        return "Am Handy abgelehnt";
+    case Art::pruefung:
+        return "Prüfe den Weg durch das Handy …";
+    case Art::faehrt:
+        return "Fährt mit";
+    }
+    return "";
+}
 
 Menueleiste menueleiste(const Zustand& zustand, std::uint64_t rotation) {
     Menueleiste leiste{symbol(zustand), ""};
