@@ -14,8 +14,7 @@ namespace {
 /// The controller's ticks in "Fährt mit", with the model world around it.
 bool takte(int anzahl) {
     Modellhandy handy;
-    handy.status =
-        R"({"alles":true,"notlage":false,"paths":[{"iface":"wifi","healthy":true,"rtt_ms":41}]})";
+    handy.status = R"({"alles":true,"notlage":false,"paths":[{"iface":"wifi","healthy":true,"rtt_ms":41}]})";
     KabelWelt welt;
     welt.handys = {handy};
     welt.starte();

@@ -1,51 +1,8 @@
 #include "tests/fuzz/Pruefungen.hpp"
 
-#include <nlohmann/json.hpp>
-
 #include <array>
-#include <stdexcept>
 
 namespace mobilsteg::fuzz {
-
-using nlohmann::json;
-
-void verlange(bool gilt, const char* was) {
-    if (!gilt)
-        throw std::logic_error(was);
-}
-
-std::vector<std::string> abschnitte(std::string_view bytes, std::size_t anzahl) {
-    constexpr std::string_view grenze = "\n====\n";
-    std::vector<std::string> stuecke;
-    std::size_t anfang = 0;
-    for (std::size_t ende = 0; (ende = bytes.find(grenze, anfang)) != std::string_view::npos;
-         anfang = ende + grenze.size())
-        stuecke.emplace_back(bytes.substr(anfang, ende - anfang));
-    stuecke.emplace_back(bytes.substr(anfang));
-    stuecke.resize(std::max(stuecke.size(), anzahl));
-    return stuecke;
-}
-
-std::string utf8NachFremderLesart(std::string_view bytes) {
-    return json::parse(json(bytes).dump(-1, ' ', false, json::error_handler_t::replace)).get<std::string>();
-}
-
-void verlangeUtf8(std::string_view text) {
-    (void)json(text).dump(); // throws when it is not
-}
-
-void verlangeEinzeilig(std::string_view text) {
-    verlangeUtf8(text);
-    verlange(!text.empty() && text.find('\n') == std::string_view::npos, "one line, and not an empty one");
-}
-
-std::string Pruefung::lange(int zeilen) const {
-    std::string text = anfang;
-    for (int i = 1; i <= zeilen; ++i)
-        for (const char c : zeile)
-            text += c == '#' ? std::to_string(i) : std::string(1, c);
-    return text + ende;
-}
 
 std::span<const Pruefung> pruefungen() {
     static const std::array alle = std::to_array<Pruefung>({

@@ -1,36 +1,47 @@
 #pragma once
 
-#include <optional>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <string_view>
-#include <vector>
+#include <utility>
 
 namespace mobilsteg::fuzz {
 
 /// What must hold of one reader of foreign bytes, whatever these are.
 struct Pruefung {
-    std::string name;                                  ///< also of its folders below saat/ and funde/
-    void (*pruefe)(std::string_view bytes);            ///< throws when something does not hold
-    std::string anfang, zeile, ende;                   ///< a long input; "#" in the line is its number
-    [[nodiscard]] std::string lange(int zeilen) const; ///< that input, with so many lines
+    std::string name;                       ///< also of its folders below saat/ and funde/
+    void (*pruefe)(std::string_view bytes); ///< throws when something does not hold
+    std::string anfang, zeile, ende;        ///< a long input; "#" in the line is its number
 };
 
 [[nodiscard]] std::span<const Pruefung> pruefungen();
 
-void verlange(bool gilt, const char* was);
-void verlangeUtf8(std::string_view text);
-void verlangeEinzeilig(std::string_view text); ///< UTF-8 in one line, and not an empty one
+inline void verlange(bool gilt, const char* was) {
+    if (!gilt)
+        throw std::logic_error(was);
+}
 
-/// An input for several readers: its pieces between lines of "====", at least `anzahl`.
-[[nodiscard]] std::vector<std::string> abschnitte(std::string_view bytes, std::size_t anzahl);
+inline void verlangeUtf8(std::string_view text) {
+    (void)nlohmann::json(text).dump(); // throws when it is not
+}
 
-/// Told by the JSON library, so that our own reading of UTF-8 has somebody to differ from.
-[[nodiscard]] std::string utf8NachFremderLesart(std::string_view bytes);
+inline void verlangeEinzeilig(std::string_view text) {
+    verlangeUtf8(text);
+    verlange(!text.empty() && text.find('\n') == std::string_view::npos, "one line, and not an empty one");
+}
 
-using Pruefer = void(std::string_view bytes); ///< throws when something does not hold
+/// An input for two readers: what stands before and behind the first line of "====".
+inline std::pair<std::string, std::string> geteilt(const std::string& bytes) {
+    const auto grenze = std::min(bytes.find("\n====\n"), bytes.size());
+    return {bytes.substr(0, grenze), bytes.substr(std::min(grenze + 6, bytes.size()))};
+}
 
-// Werkzeuge.cpp: the tools' outputs.
+using Pruefer = void(std::string_view bytes);
+// Werkzeuge.cpp: what the tools print.
 Pruefer adb, netzdienste, vpnliste, verbindungen, tunnelbericht, skriptfehler, skriptquelle;
 
 // Sonstige.cpp: what comes over the wire, from the disk and from the keyboard.
