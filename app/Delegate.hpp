@@ -1,9 +1,8 @@
 #pragma once
 
+#include "plattform/Anschluesse.hpp"
 #include "plattform/AsioSchlange.hpp"
-#include "plattform/Dialog.hpp"
 #include "plattform/Einstellungen.hpp"
-#include "plattform/Signale.hpp"
 
 #include <functional>
 #include <mutex>

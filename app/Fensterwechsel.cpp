@@ -2,8 +2,8 @@
 // the terminal all day need not carry the toolkit's libraries.
 
 #include "app/MobilstegBordlotseApp.hpp"
-#include "plattform/Buendel.hpp"
 #include "plattform/Dateien.hpp"
+#include "plattform/Orte.hpp"
 
 #include <unistd.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "handy/Lauf.hpp"
-#include "plattform/Buendel.hpp"
+#include "plattform/Anschluesse.hpp"
 #include "plattform/Orte.hpp"
 
 #include <optional>

@@ -1,7 +1,7 @@
 // The controller's making, and the settings that its user changes.
 
 #include "kabel/Kabel.hpp"
-#include "plattform/Kennung.hpp"
+#include "plattform/Text.hpp"
 
 namespace mobilsteg {
 

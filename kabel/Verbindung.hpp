@@ -3,7 +3,7 @@
 #include "handy/Adb.hpp"
 #include "handy/Handy.hpp"
 #include "handy/Ports.hpp"
-#include "plattform/Ruecknahmen.hpp"
+#include "plattform/Einstellungen.hpp"
 
 #include <optional>
 #include <string>

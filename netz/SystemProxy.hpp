@@ -1,8 +1,8 @@
 #pragma once
 
 #include "handy/Lauf.hpp"
+#include "plattform/Einstellungen.hpp"
 #include "plattform/Orte.hpp"
-#include "plattform/Ruecknahmen.hpp"
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plattform/Buendel.hpp"
+#include "plattform/Anschluesse.hpp"
 #include "plattform/Einstellungen.hpp"
 
 #include <string>

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "netz/Variante.hpp"
-#include "plattform/Adminskript.hpp"
-#include "plattform/Buendel.hpp"
+#include "plattform/Anschluesse.hpp"
 #include "plattform/Orte.hpp"
 #include "plattform/Schlange.hpp"
 #include "plattform/Uhr.hpp"

@@ -1,12 +1,22 @@
 #include "plattform/Orte.hpp"
 
+#include "plattform/Adapter.hpp"
+
+#ifdef __APPLE__
+#include <mach-o/dyld.h>
+#endif
+
 #include <pwd.h>
 #include <unistd.h>
 
+#include <array>
+#include <climits>
 #include <cstdlib>
 #include <filesystem>
 
 namespace mobilsteg {
+
+namespace fs = std::filesystem;
 
 std::string eigenesHeim() {
     if (const char* heim = std::getenv("HOME"); heim != nullptr && *heim == '/')
@@ -16,14 +26,34 @@ std::string eigenesHeim() {
     return {};
 }
 
+std::string eigenesProgramm() {
+#ifdef __APPLE__
+    std::array<char, PATH_MAX> pfad{};
+    std::uint32_t platz = pfad.size();
+    return ::_NSGetExecutablePath(pfad.data(), &platz) == 0 ? pfad.data() : std::string();
+#else
+    std::error_code fehler;
+    return fs::read_symlink("/proc/self/exe", fehler).string();
+#endif
+}
+
 std::string absoluterPfad(const std::string& pfad) {
     std::error_code fehler;
-    auto absolut = std::filesystem::absolute(pfad, fehler).lexically_normal().string();
+    auto absolut = fs::absolute(pfad, fehler).lexically_normal().string();
     if (fehler)
         absolut = pfad;
     while (absolut.size() > 1 && absolut.back() == '/')
         absolut.pop_back();
     return absolut == "/" ? std::string() : absolut;
+}
+
+std::string rechnername() {
+    if (auto eigener = nativerRechnername(); eigener && !eigener->empty())
+        return *eigener;
+    std::array<char, 256> name{};
+    if (gethostname(name.data(), name.size() - 1) != 0 || name[0] == '\0')
+        return "Mac";
+    return name.data();
 }
 
 } // namespace mobilsteg

@@ -22,6 +22,9 @@ struct Orte {
 /// The home folder of the user who runs the program: HOME, else the account's entry.
 [[nodiscard]] std::string eigenesHeim();
 
+/// The path of the running executable; empty if the system does not tell.
+[[nodiscard]] std::string eigenesProgramm();
+
 /// `pfad` made absolute against the current folder, "." and ".." resolved as text, no trailing slash.
 [[nodiscard]] std::string absoluterPfad(const std::string& pfad);
 

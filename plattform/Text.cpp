@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <random>
 
 namespace mobilsteg {
 
@@ -175,6 +176,19 @@ std::string verbunden(const std::vector<std::string>& stuecke, std::string_view 
         text += stueck;
     }
     return text;
+}
+
+std::string neueKennung() {
+    std::random_device quelle;
+    std::string kennung = "xxxxxxxx-xxxx-4xxx-yxxx-xxxxxxxxxxxx";
+    constexpr std::string_view hex = "0123456789abcdef";
+    for (char& stelle : kennung) {
+        if (stelle == 'x')
+            stelle = hex[quelle() % 16];
+        else if (stelle == 'y')
+            stelle = hex[8 + quelle() % 4];
+    }
+    return kennung;
 }
 
 } // namespace mobilsteg

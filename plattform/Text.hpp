@@ -37,4 +37,7 @@ namespace mobilsteg {
 /// The pieces joined with `dazwischen`.
 [[nodiscard]] std::string verbunden(const std::vector<std::string>& stuecke, std::string_view dazwischen);
 
+/// A fresh random UUID in its canonical text form, lower case.
+[[nodiscard]] std::string neueKennung();
+
 } // namespace mobilsteg

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ansicht/Baum.hpp"
-#include "plattform/Dialog.hpp"
+#include "plattform/Anschluesse.hpp"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plattform/Dialog.hpp"
+#include "plattform/Anschluesse.hpp"
 
 #include <QMessageBox>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ansicht/terminal/Eingabe.hpp"
-#include "plattform/Dialog.hpp"
+#include "plattform/Anschluesse.hpp"
 
 #include <cstdio>
 

@@ -1,4 +1,4 @@
-#include "plattform/Nativ.hpp"
+#include "plattform/Adapter.hpp"
 #include "plattform/mac/Wandlung.hpp"
 
 namespace mobilsteg {

@@ -1,5 +1,5 @@
+#include "plattform/Adapter.hpp"
 #include "plattform/Dateien.hpp"
-#include "plattform/Nativ.hpp"
 #include "plattform/mac/Wandlung.hpp"
 
 #import <CoreFoundation/CoreFoundation.h>

@@ -1,5 +1,4 @@
-#include "plattform/portabel/DateiEinstellungen.hpp"
-
+#include "plattform/Adapter.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
 
@@ -8,8 +7,8 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <mutex>
-#include <optional>
 
 namespace mobilsteg {
 
@@ -17,182 +16,142 @@ using nlohmann::json;
 
 namespace {
 
-/// Tells one version of a replaced file from the next without reading it.
-struct Stempel {
-    dev_t geraet = 0;
-    ino_t nummer = 0;
-    off_t laenge = -1;
-    std::int64_t sekunden = 0;
-    std::int64_t nanosekunden = 0;
-    bool operator==(const Stempel&) const = default;
-};
-
-Stempel stempel(const std::string& pfad) {
-    struct stat lage {};
-    if (::stat(pfad.c_str(), &lage) != 0)
-        return {};
-#ifdef __APPLE__
-    const timespec& zeit = lage.st_mtimespec;
-#else
-    const timespec& zeit = lage.st_mtim;
-#endif
-    return {lage.st_dev, lage.st_ino, lage.st_size, zeit.tv_sec, zeit.tv_nsec};
-}
-
-enum class Lage {
-    verstanden,      ///< a settings file, or none at all
-    unverstaendlich, ///< something lies there that is no settings file
-    unerreichbar     ///< it may be a good one, but nothing can be opened just now
-};
-
-struct Inhalt {
-    json werte = json::object();
-    Lage lage = Lage::verstanden;
-};
-
 // Deeper than any setting. nlohmann's copying and writing recurse.
 constexpr std::size_t tiefstes = 100;
 
-Inhalt lies(const std::string& pfad) {
+bool liegtDort(const std::string& pfad) {
     struct stat lage {};
-    if (::lstat(pfad.c_str(), &lage) != 0 && errno == ENOENT)
-        return {};
-    const auto bytes = liesDatei(pfad);
-    if (!bytes) {
-        const bool voruebergehend = errno == EMFILE || errno == ENFILE || errno == ENOMEM;
-        return {json::object(), voruebergehend ? Lage::unerreichbar : Lage::unverstaendlich};
-    }
-    json werte = klammertiefe(*bytes) > tiefstes ? json() : json::parse(*bytes, nullptr, false);
-    if (!werte.is_object())
-        return {json::object(), Lage::unverstaendlich};
-    return {std::move(werte), Lage::verstanden};
+    return ::lstat(pfad.c_str(), &lage) == 0; // a link that leads nowhere lies there as well
 }
 
 /// Moves what lies at `pfad` to the first free second name. False: it is still there.
 bool legeBeiseite(const std::string& pfad) {
     for (int n = 1; n < 1000; ++n) {
         const std::string zweiter = pfad + (n == 1 ? ".defekt" : ".defekt-" + std::to_string(n));
-        struct stat lage {};
-        if (::lstat(zweiter.c_str(), &lage) == 0)
-            continue;
-        return ::rename(pfad.c_str(), zweiter.c_str()) == 0;
+        if (!liegtDort(zweiter))
+            return ::rename(pfad.c_str(), zweiter.c_str()) == 0;
     }
     return false;
 }
 
-} // namespace
+std::string alsBytes(const json& werte) {
+    return werte.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+}
 
-struct DateiEinstellungen::Innen {
-    std::string pfad;
-    mutable std::mutex schloss; // guards all below
-    mutable json gelesen = json::object();
-    mutable std::optional<Stempel> stand;
-    json offen = json::object(); ///< changes of this run that no disk has taken yet; null means removed
+class DateiEinstellungen final : public Einstellungen {
+public:
+    explicit DateiEinstellungen(std::string pfad) : pfad_(std::move(pfad)) {}
 
-    json wert(const std::string& schluessel) const {
-        const std::lock_guard wache(schloss);
-        if (const auto eigener = offen.find(schluessel); eigener != offen.end())
-            return *eigener;
-        if (const Stempel jetzt = stempel(pfad); stand != jetzt) {
-            Inhalt inhalt = lies(pfad);
-            gelesen = std::move(inhalt.werte);
-            stand = inhalt.lage == Lage::unerreichbar ? std::nullopt : std::optional(jetzt);
-        }
-        const auto treffer = gelesen.find(schluessel);
-        return treffer == gelesen.end() ? json() : *treffer;
+    [[nodiscard]] std::optional<std::string> text(const std::string& schluessel) const override {
+        const json wert = lies(schluessel);
+        return wert.is_string() ? std::optional(wert.get<std::string>()) : std::nullopt;
     }
 
-    /// Lets `aenderung` look at what the file holds now and add to the open changes; then stores all of them.
-    void aendere(const std::function<void(const json& werte, json& offen)>& aenderung) {
-        const std::lock_guard wache(schloss);
-        legeElternordnerAn(pfad);
-        const Dateisperre sperre(pfad + ".sperre"); // not the file itself, which is replaced
-        const Inhalt inhalt = lies(pfad);
-        aenderung(inhalt.werte, offen);
-        if (inhalt.lage == Lage::unerreichbar)
-            return; // writing now could wipe out what stands there
-        json werte = inhalt.werte;
-        for (const auto& [schluessel, wert] : offen.items()) {
-            if (wert.is_null())
-                werte.erase(schluessel);
+    [[nodiscard]] std::optional<bool> flagge(const std::string& schluessel) const override {
+        const json wert = lies(schluessel);
+        return wert.is_boolean() ? std::optional(wert.get<bool>()) : std::nullopt;
+    }
+
+    [[nodiscard]] std::optional<Tabelle> tabelle(const std::string& schluessel) const override {
+        const json wert = lies(schluessel);
+        if (!wert.is_object())
+            return std::nullopt;
+        Tabelle tabelle;
+        for (const auto& [name, zahl] : wert.items()) {
+            if (!zahl.is_number_integer() ||
+                (zahl.is_number_unsigned() && zahl.get<std::uint64_t>() > INT64_MAX))
+                return std::nullopt;
+            tabelle[name] = zahl.get<std::int64_t>();
+        }
+        return tabelle;
+    }
+
+    void setzeText(const std::string& schluessel, const std::string& wert) override {
+        setze(schluessel, wert);
+    }
+    void setzeFlagge(const std::string& schluessel, bool wert) override { setze(schluessel, wert); }
+    void setzeTabelle(const std::string& schluessel, const Tabelle& wert) override {
+        setze(schluessel, wert);
+    }
+    void entferne(const std::string& schluessel) override { setze(schluessel, nullptr); }
+    [[nodiscard]] std::string textOderNeu(const std::string& schluessel, const std::string& wert) override {
+        return setze(schluessel, wert, Vorrang::stehenderText).get<std::string>();
+    }
+
+private:
+    enum class Lage {
+        verstanden,      ///< a settings file, or none at all
+        unverstaendlich, ///< something lies there that is no settings file
+        unerreichbar     ///< it may be a good one, but nothing can be opened just now
+    };
+    enum class Vorrang { neuer, stehenderText };
+
+    /// Reads the file into `werte_`, which stays as it is when the file is out of reach.
+    Lage liesDatei() const {
+        if (!liegtDort(pfad_)) {
+            werte_ = json::object();
+            return Lage::verstanden;
+        }
+        const auto bytes = mobilsteg::liesDatei(pfad_);
+        if (!bytes && (errno == EMFILE || errno == ENFILE || errno == ENOMEM))
+            return Lage::unerreichbar;
+        werte_ = !bytes || klammertiefe(*bytes) > tiefstes ? json() : json::parse(*bytes, nullptr, false);
+        if (werte_.is_object())
+            return Lage::verstanden;
+        werte_ = json::object();
+        return Lage::unverstaendlich;
+    }
+
+    /// Null: nothing stands there.
+    [[nodiscard]] json wert(const std::string& schluessel) const {
+        return offen_.contains(schluessel) ? offen_[schluessel] : werte_.value(schluessel, json());
+    }
+
+    [[nodiscard]] json lies(const std::string& schluessel) const {
+        const std::lock_guard wache(schloss_);
+        liesDatei();
+        return wert(schluessel);
+    }
+
+    /// Notes the change, stores all that are open, and returns what the key holds now.
+    json setze(const std::string& schluessel, const json& neuer, Vorrang vorrang = Vorrang::neuer) {
+        const std::lock_guard wache(schloss_);
+        legeElternordnerAn(pfad_);
+        const Dateisperre sperre(pfad_ + ".sperre"); // not the file itself, which is replaced
+        const Lage lage = liesDatei();
+        if (vorrang == Vorrang::neuer || !wert(schluessel).is_string())
+            offen_[schluessel] = neuer;
+        json stehender = wert(schluessel);
+        if (lage != Lage::unerreichbar) // else writing now could wipe out what stands there
+            speichere(lage);
+        return stehender;
+    }
+
+    void speichere(Lage lage) {
+        const std::string vorher = alsBytes(werte_);
+        for (const auto& [schluessel, neuer] : offen_.items()) {
+            if (neuer.is_null())
+                werte_.erase(schluessel);
             else
-                werte[schluessel] = wert;
+                werte_[schluessel] = neuer;
         }
-        const bool verstanden = inhalt.lage == Lage::verstanden;
-        if (verstanden && werte == inhalt.werte && existiert(pfad)) {
-            offen = json::object();
-            return;
-        }
-        if (!verstanden && !legeBeiseite(pfad))
-            return;
-        const std::string bytes = werte.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
-        if (schreibeAtomar(pfad, bytes, Haltbarkeit::dauerhaft))
-            offen = json::object();
-        stand.reset();
+        const std::string bytes = alsBytes(werte_);
+        const bool steht = lage == Lage::verstanden && bytes == vorher;
+        if (steht || ((lage == Lage::verstanden || legeBeiseite(pfad_)) &&
+                      schreibeAtomar(pfad_, bytes, Haltbarkeit::dauerhaft)))
+            offen_ = json::object();
     }
 
-    void setze(const std::string& schluessel, const json& wert) {
-        aendere([&](const json&, json& aenderungen) { aenderungen[schluessel] = wert; });
-    }
+    const std::string pfad_;
+    mutable std::mutex schloss_;          // guards all below
+    mutable json werte_ = json::object(); ///< as the file was read last
+    json offen_ = json::object(); ///< changes of this run that no disk has taken yet; null means removed
 };
 
-DateiEinstellungen::DateiEinstellungen(std::string pfad) : innen_(std::make_unique<Innen>()) {
-    innen_->pfad = std::move(pfad);
-}
+} // namespace
 
-DateiEinstellungen::~DateiEinstellungen() = default;
-
-std::optional<std::string> DateiEinstellungen::text(const std::string& schluessel) const {
-    const json wert = innen_->wert(schluessel);
-    return wert.is_string() ? std::optional(wert.get<std::string>()) : std::nullopt;
-}
-
-std::optional<bool> DateiEinstellungen::flagge(const std::string& schluessel) const {
-    const json wert = innen_->wert(schluessel);
-    return wert.is_boolean() ? std::optional(wert.get<bool>()) : std::nullopt;
-}
-
-std::optional<Einstellungen::Tabelle> DateiEinstellungen::tabelle(const std::string& schluessel) const {
-    const json wert = innen_->wert(schluessel);
-    if (!wert.is_object())
-        return std::nullopt;
-    Tabelle tabelle;
-    for (const auto& [name, zahl] : wert.items()) {
-        if (!zahl.is_number_integer() || (zahl.is_number_unsigned() && zahl.get<std::uint64_t>() > INT64_MAX))
-            return std::nullopt;
-        tabelle[name] = zahl.get<std::int64_t>();
-    }
-    return tabelle;
-}
-
-void DateiEinstellungen::setzeText(const std::string& schluessel, const std::string& wert) {
-    innen_->setze(schluessel, wert);
-}
-
-void DateiEinstellungen::setzeFlagge(const std::string& schluessel, bool wert) {
-    innen_->setze(schluessel, wert);
-}
-
-void DateiEinstellungen::setzeTabelle(const std::string& schluessel, const Tabelle& wert) {
-    innen_->setze(schluessel, json(wert));
-}
-
-void DateiEinstellungen::entferne(const std::string& schluessel) {
-    innen_->setze(schluessel, json());
-}
-
-std::string DateiEinstellungen::textOderNeu(const std::string& schluessel, const std::string& wert) {
-    std::string stehender = wert;
-    innen_->aendere([&](const json& werte, json& aenderungen) {
-        // One that this run could not store yet stands before the file's, as it does for `text`.
-        const json& quelle = aenderungen.contains(schluessel) ? aenderungen : werte;
-        const auto treffer = quelle.find(schluessel);
-        if (treffer != quelle.end() && treffer->is_string())
-            stehender = treffer->get<std::string>();
-        else
-            aenderungen[schluessel] = wert;
-    });
-    return stehender;
+std::unique_ptr<Einstellungen> dateiEinstellungen(const std::string& pfad) {
+    return std::make_unique<DateiEinstellungen>(pfad);
 }
 
 } // namespace mobilsteg

@@ -1,7 +1,6 @@
 // A system without libraries of this kind.
 
-#include "plattform/Nativ.hpp"
-
+#include "plattform/Adapter.hpp"
 #include "plattform/Oberflaeche.hpp"
 
 namespace mobilsteg {

@@ -1,5 +1,4 @@
-#include "plattform/portabel/OsascriptSkript.hpp"
-
+#include "plattform/Adapter.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Kindprozess.hpp"
 #include "plattform/Text.hpp"
@@ -47,7 +46,14 @@ std::string allesAus(const Deskriptor& rohr) {
     }
 }
 
-} // namespace
+class OsascriptSkript final : public Adminskript {
+public:
+    explicit OsascriptSkript(Orte orte) : orte_(std::move(orte)) {}
+    [[nodiscard]] std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override;
+
+private:
+    Orte orte_;
+};
 
 std::optional<Skriptfehler> OsascriptSkript::fuehreAus(const std::string& quelle) {
     const Skriptfehler nichtGebaut{true, 0, std::nullopt};
@@ -61,10 +67,16 @@ std::optional<Skriptfehler> OsascriptSkript::fuehreAus(const std::string& quelle
     const std::string fehler = allesAus(versuch.kind->fehler);
     if (versuch.kind->warteUndErnte() == 0)
         return std::nullopt;
-    return lies(alsUtf8(fehler));
+    return liesSkriptfehler(alsUtf8(fehler));
 }
 
-Skriptfehler OsascriptSkript::lies(std::string_view fehlerausgabe) {
+} // namespace
+
+std::unique_ptr<Adminskript> osascriptSkript(const Orte& orte) {
+    return std::make_unique<OsascriptSkript>(orte);
+}
+
+Skriptfehler liesSkriptfehler(std::string_view fehlerausgabe) {
     constexpr std::string_view marke = "execution error: ";
     Skriptfehler fehler;
     const auto zeilen = teile(beschnitten(fehlerausgabe), '\n');

@@ -2,8 +2,8 @@
 // left alone.
 
 #include "netz/Volltunnel.hpp"
+#include "plattform/Adapter.hpp"
 #include "plattform/Dateien.hpp"
-#include "plattform/portabel/OsascriptSkript.hpp"
 #include "tests/fahrt/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>
@@ -23,14 +23,14 @@ bool helferLaeuft(const Fahrtbank& bank) {
 
 TEST(Volltunnel, anfuehrungUeberlebtBeideSprachen) {
     const Fahrtbank bank;
-    OsascriptSkript skript(Orte{bank.ordner.pfad(), bank.ordner.pfad() + "/mac"});
+    const auto skript = osascriptSkript({bank.ordner.pfad(), bank.ordner.pfad() + "/mac"});
     const std::string helfer = bank.ordner.lege("/mein helfer", "#!/bin/sh\nprintf '%s\\n' \"$@\"\n", true);
     const std::string log = bank.ordner.pfad() + "/helfer.log";
     for (const std::string dienst :
          {"Wi-Fi", R"(Büro "Süd")", R"(a\b\\c)", R"(\"$HOME`id`;&)", "Zeile (2)"}) {
         std::remove(log.c_str());
         const auto befehl = tunnelbefehl(helfer, "/stopp datei", log, 42, {dienst, true, true});
-        EXPECT_FALSE(skript.fuehreAus(skriptquelle(befehl, "Warum: „so“ — darum")).has_value());
+        EXPECT_FALSE(skript->fuehreAus(skriptquelle(befehl, "Warum: „so“ — darum")).has_value());
         const std::string soll =
             "-proxy\n127.0.0.1:1080\n-stopp\n/stopp datei\n-dienst\n" + dienst + "\n-wache\n42\n-nur-vpn\n";
         EXPECT_TRUE(warteBis([&] { return liesDatei(log) == soll; }, 5)) << liesDatei(log).value_or("");
@@ -49,13 +49,12 @@ TEST(Volltunnel, skriptfehlerWerdenGelesen) {
         {"", 0, {}},
     };
     for (const auto& [ausgabe, nummer, meldung] : faelle) {
-        const auto fehler = OsascriptSkript::lies(ausgabe);
+        const auto fehler = liesSkriptfehler(ausgabe);
         EXPECT_EQ(fehler.nummer, nummer) << ausgabe;
         EXPECT_EQ(fehler.meldung, meldung) << ausgabe;
         EXPECT_FALSE(fehler.nichtGebaut);
     }
-    OsascriptSkript ohneMac(Orte{"/", "/gibt/es/nicht"});
-    EXPECT_TRUE(ohneMac.fuehreAus("x")->nichtGebaut);
+    EXPECT_TRUE(osascriptSkript({"/", "/gibt/es/nicht"})->fuehreAus("x")->nichtGebaut);
 }
 
 TEST(Volltunnel, mitWillkommenBisZumAbstecken) {

@@ -7,9 +7,9 @@
 #include "kabel/Anzeige.hpp"
 #include "kabel/Berichte.hpp"
 #include "kabel/Stand.hpp"
+#include "plattform/Adapter.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
-#include "plattform/portabel/DateiEinstellungen.hpp"
 #include "standdienst/Standdienst.hpp"
 #include "tests/fuzz/Pruefungen.hpp"
 #include "tests/hilfe/Gegenstelle.hpp"
@@ -89,16 +89,17 @@ void einstellungen(std::string_view bytes) {
     json soll = json::parse(bytes, nullptr, false);
     const std::string wert = alsUtf8(bytes.substr(0, 40));
 
-    DateiEinstellungen e(pfad);
+    const auto speicher = dateiEinstellungen(pfad);
+    Einstellungen& e = *speicher;
     const auto gelesen = e.text("profil");
     verlange(!gelesen || soll["profil"] == *gelesen, "a text that stands there");
     const auto stand = e.tabelle("bericht.stand");
     verlange(!stand || soll["bericht.stand"] == json(*stand), "a table that stands there");
     e.setzeText("proxy.dienst", wert);
 
-    const DateiEinstellungen danach(pfad);
-    verlange(danach.text("proxy.dienst") == wert && danach.text("profil") == gelesen &&
-                 danach.tabelle("bericht.stand") == stand,
+    const auto danach = dateiEinstellungen(pfad);
+    verlange(danach->text("proxy.dienst") == wert && danach->text("profil") == gelesen &&
+                 danach->tabelle("bericht.stand") == stand,
              "what is stored is read by the next run");
     if (existiert(beiseite))
         return verlange(liesDatei(beiseite) == bytes, "what is not understood is kept, not lost");
@@ -112,7 +113,8 @@ void berichte(std::string_view bytes) {
     const auto [log, ausgabe] = geteilt(rest);
     const std::string stand = ordner.lege("/einstellungen.json", gespeichertes);
     std::remove((stand + ".defekt").c_str());
-    DateiEinstellungen einstellungen(stand);
+    const auto speicher = dateiEinstellungen(stand);
+    Einstellungen& einstellungen = *speicher;
     auto vorher = einstellungen.tabelle("bericht.stand").value_or(Einstellungen::Tabelle{});
     const Ergebnis ergebnis{0, alsUtf8(ausgabe), ""};
     const Laeufer werkzeug = [&](const auto&, const auto&, double) { return ergebnis; };

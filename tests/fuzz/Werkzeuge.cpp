@@ -4,8 +4,8 @@
 #include "netz/Erhebung.hpp"
 #include "netz/SystemProxy.hpp"
 #include "netz/Volltunnel.hpp"
+#include "plattform/Adapter.hpp"
 #include "plattform/Text.hpp"
-#include "plattform/portabel/OsascriptSkript.hpp"
 #include "tests/fuzz/Pruefungen.hpp"
 
 #include <algorithm>
@@ -102,12 +102,12 @@ void tunnelbericht(std::string_view bytes) {
 }
 
 void skriptfehler(std::string_view bytes) {
-    const auto fehler = OsascriptSkript::lies(alsUtf8(bytes));
+    const auto fehler = liesSkriptfehler(alsUtf8(bytes));
     if (!fehler.meldung)
         return;
     verlangeEinzeilig(*fehler.meldung);
-    const auto gelesen = OsascriptSkript::lies("0:9: execution error: " + *fehler.meldung + " (" +
-                                               std::to_string(fehler.nummer) + ")\n");
+    const auto gelesen = liesSkriptfehler("0:9: execution error: " + *fehler.meldung + " (" +
+                                          std::to_string(fehler.nummer) + ")\n");
     verlange(gelesen.meldung == fehler.meldung && gelesen.nummer == fehler.nummer, wieder);
 }
 

@@ -3,7 +3,6 @@
 #include "handy/Lauf.hpp"
 
 #include "plattform/AsioSchlange.hpp"
-#include "plattform/Signale.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/plattform/Deskriptoren.hpp"
 

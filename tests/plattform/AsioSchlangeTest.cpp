@@ -2,8 +2,6 @@
 
 #include "plattform/AsioSchlange.hpp"
 
-#include "plattform/Signale.hpp"
-
 #include <gtest/gtest.h>
 
 #include <csignal>

@@ -1,7 +1,6 @@
 // Settings in a file that other programs, crashes and people's editors have their hands on, too.
 
-#include "plattform/portabel/DateiEinstellungen.hpp"
-
+#include "plattform/Adapter.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/plattform/Deskriptoren.hpp"
 
@@ -25,7 +24,8 @@ protected:
 
     Ordner ordner;
     std::string datei = "/Library/Preferences/de.mobilsteg.bordlotse.json";
-    DateiEinstellungen e{ordner.pfad() + datei};
+    std::unique_ptr<Einstellungen> speicher = dateiEinstellungen(ordner.pfad() + datei);
+    Einstellungen& e = *speicher;
 };
 
 TEST_F(DateiEinstellungenTest, falscherTypIstWieNichts) {
@@ -62,11 +62,11 @@ TEST_F(DateiEinstellungenTest, programmeZugleichVerlierenNichts) {
     for (int p = 0; p < 4; ++p) {
         const pid_t kind = ::fork();
         if (kind == 0) {
-            DateiEinstellungen eigene(ordner.pfad() + datei);
+            const auto eigene = dateiEinstellungen(ordner.pfad() + datei);
             const std::string meine = std::to_string(p);
-            ordner.lege("/antwort" + meine, eigene.textOderNeu("kabel.id", meine));
+            ordner.lege("/antwort" + meine, eigene->textOderNeu("kabel.id", meine));
             for (std::size_t s = 0; s < 12; ++s)
-                eigene.setzeText(meine + "." + std::to_string(s), std::string(s * 40, 'x'));
+                eigene->setzeText(meine + "." + std::to_string(s), std::string(s * 40, 'x'));
             ::_exit(0);
         }
         kinder.push_back(kind);
@@ -110,15 +110,15 @@ TEST_F(DateiEinstellungenTest, haeltDescriptormangelNichtFuerEineSchlechteDatei)
     for (int frei = 0; frei < 4; ++frei) {
         const std::string wert = std::to_string(frei);
         ordner.lege(datei, R"({"kabel.id": "meine", "proxy.dienst": ")" + wert + "\"}");
-        DateiEinstellungen neue(ordner.pfad() + datei);
+        const auto neue = dateiEinstellungen(ordner.pfad() + datei);
         {
             const Engpass engpass(frei);
-            (void)neue.text("proxy.dienst");
-            neue.setzeFlagge("experte", true);
-            EXPECT_EQ(neue.flagge("experte"), true);
+            (void)neue->text("proxy.dienst");
+            neue->setzeFlagge("experte", true);
+            EXPECT_EQ(neue->flagge("experte"), true);
         }
-        EXPECT_EQ(neue.text("proxy.dienst"), wert) << frei << " frei";
-        neue.setzeFlagge("neu", true);
+        EXPECT_EQ(neue->text("proxy.dienst"), wert) << frei << " frei";
+        neue->setzeFlagge("neu", true);
         EXPECT_EQ(inDerDatei().size(), 4U) << frei << " frei";
         EXPECT_FALSE(existiert(ordner.pfad() + datei + ".defekt"));
     }

@@ -4,12 +4,9 @@
 #include "plattform/Adapter.hpp"
 #include "plattform/AsioSchlange.hpp"
 #include "plattform/Dateien.hpp"
-#include "plattform/Kennung.hpp"
 #include "plattform/Kindprozess.hpp"
-#include "plattform/Nativ.hpp"
+#include "plattform/Text.hpp"
 #include "plattform/Uhr.hpp"
-#include "plattform/portabel/DateiEinstellungen.hpp"
-#include "plattform/portabel/OsascriptSkript.hpp"
 #include "probe/welt/VirtuelleWelt.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/hilfe/SpeicherEinstellungen.hpp"
@@ -28,11 +25,11 @@ namespace {
 // ── Settings ──
 
 struct Dateibank final : Einstellungsbank {
-    Einstellungen& speicher() override { return e; }
-    std::unique_ptr<Einstellungen> fremder() override { return std::make_unique<DateiEinstellungen>(pfad); }
+    Einstellungen& speicher() override { return *e; }
+    std::unique_ptr<Einstellungen> fremder() override { return dateiEinstellungen(pfad); }
     Ordner ordner;
     std::string pfad = ordner.pfad() + "/Library/Preferences/de.mobilsteg.pruefung.json";
-    DateiEinstellungen e{pfad};
+    std::unique_ptr<Einstellungen> e = dateiEinstellungen(pfad);
 };
 
 struct Speicherbank final : Einstellungsbank {
@@ -127,7 +124,7 @@ INSTANTIATE_TEST_SUITE_P(
 class MitNachbildung final : public Adminskript {
 public:
     std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override {
-        return skript_.fuehreAus(quelle);
+        return skript_->fuehreAus(quelle);
     }
 
 private:
@@ -143,15 +140,13 @@ esac
 exit 1
 )skript",
                                      true);
-    OsascriptSkript skript_{Orte{ordner_.pfad(), ordner_.pfad()}};
+    std::unique_ptr<Adminskript> skript_ = osascriptSkript({ordner_.pfad(), ordner_.pfad()});
 };
 
 std::vector<Skriptart> skriptarten() {
     std::vector<Skriptart> arten = {{"Nachbildung", [] { return std::make_unique<MitNachbildung>(); }}};
     if (existiert("/usr/bin/osascript"))
-        arten.push_back({"Werkzeug", [] {
-                             return std::make_unique<OsascriptSkript>(Orte{eigenesHeim(), ""});
-                         }});
+        arten.push_back({"Werkzeug", [] { return osascriptSkript({eigenesHeim(), ""}); }});
     if (nativesSkript())
         arten.push_back({"Nativ", nativesSkript});
     return arten;

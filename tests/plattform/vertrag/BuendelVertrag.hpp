@@ -2,7 +2,7 @@
 
 // What every package tells about itself.
 
-#include "plattform/Buendel.hpp"
+#include "plattform/Anschluesse.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/plattform/vertrag/Art.hpp"
 

@@ -2,7 +2,7 @@
 
 // What every runner of AppleScript promises. The scripts ask nobody for a password.
 
-#include "plattform/Adminskript.hpp"
+#include "plattform/Anschluesse.hpp"
 #include "tests/plattform/vertrag/Art.hpp"
 
 #include <gtest/gtest.h>

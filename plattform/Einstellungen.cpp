@@ -1,4 +1,4 @@
-#include "plattform/Ruecknahmen.hpp"
+#include "plattform/Einstellungen.hpp"
 
 #include "plattform/Text.hpp"
 
