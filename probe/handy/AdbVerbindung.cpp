@@ -1,245 +1,233 @@
 #include "probe/handy/AdbVerbindung.hpp"
 
-#include <asio/buffer.hpp>
-#include <asio/read.hpp>
-#include <asio/write.hpp>
+#include "probe/handy/Dienste.hpp"
+#include "probe/handy/Netz.hpp"
+
+#include <sys/socket.h>
 
 #include <algorithm>
-#include <random>
+#include <bit>
+#include <numeric>
+#include <thread>
 #include <utility>
+#include <vector>
 
 namespace mobilsteg::probehandy {
 
 namespace {
 
+constexpr std::uint32_t CNXN = 0x4e584e43;
+constexpr std::uint32_t AUTH = 0x48545541;
+constexpr std::uint32_t OPEN = 0x4e45504f;
+constexpr std::uint32_t OKAY = 0x59414b4f;
+constexpr std::uint32_t CLSE = 0x45534c43;
+constexpr std::uint32_t WRTE = 0x45545257;
+
 constexpr std::uint32_t authMarke = 1;
 constexpr std::uint32_t authUnterschrift = 2;
 constexpr std::uint32_t authSchluessel = 3;
-constexpr std::size_t markenlaenge = 20;
 
-/// A peer that sends but does not read is not read from either once this much waits for it.
-constexpr std::size_t ausgangGrenze = 8 * 1024 * 1024;
-constexpr std::size_t stroemeGrenze = 2000;
+constexpr std::uint32_t version = 0x01000001;
+constexpr std::uint32_t groessteNutzlast = 1024 * 1024;
 
-std::string kennung(const std::string& modell) {
-    return "device::ro.product.name=dm1qxeea;ro.product.model=" + modell +
-           ";ro.product.device=dm1q;features=";
-}
+static_assert(std::endian::native == std::endian::little,
+              "A header goes over the wire as it lies in memory.");
 
 } // namespace
 
-AdbVerbindung::AdbVerbindung(asio::ip::tcp::socket buchse, const Handyzustand& zustand, Dienstwahl dienste,
-                             std::function<void(const AdbVerbindung*)> zuEnde)
-    : buchse_(std::move(buchse)), zustand_(zustand), dienste_(std::move(dienste)),
-      zuEnde_(std::move(zuEnde)) {}
+std::string Strom::lies() {
+    std::unique_lock sperre(verbindung_->handy_.schloss);
+    if (eingang_.empty() && !zuEnde_ && std::exchange(quittungSchuldig_, false)) {
+        sperre.unlock();
+        verbindung_->sende(OKAY, eigene_, fremde_);
+        sperre.lock();
+    }
+    geweckt_.wait(sperre, [this] { return zuEnde_ || !eingang_.empty(); });
+    if (eingang_.empty())
+        return {};
+    std::string bytes = std::move(eingang_.front());
+    eingang_.pop_front();
+    return bytes;
+}
 
-void AdbVerbindung::starte() {
-    liesKopf();
+std::string Strom::lies(std::size_t anzahl) {
+    while (vorrat_.size() < anzahl) {
+        const std::string bytes = lies();
+        if (bytes.empty())
+            break;
+        vorrat_ += bytes;
+    }
+    std::string vorn = vorrat_.substr(0, anzahl);
+    vorrat_.erase(0, vorn.size());
+    return vorn;
+}
+
+std::string Strom::liesBis(std::string_view marke) {
+    std::size_t stelle = 0;
+    while ((stelle = vorrat_.find(marke)) == std::string::npos) {
+        const std::string bytes = lies();
+        if (bytes.empty())
+            return std::exchange(vorrat_, {});
+        vorrat_ += bytes;
+    }
+    return lies(stelle + marke.size());
+}
+
+bool Strom::schreibe(std::string_view bytes) {
+    std::unique_lock sperre(verbindung_->handy_.schloss);
+    while (!bytes.empty() && !zuEnde_) {
+        const auto stueck = bytes.substr(0, verbindung_->groessteNutzlast_);
+        bytes.remove_prefix(stueck.size());
+        unbestaetigt_ = true;
+        sperre.unlock();
+        verbindung_->sende(WRTE, eigene_, fremde_, stueck);
+        sperre.lock();
+        geweckt_.wait(sperre, [this] { return zuEnde_ || !unbestaetigt_; });
+    }
+    return bytes.empty() && !unbestaetigt_;
+}
+
+void Strom::schliesse() {
+    bool warOffen = false;
+    {
+        const std::scoped_lock sperre(verbindung_->handy_.schloss);
+        warOffen = !std::exchange(zuEnde_, true);
+        verbindung_->stroeme_.erase(eigene_);
+    }
+    if (warOffen)
+        verbindung_->sende(CLSE, eigene_, fremde_);
+}
+
+void AdbVerbindung::betreibe() {
+    Kopf kopf{};
+    while (liesGenau(buchse_, &kopf, sizeof kopf)) {
+        if (kopf.magie != ~kopf.befehl || kopf.laenge > groessteNutzlast)
+            break;
+        std::string nutzlast(kopf.laenge, '\0');
+        if (!liesGenau(buchse_, nutzlast.data(), nutzlast.size()))
+            break;
+        verarbeite(kopf, std::move(nutzlast));
+    }
+    trenne();
+    kappeStroeme();
 }
 
 void AdbVerbindung::trenne() {
-    std::error_code egal;
-    buchse_.close(egal);
-    kappeStroeme();
+    ::shutdown(buchse_.nummer(), SHUT_RDWR);
 }
 
 void AdbVerbindung::kappeStroeme() {
-    for (const auto& [nummer, strom] : std::exchange(stroeme_, {})) {
-        strom->kappe();
+    std::vector<std::shared_ptr<Strom>> offene;
+    {
+        const std::scoped_lock sperre(handy_.schloss);
+        for (const auto& [nummer, strom] : stroeme_) {
+            if (std::exchange(strom->zuEnde_, true))
+                continue;
+            strom->eingang_.clear();
+            strom->geweckt_.notify_all();
+            offene.push_back(strom);
+        }
     }
+    for (const auto& strom : offene)
+        sende(CLSE, strom->eigene_, strom->fremde_);
 }
 
 void AdbVerbindung::gibFrei() {
-    if (lage_ == Lage::wartet) {
-        sendeKennung();
+    {
+        const std::scoped_lock sperre(handy_.schloss);
+        if (lage_ != Lage::wartet)
+            return;
+        lage_ = Lage::frei; // only once
+    }
+    lasseEin();
+}
+
+void AdbVerbindung::verarbeite(const Kopf& kopf, std::string nutzlast) {
+    std::unique_lock sperre(handy_.schloss);
+    const bool darf = handy_.debugging || lage_ == Lage::frei;
+    if (kopf.befehl == CNXN) {
+        groessteNutzlast_ = std::clamp(kopf.arg1, 4096U, groessteNutzlast);
+        sperre.unlock();
+        darf ? lasseEin() : verlangeAusweis();
+    } else if (kopf.befehl == AUTH && lage_ == Lage::gefragt) {
+        if (!darf && kopf.arg0 == authSchluessel) {
+            lage_ = Lage::wartet;
+            return;
+        }
+        sperre.unlock();
+        if (darf)
+            lasseEin();
+        else if (kopf.arg0 == authUnterschrift)
+            verlangeAusweis(); // we know no keys, so no signature fits; adb then tries its next key
+    } else if (kopf.befehl == OPEN && lage_ == Lage::frei) {
+        sperre.unlock();
+        oeffneStrom(kopf.arg0, std::string_view(nutzlast).substr(0, nutzlast.find('\0')));
+    } else if (const auto gefunden = stroeme_.find(kopf.arg1); gefunden != stroeme_.end()) {
+        Strom& strom = *gefunden->second;
+        if (kopf.befehl == WRTE && !nutzlast.empty() && !strom.zuEnde_) {
+            strom.eingang_.push_back(std::move(nutzlast));
+            strom.quittungSchuldig_ = true;
+        } else if (kopf.befehl == OKAY) {
+            strom.unbestaetigt_ = false;
+        } else if (kopf.befehl == CLSE) {
+            strom.zuEnde_ = true;
+        }
+        strom.geweckt_.notify_all();
     }
 }
 
-void AdbVerbindung::scheitere() {
-    trenne();
-    if (auto melde = std::exchange(zuEnde_, nullptr)) {
-        melde(this);
+void AdbVerbindung::lasseEin() {
+    std::string kennung;
+    {
+        const std::scoped_lock sperre(handy_.schloss);
+        lage_ = Lage::frei;
+        kennung = "device::ro.product.name=dm1qxeea;ro.product.model=" + handy_.modell +
+                  ";ro.product.device=dm1q;features=";
     }
+    sende(CNXN, version, groessteNutzlast, kennung);
 }
 
-void AdbVerbindung::liesKopf() {
-    if (ausgangBytes_ > ausgangGrenze) {
-        lesenRuht_ = true;
-        return;
+void AdbVerbindung::verlangeAusweis() {
+    {
+        const std::scoped_lock sperre(handy_.schloss);
+        lage_ = Lage::gefragt;
     }
-    asio::async_read(buchse_, asio::buffer(kopfbytes_),
-                     [selbst = shared_from_this()](std::error_code fehler, std::size_t) {
-                         const auto kopf = fehler ? std::nullopt : liesAdbKopf(selbst->kopfbytes_);
-                         if (!kopf) {
-                             selbst->scheitere();
-                             return;
-                         }
-                         selbst->kopf_ = *kopf;
-                         selbst->liesNutzlast();
-                     });
+    sende(AUTH, authMarke, 0, std::string(20, 'm'));
 }
 
-void AdbVerbindung::liesNutzlast() {
-    nutzlast_.assign(kopf_.laenge, '\0');
-    asio::async_read(buchse_, asio::buffer(nutzlast_),
-                     [selbst = shared_from_this()](std::error_code fehler, std::size_t) {
-                         if (fehler || !selbst->summeStimmt()) {
-                             selbst->scheitere();
-                             return;
-                         }
-                         selbst->verarbeite();
-                         if (selbst->buchse_.is_open()) {
-                             selbst->liesKopf();
-                         }
-                     });
-}
-
-bool AdbVerbindung::summeStimmt() const {
-    // An adb server that comes back to a phone it lost still has the version they had agreed on in mind, and
-    // leaves the sum out of its very first message. So a greeting is judged by the version it announces.
-    const std::uint32_t version = kopf_.befehl == AdbBefehl::cnxn ? kopf_.arg0 : version_;
-    return version > adbVersionMitSumme || adbPruefsumme(nutzlast_) == kopf_.pruefsumme;
-}
-
-void AdbVerbindung::verarbeite() {
-    if (kopf_.befehl == AdbBefehl::cnxn) {
-        begruesse();
-        return;
+void AdbVerbindung::oeffneStrom(std::uint32_t fremde, std::string_view ziel) {
+    const Dienst dienst = findeDienst(ziel);
+    std::shared_ptr<Strom> strom;
+    {
+        const std::scoped_lock sperre(handy_.schloss);
+        if (handy_.weitergabe && dienst != nullptr) {
+            strom = std::make_shared<Strom>(shared_from_this(), ++letzteNummer_, fremde);
+            stroeme_.emplace(letzteNummer_, strom);
+        }
     }
-    if (kopf_.befehl == AdbBefehl::auth) {
-        pruefeSchluessel();
-        return;
-    }
-    if (lage_ != Lage::frei) {
-        return;
-    }
-    if (kopf_.befehl == AdbBefehl::open) {
-        oeffneStrom();
-        return;
-    }
-    const std::shared_ptr<Strom> strom = angesprochen();
     if (!strom) {
+        sende(CLSE, 0, fremde);
         return;
     }
-    switch (kopf_.befehl) {
-    case AdbBefehl::wrte:
-        strom->nimmDaten(std::move(nutzlast_));
-        break;
-    case AdbBefehl::okay:
-        strom->nimmQuittung();
-        break;
-    case AdbBefehl::clse:
-        strom->nimmEnde();
-        break;
-    default: // adb's own devices pass over what they do not know
-        break;
-    }
+    sende(OKAY, strom->eigene_, fremde);
+    std::thread([strom, dienst, &handy = handy_] {
+        dienst(*strom, handy);
+        strom->schliesse();
+    }).detach();
 }
 
-std::shared_ptr<Strom> AdbVerbindung::angesprochen() const {
-    const auto stelle = stroeme_.find(kopf_.arg1);
-    if (stelle == stroeme_.end() || (kopf_.arg0 != 0 && stelle->second->fremde() != kopf_.arg0)) {
-        return nullptr;
-    }
-    return stelle->second;
-}
-
-void AdbVerbindung::begruesse() {
-    if (kopf_.arg0 < adbVersionMitSumme || kopf_.arg1 < adbKleinsteNutzlast) {
-        scheitere();
-        return;
-    }
-    kappeStroeme();
-    version_ = std::min(kopf_.arg0, adbVersion);
-    fremdeNutzlast_ = std::min(kopf_.arg1, adbNutzlast);
-    if (zustand_.debugging) {
-        sendeKennung();
-    } else {
-        sendeMarke();
-    }
-}
-
-void AdbVerbindung::pruefeSchluessel() {
-    if (lage_ != Lage::gefragt && lage_ != Lage::wartet) {
-        return;
-    }
-    if (zustand_.debugging) {
-        sendeKennung();
-    } else if (kopf_.arg0 == authUnterschrift) {
-        sendeMarke(); // we know no keys, so no signature fits; adb then tries its next key
-    } else if (kopf_.arg0 == authSchluessel) {
-        lage_ = Lage::wartet;
-    }
-}
-
-void AdbVerbindung::sendeMarke() {
-    std::random_device zufall;
-    std::string marke(markenlaenge, '\0');
-    for (char& zeichen : marke) {
-        zeichen = static_cast<char>(static_cast<unsigned char>(zufall() & 0xffU));
-    }
-    lage_ = Lage::gefragt;
-    sende(AdbBefehl::auth, authMarke, 0, marke);
-}
-
-void AdbVerbindung::sendeKennung() {
-    lage_ = Lage::frei;
-    sende(AdbBefehl::cnxn, adbVersion, adbNutzlast, kennung(zustand_.modell));
-}
-
-void AdbVerbindung::oeffneStrom() {
-    const std::uint32_t fremde = kopf_.arg0;
-    if (fremde == 0) {
-        return;
-    }
-    std::string_view ziel = nutzlast_;
-    ziel = ziel.substr(0, ziel.find('\0'));
-    const Dienst dienst = stroeme_.size() < stroemeGrenze ? dienste_(ziel) : nullptr;
-    if (!dienst) {
-        sende(AdbBefehl::clse, 0, fremde, {});
-        return;
-    }
-    const std::uint32_t eigene = naechsteNummer_++;
-    Stromleitung& leitung = *this;
-    auto strom = std::make_shared<Strom>(buchse_.get_executor(), leitung, eigene, fremde, fremdeNutzlast_);
-    stroeme_.emplace(eigene, strom);
-    sende(AdbBefehl::okay, eigene, fremde, {});
-    dienst(std::move(strom));
-}
-
-void AdbVerbindung::vergiss(std::uint32_t eigene) {
-    stroeme_.erase(eigene);
-}
-
-void AdbVerbindung::sende(AdbBefehl befehl, std::uint32_t arg0, std::uint32_t arg1,
+void AdbVerbindung::sende(std::uint32_t befehl, std::uint32_t arg0, std::uint32_t arg1,
                           std::string_view nutzlast) {
-    if (!buchse_.is_open()) {
-        return;
-    }
-    ausgang_.push_back(adbNachricht(befehl, arg0, arg1, nutzlast));
-    ausgangBytes_ += ausgang_.back().size();
-    if (ausgang_.size() == 1) {
-        schreibeWeiter();
-    }
-}
-
-void AdbVerbindung::schreibeWeiter() {
-    asio::async_write(buchse_, asio::buffer(ausgang_.front()),
-                      [selbst = shared_from_this()](std::error_code fehler, std::size_t) {
-                          if (fehler) {
-                              selbst->scheitere();
-                              return;
-                          }
-                          selbst->ausgangBytes_ -= selbst->ausgang_.front().size();
-                          selbst->ausgang_.pop_front();
-                          if (!selbst->ausgang_.empty()) {
-                              selbst->schreibeWeiter();
-                          }
-                          if (selbst->ausgangBytes_ < ausgangGrenze / 2 &&
-                              std::exchange(selbst->lesenRuht_, false)) {
-                              selbst->liesKopf();
-                          }
-                      });
+    // An older peer looks at the sum of the bytes; until it knows our version, each one does.
+    const auto summe =
+        std::accumulate(nutzlast.begin(), nutzlast.end(), 0U, [](std::uint32_t bisher, char zeichen) {
+            return bisher + static_cast<unsigned char>(zeichen);
+        });
+    const Kopf kopf{befehl, arg0, arg1, static_cast<std::uint32_t>(nutzlast.size()), summe, ~befehl};
+    std::string nachricht(reinterpret_cast<const char*>(&kopf), sizeof kopf);
+    nachricht += nutzlast;
+    const std::scoped_lock sperre(sendeschloss_);
+    (void)probehandy::sende(buchse_, nachricht); // whoever reads notices a lost connection
 }
 
 } // namespace mobilsteg::probehandy

@@ -1,91 +1,100 @@
 #pragma once
 
-#include "probe/handy/AdbNachricht.hpp"
-#include "probe/handy/Handyzustand.hpp"
-#include "probe/handy/Strom.hpp"
+#include "plattform/Dateien.hpp"
+#include "probe/handy/Handy.hpp"
 
-#include <asio/ip/tcp.hpp>
-
+#include <condition_variable>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 
 namespace mobilsteg::probehandy {
 
-/// Starts a service on a freshly opened stream.
-using Dienst = std::function<void(std::shared_ptr<Strom>)>;
-/// Finds the service behind a destination such as "tcp:1080"; an empty function if that port is closed.
-using Dienstwahl = std::function<Dienst(std::string_view ziel)>;
-
-/// One connection to an adb server, from the phone's side. A peer that breaks the protocol loses the
-/// connection; it stays alive as long as something is pending on its socket.
-class AdbVerbindung final : public std::enable_shared_from_this<AdbVerbindung>, private Stromleitung {
+/// One adb stream, as the service in the phone sees it, which has a thread of its own. Like adb's own streams
+/// it knows no half-closing.
+class Strom {
 public:
-    AdbVerbindung(asio::ip::tcp::socket buchse, const Handyzustand& zustand, Dienstwahl dienste,
-                  std::function<void(const AdbVerbindung*)> zuEnde);
+    Strom(std::shared_ptr<AdbVerbindung> verbindung, std::uint32_t eigene, std::uint32_t fremde)
+        : verbindung_(std::move(verbindung)), eigene_(eigene), fremde_(fremde) {}
 
-    void starte();
+    /// Waits for the next bytes; empty: the stream is over. Asking also acknowledges the bytes before.
+    [[nodiscard]] std::string lies();
 
-    /// Hangs up and cuts all streams. Tells nobody.
-    void trenne();
+    /// Exactly that many bytes; fewer: the stream is over.
+    [[nodiscard]] std::string lies(std::size_t anzahl);
+    /// Everything up to and including `marke`; without it: the stream is over.
+    [[nodiscard]] std::string liesBis(std::string_view marke);
 
-    /// Cuts all streams and keeps the connection.
-    void kappeStroeme();
+    /// Waits until the other side has acknowledged everything. False: the stream is over.
+    bool schreibe(std::string_view bytes);
 
-    /// The person has agreed to the key that waits for it, if one does.
-    void gibFrei();
-
-    /// An adb server is at the other end, authorised or not.
-    bool begruesst() const { return lage_ != Lage::fremd; }
-    std::size_t stroeme() const { return stroeme_.size(); }
+    /// The service's own end.
+    void schliesse();
 
 private:
+    friend class AdbVerbindung;
+
+    std::shared_ptr<AdbVerbindung> verbindung_;
+    std::uint32_t eigene_;
+    std::uint32_t fremde_;
+    std::string vorrat_; ///< read, but not yet asked for; the service's thread only
+
+    // Guarded by the phone's lock.
+    std::condition_variable geweckt_;
+    std::deque<std::string> eingang_;
+    bool quittungSchuldig_ = false;
+    bool unbestaetigt_ = false;
+    bool zuEnde_ = false;
+};
+
+/// One connection to an adb server, from the phone's side.
+class AdbVerbindung : public std::enable_shared_from_this<AdbVerbindung> {
+public:
+    AdbVerbindung(Handy& handy, Deskriptor buchse) : handy_(handy), buchse_(std::move(buchse)) {}
+
+    /// Serves the connection to its end.
+    void betreibe();
+    /// Hangs up; betreibe() then returns.
+    void trenne();
+    /// Ends all streams and keeps the connection.
+    void kappeStroeme();
+    /// The user has agreed: whoever waits for that is let in.
+    void gibFrei();
+    /// An adb server is at the other end, authorised or not. The caller holds the phone's lock.
+    [[nodiscard]] bool begruesst() const { return lage_ != Lage::fremd; }
+
+private:
+    friend class Strom;
+
+    struct Kopf { // as on the wire
+        std::uint32_t befehl, arg0, arg1, laenge, summe, magie;
+    };
     enum class Lage {
         fremd,   ///< nothing heard yet
-        gefragt, ///< our token is with the peer
-        wartet,  ///< the peer has offered its public key, and the person has not agreed yet
+        gefragt, ///< the peer is to prove who it is
+        wartet,  ///< it has offered its key, and the user has not agreed yet
         frei,
     };
 
-    void liesKopf();
-    void liesNutzlast();
-    bool summeStimmt() const;
-    void verarbeite();
-    void begruesse();
-    void pruefeSchluessel();
-    void oeffneStrom();
-    void sendeMarke();
-    void sendeKennung();
-    void scheitere();
-    std::shared_ptr<Strom> angesprochen() const;
+    void verarbeite(const Kopf& kopf, std::string nutzlast);
+    void lasseEin();
+    void verlangeAusweis();
+    void oeffneStrom(std::uint32_t fremde, std::string_view ziel);
+    void sende(std::uint32_t befehl, std::uint32_t arg0, std::uint32_t arg1, std::string_view nutzlast = {});
 
-    void sende(AdbBefehl befehl, std::uint32_t arg0, std::uint32_t arg1, std::string_view nutzlast) override;
-    void vergiss(std::uint32_t eigene) override;
-    void schreibeWeiter();
+    Handy& handy_;
+    Deskriptor buchse_;
+    std::mutex sendeschloss_; ///< one message at a time
 
-    asio::ip::tcp::socket buchse_;
-    const Handyzustand& zustand_;
-    Dienstwahl dienste_;
-    std::function<void(const AdbVerbindung*)> zuEnde_;
-
+    // Guarded by the phone's lock.
     Lage lage_ = Lage::fremd;
-    std::uint32_t version_ = adbVersionMitSumme;
-    std::uint32_t fremdeNutzlast_ = adbKleinsteNutzlast;
-
-    AdbKopfbytes kopfbytes_{};
-    AdbKopf kopf_;
-    std::string nutzlast_;
-    bool lesenRuht_ = false;
-
-    std::deque<std::string> ausgang_;
-    std::size_t ausgangBytes_ = 0;
-
-    std::map<std::uint32_t, std::shared_ptr<Strom>> stroeme_; ///< by the number we gave them
-    std::uint32_t naechsteNummer_ = 1;
+    std::map<std::uint32_t, std::shared_ptr<Strom>> stroeme_; ///< by the number that we gave them
+    std::uint32_t letzteNummer_ = 0;
+    std::uint32_t groessteNutzlast_ = 4096;
 };
 
 } // namespace mobilsteg::probehandy

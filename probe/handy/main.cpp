@@ -1,142 +1,163 @@
-#include "probe/handy/AdbGeraet.hpp"
-#include "probe/handy/Befehle.hpp"
-#include "probe/handy/Gedaechtnis.hpp"
-#include "probe/handy/HandyApi.hpp"
-#include "probe/handy/Handyzustand.hpp"
-#include "probe/handy/Optionen.hpp"
-#include "probe/handy/Sage.hpp"
-#include "probe/handy/Socks.hpp"
-#include "probe/handy/Steckplatz.hpp"
-#include "probe/handy/Steuerung.hpp"
-#include "probe/handy/Tastatur.hpp"
+// A simulated phone for the real adb: after `adb connect 127.0.0.1:PORT` it offers the SOCKS5 proxy and the
+// interface of the phone's app.
 
-#include <asio/io_context.hpp>
-#include <asio/signal_set.hpp>
+#include "plattform/Text.hpp"
+#include "probe/handy/Handy.hpp"
+#include "probe/handy/Kabel.hpp"
+#include "probe/handy/Netz.hpp"
 
+#include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <iostream>
-#include <string>
-#include <variant>
+#include <thread>
 
+using namespace mobilsteg;
 using namespace mobilsteg::probehandy;
 
 namespace {
 
-constexpr std::uint16_t ersterPort = 5600;
-constexpr std::uint16_t letzterPort = 5699;
+constexpr const char* aufruf = R"(Aufruf: mobilsteg-probehandy [OPTIONEN]
+        mobilsteg-probehandy --sage STEUERPORT BEFEHL…
 
-Handyzustand anfangszustand(const Optionen& optionen) {
-    Handyzustand zustand;
-    if (!optionen.modell.empty()) {
-        zustand.modell = optionen.modell;
-    }
-    if (!optionen.austritt.empty()) {
-        zustand.austritt = optionen.austritt;
-    }
-    zustand.debugging = optionen.debugging;
-    zustand.weitergabe = optionen.weitergabe;
-    zustand.insNetz = optionen.netz;
-    zustand.entscheidung = optionen.erlaubt ? Entscheidung::erlaubt : Entscheidung::fragt;
-    return zustand;
-}
+  --port N           Port für adb (sonst irgendein freier)
+  --steuerport N     Port für Befehle (sonst irgendein freier)
+  --ordner DIR       legt Berichte hier unter berichte ab
+  --modell NAME      Modell des Handys (SM_S911B)
+  --ohne-debugging   der Rechner ist noch nicht zugelassen
+  --weitergabe-aus   die App gibt noch nichts weiter
+  --erlaubt          der Mac ist schon erlaubt
+  --adb-server PORT  meldet sich beim Stecken und Ziehen selbst bei diesem adb-Server
+  --stecken          steckt gleich beim Start (ohne --adb-server immer)
 
-Dienstwahl dienstwahl(Handyzustand& zustand, Gedaechtnis& gedaechtnis) {
-    return [&zustand, &gedaechtnis](std::string_view ziel) -> Dienst {
-        if (!zustand.weitergabe) {
-            return nullptr;
-        }
-        if (ziel == "tcp:" + std::to_string(proxyPort)) {
-            return [&zustand](std::shared_ptr<Strom> strom) { bedieneSocks(std::move(strom), zustand); };
-        }
-        if (ziel == "tcp:" + std::to_string(apiPort)) {
-            return [&](std::shared_ptr<Strom> strom) { bedieneApi(std::move(strom), zustand, gedaechtnis); };
-        }
-        return nullptr;
-    };
-}
+Die Befehle zeigt „mobilsteg-probehandy --sage STEUERPORT hilfe“.
+)";
 
-std::error_code oeffne(AdbGeraet& geraet, std::optional<std::uint16_t> gewuenscht) {
-    if (gewuenscht) {
-        return geraet.oeffne(*gewuenscht);
-    }
-    std::error_code fehler;
-    for (std::uint16_t port = ersterPort; port <= letzterPort; ++port) {
-        fehler = geraet.oeffne(port);
-        if (!fehler) {
-            break;
-        }
-    }
-    return fehler;
-}
-
-int misslungen(const std::string& grund) {
-    std::cerr << "probehandy: " << grund << '\n';
-    return 1;
-}
-
-std::string belegt(std::uint16_t port, std::error_code fehler) {
-    const bool vergeben = fehler == asio::error::address_in_use;
-    return "Port " + std::to_string(port) + (vergeben ? " ist belegt" : " lässt sich nicht öffnen");
-}
-
-int betreibe(const Optionen& optionen) {
-    asio::io_context schleife(1);
-    Handyzustand zustand = anfangszustand(optionen);
-    Gedaechtnis gedaechtnis;
-    if (!optionen.ordner.empty() && gedaechtnis.oeffne(optionen.ordner)) {
-        return misslungen("der Ordner „" + optionen.ordner + "“ lässt sich nicht anlegen");
-    }
-    AdbGeraet geraet(schleife, zustand, dienstwahl(zustand, gedaechtnis));
-    if (const auto fehler = oeffne(geraet, optionen.port)) {
-        return misslungen(belegt(optionen.port.value_or(ersterPort), fehler));
-    }
-    Steckplatz steckplatz(schleife, geraet, optionen.adbServer);
-    Befehle befehle(zustand, geraet, steckplatz);
-    // Pulled out in good order, the phone does not linger in the adb server's list after its end.
-    const auto beende = [&] { steckplatz.ziehe(false, [&](const Befehlsantwort&) { schleife.stop(); }); };
-    Steuerung steuerung(schleife, befehle, beende);
-    if (const auto fehler = steuerung.oeffne(optionen.steuerport)) {
-        return misslungen(belegt(optionen.steuerport, fehler));
-    }
-    asio::signal_set signale(schleife, SIGINT, SIGTERM);
-    signale.async_wait([&](std::error_code, int) {
-        signale.async_wait([&](std::error_code, int) { schleife.stop(); });
-        beende();
-    });
-    std::cout << "probehandy: adb 127.0.0.1:" << geraet.port()
-              << "\nprobehandy: steuerung 127.0.0.1:" << steuerung.port() << std::endl;
-    if (optionen.stecken) {
-        steckplatz.steckeBeimStart();
-    }
-    liesTastatur(schleife, befehle, beende);
-    schleife.run();
-    geraet.trenneAlle();
-    return 0;
-}
-
-struct Ausfuehrung {
-    int operator()(const Optionen& optionen) const { return betreibe(optionen); }
-    int operator()(const Sageauftrag& auftrag) const { return sage(auftrag.steuerport, auftrag.befehl); }
-    int operator()(Hilfewunsch) const {
-        std::cout << hilfe;
-        return 0;
-    }
-    int operator()(Versionswunsch) const {
-        std::cout << "mobilsteg-probehandy " << MOBILSTEG_VERSION << '\n';
-        return 0;
-    }
-    int operator()(const Optionsfehler& fehler) const {
-        std::cerr << "probehandy: " << fehler.grund << '\n';
-        return 2;
-    }
+struct Optionen {
+    int port = 0;
+    int steuerport = 0;
+    int adbServer = 0;
 };
+
+/// False: something in it is unknown.
+bool liesOptionen(const std::vector<std::string>& worte, Optionen& optionen, Handy& handy) {
+    for (std::size_t i = 0; i < worte.size(); ++i) {
+        const std::string& wort = worte[i];
+        if (wort == "--ohne-debugging")
+            handy.debugging = false;
+        else if (wort == "--weitergabe-aus")
+            handy.weitergabe = false;
+        else if (wort == "--erlaubt")
+            handy.entscheidung = "erlaubt";
+        else if (wort == "--stecken")
+            handy.gesteckt = true;
+        else if (++i == worte.size())
+            return false;
+        else if (wort == "--port")
+            optionen.port = std::atoi(worte[i].c_str());
+        else if (wort == "--steuerport")
+            optionen.steuerport = std::atoi(worte[i].c_str());
+        else if (wort == "--adb-server")
+            optionen.adbServer = std::atoi(worte[i].c_str());
+        else if (wort == "--ordner")
+            handy.ordner = worte[i];
+        else if (wort == "--modell")
+            handy.modell = worte[i];
+        else
+            return false;
+    }
+    handy.gesteckt = handy.gesteckt || optionen.adbServer == 0;
+    return true;
+}
+
+/// The answer's lines; the last one is "ok" or begins with "fehler: ".
+std::string beantworte(Handy& handy, Kabel& kabel, std::string_view befehl) {
+    if (befehl == "hilfe")
+        return std::string(befehlsliste) + "ok\n";
+    if (befehl == "stecken") {
+        const std::string fehler = kabel.stecke();
+        return fehler.empty() ? "ok\n" : "fehler: " + fehler + "\n";
+    }
+    if (befehl == "ziehen") {
+        kabel.ziehe();
+        return "ok\n";
+    }
+    {
+        const std::scoped_lock sperre(handy.schloss);
+        if (befehl == "zustand")
+            return zustandszeile(handy) + "\nok\n";
+        if (!fuehreAus(handy, befehl))
+            return "fehler: unbekannter Befehl „" + std::string(befehl) + "“, siehe „hilfe“\n";
+    }
+    kabel.wendeAn();
+    return "ok\n";
+}
+
+/// Sends one command to the phone that runs and prints its answer.
+int sage(const std::vector<std::string>& worte) {
+    const Deskriptor buchse = verbinde(worte.empty() ? 0 : std::atoi(worte.front().c_str()));
+    if (!buchse || worte.size() < 2) {
+        std::cerr
+            << "probehandy: --sage braucht den Steuerport eines laufenden Probehandys und einen Befehl\n";
+        return 1;
+    }
+    sende(buchse, verbunden({worte.begin() + 1, worte.end()}, " ") + "\n");
+    const std::string antwort = liesAlles(buchse);
+    std::cout << antwort << std::flush;
+    return antwort.ends_with("ok\n") ? 0 : 1;
+}
+
+int betreibe(const Optionen& optionen, Handy& handy) {
+    sigset_t signale;
+    sigemptyset(&signale);
+    sigaddset(&signale, SIGINT);
+    sigaddset(&signale, SIGTERM);
+    ::pthread_sigmask(SIG_BLOCK, &signale, nullptr); // before any thread: all inherit it
+
+    Deskriptor horcher = horche(optionen.port);
+    const Deskriptor steuerung = horche(optionen.steuerport);
+    if (!horcher || !steuerung) {
+        std::cerr << "probehandy: Port " << (horcher ? optionen.steuerport : optionen.port) << ": "
+                  << fehlerbeschreibung(errno) << '\n';
+        return 1;
+    }
+    const std::string ports = "probehandy: adb 127.0.0.1:" + std::to_string(portVon(horcher)) +
+                              "\nprobehandy: steuerung 127.0.0.1:" + std::to_string(portVon(steuerung)) +
+                              "\n";
+    Kabel kabel(handy, std::move(horcher), optionen.adbServer);
+    kabel.starte();
+    std::thread([&] {
+        while (true) {
+            auto buchse = std::make_shared<Deskriptor>(nimmVerbindungAn(steuerung));
+            std::thread([&, buchse] {
+                const std::string zeile = liesBis(*buchse, '\n');
+                if (zeile.ends_with('\n'))
+                    sende(*buchse, beantworte(handy, kabel, beschnitten(zeile)));
+            }).detach();
+        }
+    }).detach();
+    std::cout << ports << std::flush;
+
+    int signal = 0;
+    ::sigwait(&signale, &signal);
+    kabel.ziehe(); // pulled out in good order, it does not linger in the adb server's list
+    std::_Exit(0); // the threads still wait for the net
+}
 
 } // namespace
 
 int main(int anzahl, char** worte) {
-    // A reader of our output that goes away must not take us along, and neither must a terminal that wants a
-    // program in the background to stop when it reads.
     std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGTTIN, SIG_IGN);
-    return std::visit(Ausfuehrung{}, liesOptionen(anzahl, worte));
+    const std::vector<std::string> argumente(worte + 1, worte + anzahl);
+    if (!argumente.empty() && argumente.front() == "--sage")
+        return sage({argumente.begin() + 1, argumente.end()});
+    Handy handy;
+    Optionen optionen;
+    if (!liesOptionen(argumente, optionen, handy)) {
+        std::cerr << aufruf;
+        return 2;
+    }
+    if (!handy.ordner.empty())
+        (void)legeElternordnerAn(handy.ordner + "/berichte/x");
+    return betreibe(optionen, handy);
 }
