@@ -19,7 +19,6 @@ debugging an                     der Rechner darf auf das Handy zugreifen
 weg wlan|mobilfunk               ein Weg ins Netz fällt aus
 da wlan|mobilfunk                … und kommt wieder
 rtt wlan|mobilfunk MS            seine Laufzeit in Millisekunden
-funkloch N M                     N Funklöcher, davon M gerettet
 proxy heil|kaputt|stumm          wie sich der SOCKS-Proxy benimmt
 bericht an|aus                   das Handy nimmt Berichte an
 antwort [TEXT]                   was die App dem Mac antwortet; ohne TEXT: was wahr ist
@@ -78,8 +77,8 @@ json anmeldeantwort(const Handy& handy) {
               {"alles", false},
               {"notlage", false},
               {"guests", gaeste},
-              {"funkloecher", handy.funkloecher},
-              {"gerettet", handy.gerettet}}}};
+              {"funkloecher", 0},
+              {"gerettet", 0}}}};
 }
 
 bool fuehreAus(Handy& handy, std::string_view befehl) {
@@ -96,11 +95,6 @@ bool fuehreAus(Handy& handy, std::string_view befehl) {
         return false;
     if (worte[0] == "rtt" && (worte[1] == "wlan" || worte[1] == "mobilfunk")) {
         (worte[1] == "wlan" ? handy.wlan : handy.mobilfunk).rttMs = std::atof(std::string(worte[2]).c_str());
-        return true;
-    }
-    if (worte[0] == "funkloch") {
-        handy.funkloecher = std::strtoull(std::string(worte[1]).c_str(), nullptr, 10);
-        handy.gerettet = std::strtoull(std::string(worte[2]).c_str(), nullptr, 10);
         return true;
     }
     return false;

@@ -32,8 +32,6 @@ struct Handy {
 
     Weg wlan{true, 42.7, 30.0};
     Weg mobilfunk{true, 61.3, 48.0};
-    std::uint64_t funkloecher = 0;
-    std::uint64_t gerettet = 0;
 
     std::string proxy = "heil"; ///< or "kaputt": hangs up after the greeting, "stumm": never says anything
     std::string antwort;        ///< what the app answers to a registration; empty: what is true

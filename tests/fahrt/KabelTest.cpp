@@ -94,7 +94,9 @@ TEST(Kabel, einNeuerAdbServerReisstNurKurzHeraus) {
     bank.starte();
     bank.erwartePhase("Fährt mit");
     (void)bank.adb({"kill-server"}); // all forwards are gone with it
-    EXPECT_TRUE(warteBis([&] { return bank.adb({"forward", "--list"}).find("tcp:1080") != std::string::npos; }));
+    EXPECT_TRUE(warteBis([&] {
+        return bank.adb({"forward", "--list"}).find("tcp:1080") != std::string::npos;
+    }));
     bank.erwartePhase("Fährt mit");
     EXPECT_TRUE(bank.proxyAn());
 }
