@@ -19,9 +19,10 @@ public:
     static constexpr std::uint16_t standardPort = 1081;
 
     struct Grenzen {
-        Dauer stille = std::chrono::seconds(10); ///< after that a connection that has said nothing is dropped
-        std::size_t verbindungen = 256;          ///< beyond them, or a quarter of what may be
-                                                 ///< open, the longest waiting one is dropped
+        Dauer stille = std::chrono::seconds(10);    ///< after that a client is dropped, whatever it does
+        Dauer schonfrist = std::chrono::seconds(1); ///< before that none is dropped for another one
+        std::size_t verbindungen = 256;             ///< at most, and a quarter of what may be open: then the
+                                                    ///< oldest makes room, or accepting waits
     };
 
     /// `schlange` must outlive it, with no job of it running when it goes away.
