@@ -18,12 +18,8 @@ void Delegate::applicationDidFinishLaunching() {
 }
 
 void Delegate::applicationWillTerminate() {
-    const std::lock_guard wache(einmal_);
-    if (aufgeraeumt_)
-        return;
     Kabel& kabel = Kabel::gemeinsam();
     kabel.q().sync([&] { kabel.aufraeumen(); });
-    aufgeraeumt_ = true;
 }
 
 void Delegate::beendeNachSignal(int signal) {

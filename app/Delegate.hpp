@@ -5,7 +5,6 @@
 #include "plattform/Einstellungen.hpp"
 
 #include <functional>
-#include <mutex>
 #include <vector>
 
 namespace mobilsteg {
@@ -22,8 +21,8 @@ public:
     /// Blocks until the questions are answered.
     void applicationDidFinishLaunching();
 
-    /// Any queue but the controller's: takes everything back and returns when that is done. The second call,
-    /// also a simultaneous one, only waits for the first.
+    /// Any queue but the controller's: takes everything back and returns when that is done. A second call
+    /// only waits for the first.
     void applicationWillTerminate();
 
 private:
@@ -32,8 +31,6 @@ private:
     Einstellungen& einstellungen_;
     Dialog& dialog_;
     std::function<void(int)> beende_;
-    std::mutex einmal_;
-    bool aufgeraeumt_ = false;
     AsioSchlange signalQ_{"signale"};
     std::vector<Signalquelle> signalQuellen_;
 };

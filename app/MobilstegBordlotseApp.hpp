@@ -20,14 +20,11 @@ public:
     MobilstegBordlotseApp(const Befehlszeile& zeile, const std::string& kennung, Schlange& haupt,
                           Dialog& dialog);
 
-    [[nodiscard]] Kabel& kabel() { return Kabel::gemeinsam(); }
+    [[nodiscard]] Kabel& kabel() { return kabel_; }
     [[nodiscard]] Einstellungen& einstellungen() { return *einstellungen_; }
 
 private:
-    [[nodiscard]] std::unique_ptr<Kabel> baueKabel(Schlange& haupt, Dialog& dialog);
-
     Orte orte_;
-    Buendel buendel_;
     Systemuhr uhr_;
     std::unique_ptr<Einstellungen> einstellungen_;
     CurlHttp http_;
@@ -37,6 +34,7 @@ private:
     Standdienst standdienst_{standQ_};
     AsioSchlange takt_{"kabel.takt"};
     AsioSchlange volltunnelQ_{"volltunnel.start"};
+    Kabel kabel_;
 };
 
 /// Where the command line puts home and system.

@@ -1,6 +1,6 @@
 #include "app/Befehlszeile.hpp"
+#include "app/Dienste.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
-#include "app/Notdienst.hpp"
 #include "plattform/Dateien.hpp"
 
 #include <csignal>

@@ -85,10 +85,6 @@ Zeit::time_point fristIn(double sekunden) {
 
 } // namespace
 
-bool abgeschnitten(const Ergebnis& ergebnis) {
-    return ergebnis.status == SIGTERM;
-}
-
 Ergebnis lauf(const std::string& programm, const std::vector<std::string>& argumente, double sekunden) {
     Startversuch versuch = starteProzess(programm, argumente);
     if (!versuch.kind)

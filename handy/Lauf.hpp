@@ -16,9 +16,6 @@ struct Ergebnis {
     bool operator==(const Ergebnis&) const = default;
 };
 
-/// Whether a tool that failed may have done its work all the same: it was cut off at its limit.
-[[nodiscard]] bool abgeschnitten(const Ergebnis& ergebnis);
-
 /// Runs a tool: absolute path, arguments, time limit in seconds.
 using Laeufer = std::function<Ergebnis(const std::string& programm, const std::vector<std::string>& argumente,
                                        double sekunden)>;

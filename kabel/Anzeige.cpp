@@ -67,12 +67,12 @@ std::optional<std::int64_t> kabelBytes(const std::optional<Status>& status, std:
     return summe;
 }
 
-void Anzeigewerte::trageEin(Zustand& zustand) const {
-    zustand.klasse = klasse;
-    zustand.gleise = gleise;
-    zustand.notlage = notlage;
-    zustand.menge = menge;
-    zustand.rettung = rettung;
+void Anzeigewerte::trageEin(Lage& lage) const {
+    lage.klasse = klasse;
+    lage.gleise = gleise;
+    lage.notlage = notlage;
+    lage.menge = menge;
+    lage.rettung = rettung;
 }
 
 std::optional<Anzeigewerte> Anzeige::zeige(const Antwort& antwort, std::string_view name, Dauer jetzt) {

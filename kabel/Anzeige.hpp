@@ -20,7 +20,7 @@ struct Anzeigewerte {
     std::string menge;
     std::string rettung;
 
-    void trageEin(Zustand& zustand) const;
+    void trageEin(Lage& lage) const;
     bool operator==(const Anzeigewerte&) const = default;
 };
 

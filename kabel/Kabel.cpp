@@ -1,5 +1,6 @@
 #include "kabel/Kabel.hpp"
 
+#include "kabel/Stand.hpp"
 #include "kabel/Zustand.hpp"
 #include "plattform/Dateien.hpp"
 
@@ -23,17 +24,32 @@ constexpr std::int64_t browserTakte = 10;
 // --- the clock -------------------------------------------------------------------------------------------
 
 void Kabel::start() {
-    anzeigetakt_ = a_.haupt.wiederhole(anzeigePeriode, anzeigePeriode, [this] { rotiere(); });
-    a_.q.async([this] { raeumeUebriggebliebenesWeg(); });
-    a_.standdienst.starte();
-    takt_ = a_.q.wiederhole(ersterTakt, taktPeriode, [this] { schritt(); });
+    anzeigetakt_ = anschluesse_.haupt.wiederhole(anzeigePeriode, anzeigePeriode, [this] { rotiere(); });
+    aufQ([this] { raeumeUebriggebliebenesWeg(); });
+    anschluesse_.standdienst.starte();
+    takt_ = anschluesse_.q.wiederhole(ersterTakt, taktPeriode, [this] { schritt(); });
+}
+
+void Kabel::aufQ(std::function<void()> was) {
+    anschluesse_.q.async([this, was = std::move(was)] {
+        if (aufgeraeumt_)
+            return;
+        was();
+        uebergib();
+    });
+}
+
+/// Hands what this queue knows to the main queue, in one piece and only when it changed.
+void Kabel::uebergib() {
+    if (lageIntern_ == uebergebeneLage_)
+        return;
+    uebergebeneLage_ = lageIntern_;
+    speicher_.veroeffentliche([lage = lageIntern_](Zustand& z) { static_cast<Lage&>(z) = lage; });
 }
 
 void Kabel::raeumeUebriggebliebenesWeg() {
-    if (aufgeraeumt_)
-        return;
-    proxy_.nimmUebriggebliebenenWeg();
-    tunnel_.nimmUebriggebliebenenWeg();
+    (void)nimmProxyWeg();
+    (void)tunnel_.nimmWeg();
 }
 
 void Kabel::schritt() {
@@ -42,18 +58,20 @@ void Kabel::schritt() {
         return;
     letzteAntwort_.reset();
     schrittInnen();
-    schreibeStand(phaseIntern_, letzteAntwort_);
+    schreibeStand(lageIntern_.phase, letzteAntwort_);
+    uebergib(); // what follows may take a minute
     ++tick_;
 
     if (tick_ % berichtTakte == 0 && letzteAntwort_)
         berichteSenden();
     volltunnelPruefen();
-    if (experteIntern_ && proxy_.gesetzt() && tick_ % verbindungsTakte == 0)
+    if (schalterIntern_.experte && proxy_.gesetzt() && tick_ % verbindungsTakte == 0)
         messeVerbindungen();
-    if ((variante_.aktuell() == Variante::Art::vpn || experteIntern_) && tick_ % vpnTakte == 0)
+    if ((variante_.aktuell() == Variante::Art::vpn || schalterIntern_.experte) && tick_ % vpnTakte == 0)
         vpnsLesen();
     if (tick_ % browserTakte == 1)
         browserLesen();
+    uebergib();
 }
 
 void Kabel::schrittInnen() {
@@ -68,7 +86,7 @@ void Kabel::schrittInnen() {
         verbindung_.vergissHandy();
         return verliere(Phase::Art::nichtAutorisiert);
     case Verbindung::Fund::neues:
-        speicher_.veroeffentliche([handy = verbindung_.handyName()](Zustand& z) { z.handy = handy; });
+        lageIntern_.handy = verbindung_.handyName();
         break;
     case Verbindung::Fund::dasselbe:
         break;
@@ -76,7 +94,7 @@ void Kabel::schrittInnen() {
 
     for (const auto& zeile : verbindung_.leiteWeiter())
         protokoll(zeile);
-    letzteAntwort_ = verbindung_.meldeAn(id_, a_.rechnername, erhebung_.ziele());
+    letzteAntwort_ = verbindung_.meldeAn(id_, anschluesse_.rechnername, erhebung_.vpnZieleIntern());
     if (!letzteAntwort_)
         return verliere(Phase::Art::weitergabeAus);
     zeigeStatus(*letzteAntwort_);
@@ -87,34 +105,37 @@ void Kabel::schrittInnen() {
     if (zustand != "erlaubt")
         return verliere(Phase::Art::wartetAufHandy);
 
-    if (!verbindung_.bewiesen()) {
-        setze(Phase::Art::pruefung);
+    if (!verbindung_.zuletztGueltig()) {
+        static const Phase ohneBeweis =
+            Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?");
+        // In a row of failing proofs the error stays: else panel and log went back and forth every tick.
+        if (lageIntern_.phase != ohneBeweis) {
+            setze(Phase::Art::pruefung);
+            uebergib(); // the proof may take twelve seconds
+        }
         const auto adresse = verbindung_.beweise();
         if (!adresse) { // no teardown: the forwards stand, and the next tick proves again
             proxyWeg(); // mostly there is none; the tools may have refused when the link was lost
-            return setze(
-                Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?"));
+            return setze(ohneBeweis);
         }
         protokoll("Beweis: draußen als " + *adresse);
-        speicher_.veroeffentliche([adresse = *adresse](Zustand& z) { z.austritt = adresse; });
-        if (proxyAutomatisch_)
+        lageIntern_.austritt = *adresse;
+        // The failed proof's error ends here; one of the system proxy would stay.
+        lageIntern_.phase = Phase::Art::pruefung;
+        if (schalterIntern_.proxyAutomatisch)
             proxyAn();
         volltunnelNachziehen();
     }
     // An error of the system proxy stays on show while the path itself is fine.
-    if (phaseIntern_.art != Phase::Art::proxyFehler)
+    if (lageIntern_.phase.art != Phase::Art::proxyFehler)
         setze(Phase::Art::faehrt);
 }
 
 void Kabel::setze(const Phase& neu) {
-    const bool anders = neu != phaseIntern_;
-    phaseIntern_ = neu;
+    lageIntern_.phase = neu;
     if (neu.art == Phase::Art::proxyFehler && letzteAntwort_)
-        a_.q.async([this] { berichteSenden(); });
+        aufQ([this] { berichteSenden(); });
     protokoll(neu.text());
-    // An idle tick wakes nobody.
-    if (anders)
-        speicher_.veroeffentliche([neu](Zustand& z) { z.phase = neu; });
 }
 
 /// Sets the phase that tells what is missing and takes back what depends on the link.
@@ -127,64 +148,58 @@ void Kabel::verliere(const Phase& phase) {
 }
 
 void Kabel::verloren() {
-    if (!std::exchange(zeigtVerbindung_, false))
-        return;
-    gezeigteWerte_.vergiss();
-    speicher_.veroeffentliche([](Zustand& z) {
-        z.austritt.clear();
-        z.gleise.clear();
-        z.klasse.clear();
-        z.rettung.clear();
-    });
+    lageIntern_.austritt.clear();
+    lageIntern_.gleise.clear();
+    lageIntern_.klasse.clear();
+    lageIntern_.rettung.clear();
 }
 
 void Kabel::aufraeumen() {
-    aufgeraeumt_ = true;
-    tunnel_.gibAuf();
-    volltunnelWeg();
+    if (std::exchange(aufgeraeumt_, true))
+        return;
+    meldeTunnelende(tunnel_.beendeFuerImmer());
     proxyWeg();
     verbindung_.baueAb();
+    uebergib();
 }
 
 /// Takes everything back first, so that even a wrong number leaves no proxy behind.
 void Kabel::brichAb(const std::string& warum) {
     protokoll("Programmierfehler: " + warum);
     aufraeumen();
-    a_.abbruch(warum);
+    anschluesse_.abbruch(warum);
 }
 
 // --- what the phone told ---------------------------------------------------------------------------------
 
 void Kabel::zeigeStatus(const Antwort& antwort) {
-    const auto werte = anzeige_.zeige(antwort, a_.rechnername, a_.uhr.monoton());
+    const auto werte = anzeige_.zeige(antwort, anschluesse_.rechnername, anschluesse_.uhr.monoton());
     if (!werte)
         return brichAb("Das Handy meldet unmögliche Zahlen");
-    zeigtVerbindung_ = true;
-    if (gezeigteWerte_.neu(*werte))
-        speicher_.veroeffentliche([werte = *werte](Zustand& z) { werte.trageEin(z); });
+    werte->trageEin(lageIntern_);
 }
 
 void Kabel::schreibeStand(const Phase& phase, const std::optional<Antwort>& antwort) {
     Standangaben angaben;
     angaben.app = variante_.bundleB2B() ? "mobilsteg-vpnlotse" : "mobilsteg-bordlotse";
-    angaben.zeit = a_.uhr.wand();
+    angaben.zeit = anschluesse_.uhr.wand();
     angaben.phase = phase;
-    angaben.austritt = verbindung_.austritt();
+    angaben.austritt = verbindung_.austrittIntern();
     angaben.handy = verbindung_.serial().value_or("");
     angaben.id = id_;
-    angaben.name = a_.rechnername;
+    angaben.name = anschluesse_.rechnername;
     angaben.proxyGesetzt = proxy_.gesetzt();
     angaben.volltunnel = tunnel_.laeuft();
-    angaben.vpnDurch = tunnel_.wunsch.vpnDurch;
-    angaben.nurVPN = tunnel_.wunsch.nurVPN;
-    angaben.proxyAutomatisch = proxyAutomatisch_;
-    angaben.dienst = proxy_.dienst().value_or("");
+    angaben.vpnDurch = schalterIntern_.vpnDurch;
+    angaben.nurVPN = schalterIntern_.nurVPN;
+    angaben.proxyAutomatisch = schalterIntern_.proxyAutomatisch;
+    angaben.dienst = proxy_.gesetzterDienst().value_or("");
     angaben.adb = verbindung_.adbPfad().value_or("");
 
     auto dokument = standDokument(angaben, antwort);
     legeElternordnerAn(standPfad_);
     schreibeAtomar(standPfad_, dokument, Haltbarkeit::fluechtig);
-    a_.standdienst.setzeDokument(std::move(dokument));
+    anschluesse_.standdienst.setzeDokument(std::move(dokument));
 }
 
 // --- the system proxy ------------------------------------------------------------------------------------
@@ -192,39 +207,87 @@ void Kabel::schreibeStand(const Phase& phase, const std::optional<Antwort>& antw
 void Kabel::proxyAn() {
     const auto setzung = proxy_.setze();
     switch (setzung.ausgang) {
-    case ProxySteuerung::Ausgang::keinDienst:
+    case SystemProxy::Ausgang::keinDienst:
         return setze(Phase::proxyFehler("Keinen Netzwerkdienst gefunden — Proxy von Hand setzen"));
-    case ProxySteuerung::Ausgang::misslungen:
+    case SystemProxy::Ausgang::misslungen:
         return setze(Phase::proxyFehler("System-Proxy nicht gesetzt: " + setzung.text));
-    case ProxySteuerung::Ausgang::gesetzt:
+    case SystemProxy::Ausgang::gesetzt:
         break;
     }
-    protokoll("System-Proxy gesetzt auf " + setzung.text + ": 127.0.0.1:" + std::to_string(socksPort));
-    speicher_.veroeffentliche([](Zustand& z) {
-        z.proxyGesetzt = true;
-        z.meldung.clear();
-    });
+    protokoll("System-Proxy gesetzt auf " + setzung.text + ": " + amMac(socksPort));
+    lageIntern_.proxyGesetzt = true;
+    lageIntern_.meldung.clear();
 }
 
 void Kabel::proxyWeg() {
-    const auto dienst = proxy_.nimmWeg();
-    if (!dienst)
-        return;
-    protokoll("System-Proxy entfernt von " + *dienst);
-    speicher_.veroeffentliche([](Zustand& z) { z.proxyGesetzt = false; });
+    if (const auto dienst = nimmProxyWeg())
+        protokoll("System-Proxy entfernt von " + *dienst);
+}
+
+/// Tells a failure; absent: there was one, or nothing to take away.
+std::optional<std::string> Kabel::nimmProxyWeg() {
+    for (const auto& dienst : proxy_.klaereUngewisse())
+        protokoll("System-Proxy nicht entfernt von " + dienst +
+                  ": den Netzwerkdienst gibt es auf diesem Mac nicht mehr");
+    const auto wegnahme = proxy_.nimmWeg();
+    if (!wegnahme)
+        return std::nullopt;
+    lageIntern_.proxyGesetzt = false;
+    const std::string fehler =
+        wegnahme->grund ? "System-Proxy nicht entfernt von " + wegnahme->dienst + ": " + *wegnahme->grund
+                        : "";
+    if (std::exchange(letzterProxyfehler_, fehler) != fehler && !fehler.empty())
+        protokoll(fehler);
+    return wegnahme->grund ? std::nullopt : std::optional(wegnahme->dienst);
 }
 
 void Kabel::proxyUmschalten() {
-    a_.q.async([this] {
-        if (aufgeraeumt_)
-            return;
+    aufQ([this] {
         if (proxy_.gesetzt())
             proxyWeg();
-        else if (verbindung_.bewiesen())
+        else if (verbindung_.zuletztGueltig())
             proxyAn();
         else
-            speicher_.veroeffentliche([](Zustand& z) { z.meldung = "Erst muss das Handy freigeben."; });
+            lageIntern_.meldung = "Erst muss das Handy freigeben.";
     });
+}
+
+// --- what is done every n-th tick ------------------------------------------------------------------------
+
+void Kabel::messeVerbindungen() {
+    const auto verbindungen = erhebung_.verbindungen();
+    lageIntern_.vorbei = verbindungen.vorbei;
+    lageIntern_.durch = verbindungen.durch;
+}
+
+void Kabel::vpnsLesen() {
+    const auto vpns = erhebung_.vpns(tunnel_.laeuft());
+    lageIntern_.vpnsGesichert = vpns.gesichert;
+    lageIntern_.vpnsOffen = vpns.offen;
+}
+
+void Kabel::browserLesen() {
+    lageIntern_.browserOhne = anschluesse_.browserFinden();
+    std::erase_if(lageIntern_.browserOhne, [](const BrowserFund& fund) { return fund.fahrtwind; });
+}
+
+void Kabel::fahrtwindHinzufuegen(const BrowserFund& fund) {
+    protokoll("fahrtwind: Store/Download in " + fund.name);
+    anschluesse_.q.async([this, fund] { anschluesse_.browserOeffnen(fund); });
+}
+
+void Kabel::berichteSenden() {
+    Berichte::Angaben angaben;
+    angaben.rechner = anschluesse_.rechnername;
+    angaben.id = id_;
+    angaben.ausgabe = variante_.anzeigename();
+    angaben.version = anschluesse_.buendel.version;
+    angaben.bauversion = anschluesse_.buendel.bauversion;
+    angaben.zeit = anschluesse_.uhr.wand();
+    angaben.phase = lageIntern_.phase.text();
+    angaben.volltunnel = tunnel_.laeuft();
+    angaben.proxy = proxy_.gesetzt();
+    berichte_.sende(verbindung_.handy(), angaben);
 }
 
 // --- the menu bar ----------------------------------------------------------------------------------------

@@ -1,33 +1,33 @@
 #pragma once
 
-#include "handy/Http.hpp"
+#include "handy/Antwort.hpp"
 #include "handy/Lauf.hpp"
 #include "kabel/Anzeige.hpp"
 #include "kabel/Berichte.hpp"
 #include "kabel/Protokoll.hpp"
-#include "kabel/Stand.hpp"
 #include "kabel/Verbindung.hpp"
 #include "kabel/Zustand.hpp"
 #include "kabel/Zustandsspeicher.hpp"
 #include "netz/Erhebung.hpp"
-#include "netz/ProxySteuerung.hpp"
+#include "netz/SystemProxy.hpp"
 #include "netz/Variante.hpp"
-#include "netz/VolltunnelSteuerung.hpp"
+#include "netz/Volltunnel.hpp"
 #include "plattform/Anschluesse.hpp"
-#include "plattform/Einstellungen.hpp"
 #include "plattform/Orte.hpp"
 #include "plattform/Schlange.hpp"
-#include "plattform/Uhr.hpp"
 
-#include <atomic>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace mobilsteg {
+
+class Einstellungen;
+class Http;
+class Standausgabe;
+class Uhr;
 
 /// What is asked before the full tunnel's first activation.
 [[nodiscard]] Frage tunnelerklaerung();
@@ -62,9 +62,9 @@ public:
     /// Reads the settings; starts nothing.
     explicit Kabel(Anschluesse anschluesse);
 
-    /// The process's one instance, made at the first call by what `richteEin` was given.
+    /// The process's one instance: the one that the application has set.
     static Kabel& gemeinsam();
-    static void richteEin(std::function<std::unique_ptr<Kabel>()> erzeuger);
+    static void setzeGemeinsames(Kabel* kabel);
 
     // --- the clock ---------------------------------------------------------------------------------------
 
@@ -72,7 +72,8 @@ public:
     void start();
 
     /// Takes back everything that the program changed on the Mac, and lets no later tick or action change
-    /// anything again. On `q()`, called synchronously from outside it; blocks for the tools' time.
+    /// anything again; a second call does nothing. On `q()`, called synchronously from outside it; blocks for
+    /// the tools' time.
     void aufraeumen();
 
     // --- what the user does: main queue, returns at once -------------------------------------------------
@@ -97,19 +98,30 @@ public:
 
     // --- what others read --------------------------------------------------------------------------------
 
-    [[nodiscard]] Schlange& q() { return a_.q; }
+    [[nodiscard]] Schlange& q() { return anschluesse_.q; }
     [[nodiscard]] Zustandsspeicher& speicher() { return speicher_; }
     [[nodiscard]] const Variante& variante() const { return variante_; }
     [[nodiscard]] const std::string& id() const { return id_; }
-    [[nodiscard]] const std::string& name() const { return a_.rechnername; }
+    [[nodiscard]] const std::string& name() const { return anschluesse_.rechnername; }
     [[nodiscard]] const std::string& protokollPfad() const { return protokoll_.pfad(); }
-    [[nodiscard]] const std::string& standPfad() const { return standPfad_; }
 
     /// One log line. Any queue.
     void protokoll(const std::string& text) { protokoll_.schreibe(text); }
 
 private:
+    // On the main queue.
+    void rotiere();
+    void volltunnelAnGeaendert(bool alt, bool speichern);
+    void schalteVolltunnelAus(bool speichern);
+    void stelle(bool Schalterstellungen::*schalter, bool an, const char* schluessel,
+                void (Kabel::*folge)() = nullptr);
+    void uebergibSchalter(void (Kabel::*folge)());
+
+    /// Runs `was` on q, unless the clean-up has been there, and hands over what it changed. Any queue.
+    void aufQ(std::function<void()> was);
+
     // On q.
+    void uebergib();
     void raeumeUebriggebliebenesWeg();
     void schritt();
     void schrittInnen();
@@ -121,11 +133,13 @@ private:
     void schreibeStand(const Phase& phase, const std::optional<Antwort>& antwort);
     void proxyAn();
     void proxyWeg();
+    [[nodiscard]] std::optional<std::string> nimmProxyWeg();
 
     void volltunnelNachziehen();
     void volltunnelNeuStarten();
     void volltunnelGestartet(const Tunnelauftrag& auftrag, const std::optional<std::string>& grund);
     void volltunnelWeg();
+    void meldeTunnelende(Volltunnel::Ende ende);
     void volltunnelPruefen();
     void volltunnelZurueckgebaut(const std::string& grund);
 
@@ -134,14 +148,9 @@ private:
     void browserLesen();
     void berichteSenden();
 
-    // On the main queue.
-    void rotiere();
-    void volltunnelAnGeaendert(bool alt);
-    void schalteVolltunnelAus(bool speichern);
-
     [[nodiscard]] static Zustand anfangszustand(const Einstellungen& einstellungen, const Variante& variante);
 
-    Anschluesse a_;
+    Anschluesse anschluesse_;
     Variante variante_;
     std::string id_;
     std::string standPfad_;
@@ -150,27 +159,20 @@ private:
 
     // On q only.
     Verbindung verbindung_;
-    ProxySteuerung proxy_;
-    VolltunnelSteuerung tunnel_;
+    SystemProxy proxy_;
+    Volltunnel tunnel_;
     Erhebung erhebung_;
     Berichte berichte_;
     Anzeige anzeige_;
-    Phase phaseIntern_;
-    bool zeigtVerbindung_ = false; ///< what the phone told is published, and has to be taken back
-    Zuletzt<Anzeigewerte> gezeigteWerte_;
-    Zuletzt<Erhebung::Verbindungen> gezeigteVerbindungen_;
-    Zuletzt<Erhebung::Vpns> gezeigteVpns_;
-    Zuletzt<std::vector<BrowserFund>> gezeigteBrowser_;
+    Lage lageIntern_;
+    Lage uebergebeneLage_;
+    Schalterstellungen schalterIntern_;
     std::optional<Antwort> letzteAntwort_; // valid only in the tick that fetched it
-    bool experteIntern_;
+    std::string letzterProxyfehler_;       // told once, although each tick tries again
     std::int64_t tick_ = 0;
     bool aufgeraeumt_ = false;
 
-    std::atomic<bool> proxyAutomatisch_; // read on q, written on the main queue
-
-    // On the main queue only.
-    std::uint64_t rotation_ = 0;
-    bool volltunnelOhneSpeichern_ = false;
+    std::uint64_t rotation_ = 0; // main queue
 
     Zeitgeber anzeigetakt_;
     Zeitgeber takt_;

@@ -1,16 +1,14 @@
 // The controller's making, and the settings that its user changes.
 
 #include "kabel/Kabel.hpp"
+#include "plattform/Einstellungen.hpp"
 #include "plattform/Text.hpp"
 
 namespace mobilsteg {
 
 namespace {
 
-std::function<std::unique_ptr<Kabel>()>& erzeuger() {
-    static std::function<std::unique_ptr<Kabel>()> einer;
-    return einer;
-}
+Kabel* gemeinsames = nullptr;
 
 std::string austrittsdienst(const Einstellungen& einstellungen) {
     const auto eigener = einstellungen.text("austritt.dienst");
@@ -20,12 +18,11 @@ std::string austrittsdienst(const Einstellungen& einstellungen) {
 } // namespace
 
 Kabel& Kabel::gemeinsam() {
-    static const std::unique_ptr<Kabel> eines = erzeuger()();
-    return *eines;
+    return *gemeinsames;
 }
 
-void Kabel::richteEin(std::function<std::unique_ptr<Kabel>()> neuer) {
-    erzeuger() = std::move(neuer);
+void Kabel::setzeGemeinsames(Kabel* kabel) {
+    gemeinsames = kabel;
 }
 
 Zustand Kabel::anfangszustand(const Einstellungen& einstellungen, const Variante& variante) {
@@ -42,42 +39,63 @@ Zustand Kabel::anfangszustand(const Einstellungen& einstellungen, const Variante
 }
 
 Kabel::Kabel(Anschluesse anschluesse)
-    : a_(std::move(anschluesse)), variante_(a_.buendel, a_.einstellungen),
-      id_(a_.einstellungen.textOderNeu("kabel.id", neueKennung())),
-      standPfad_(a_.orte.imHeim("/Library/Application Support/Mobilsteg Bordlotse/stand.json")),
-      protokoll_(a_.orte.imHeim("/Library/Logs/MobilstegBordlotse.log"), a_.uhr),
-      speicher_(a_.haupt, anfangszustand(a_.einstellungen, variante_)),
-      verbindung_(Adb(a_.laeufer, a_.orte, a_.buendel.ressourcen), a_.laeufer,
-                  Handy(a_.http, austrittsdienst(a_.einstellungen)), a_.einstellungen),
-      proxy_(SystemProxy(a_.laeufer, a_.orte, a_.einstellungen)),
-      tunnel_({a_.haupt, a_.uhr, a_.skript, variante_, a_.buendel.ressourcen, a_.orte},
-              {speicher_.zustand().volltunnelAn, speicher_.zustand().vpnDurch, speicher_.zustand().nurVPN}),
-      erhebung_(a_.laeufer, a_.orte, tunnel_.volltunnel().stoppPfad() + ".vpns.json"),
-      berichte_(a_.laeufer, a_.orte, a_.einstellungen,
-                {{"mac-bordlotse.log", protokoll_.pfad()},
-                 {"mac-volltunnel.log", tunnel_.volltunnel().protokollPfad()}}),
-      experteIntern_(speicher_.zustand().experte), proxyAutomatisch_(speicher_.zustand().proxyAutomatisch) {}
+    : anschluesse_(std::move(anschluesse)), variante_(anschluesse_.buendel, anschluesse_.einstellungen),
+      id_(anschluesse_.einstellungen.textOderNeu("kabel.id", neueKennung())),
+      standPfad_(anschluesse_.orte.imHeim("/Library/Application Support/Mobilsteg Bordlotse/stand.json")),
+      protokoll_(anschluesse_.orte.imHeim("/Library/Logs/MobilstegBordlotse.log"), anschluesse_.uhr),
+      speicher_(anschluesse_.haupt, anfangszustand(anschluesse_.einstellungen, variante_)),
+      verbindung_(Adb(anschluesse_.laeufer, anschluesse_.orte, anschluesse_.buendel.ressourcen),
+                  anschluesse_.laeufer, Handy(anschluesse_.http, austrittsdienst(anschluesse_.einstellungen)),
+                  anschluesse_.einstellungen),
+      proxy_(anschluesse_.laeufer, anschluesse_.orte, anschluesse_.einstellungen),
+      tunnel_({anschluesse_.haupt, anschluesse_.uhr, anschluesse_.skript, variante_,
+               anschluesse_.buendel.ressourcen, anschluesse_.orte}),
+      erhebung_(anschluesse_.laeufer, anschluesse_.orte, tunnel_.stoppPfad() + ".vpns.json"),
+      berichte_(anschluesse_.laeufer, anschluesse_.orte, anschluesse_.einstellungen,
+                {{"mac-bordlotse.log", protokoll_.pfad()}, {"mac-volltunnel.log", tunnel_.protokollPfad()}}),
+      schalterIntern_(speicher_.zustand()) {}
+
+/// Shows and stores a switch, and hands it to the work queue, where `folge` runs behind it.
+void Kabel::stelle(bool Schalterstellungen::*schalter, bool an, const char* schluessel,
+                   void (Kabel::*folge)()) {
+    speicher_.aendere([&](Zustand& z) { z.*schalter = an; });
+    anschluesse_.einstellungen.setzeFlagge(schluessel, an);
+    uebergibSchalter(folge);
+}
+
+void Kabel::uebergibSchalter(void (Kabel::*folge)()) {
+    const Schalterstellungen stellungen = speicher_.zustand();
+    aufQ([this, stellungen, folge] {
+        schalterIntern_ = stellungen;
+        if (folge != nullptr)
+            (this->*folge)();
+    });
+}
 
 void Kabel::setzeProxyAutomatisch(bool an) {
-    speicher_.aendere([&](Zustand& z) { z.proxyAutomatisch = an; });
-    a_.einstellungen.setzeFlagge("proxy.automatisch", an);
-    proxyAutomatisch_ = an;
+    stelle(&Schalterstellungen::proxyAutomatisch, an, "proxy.automatisch");
 }
 
 void Kabel::setzeExperte(bool an) {
-    speicher_.aendere([&](Zustand& z) { z.experte = an; });
-    a_.einstellungen.setzeFlagge("experte", an);
-    a_.q.async([this, an] { experteIntern_ = an; });
+    stelle(&Schalterstellungen::experte, an, "experte");
+}
+
+void Kabel::setzeVpnDurch(bool an) {
+    stelle(&Schalterstellungen::vpnDurch, an, "vpnDurch", &Kabel::volltunnelNeuStarten);
+}
+
+void Kabel::setzeNurVPN(bool an) {
+    stelle(&Schalterstellungen::nurVPN, an, "nurVPN", &Kabel::volltunnelNeuStarten);
 }
 
 void Kabel::setzeProfil(const std::string& profil) {
     speicher_.aendere([&](Zustand& z) { z.profil = profil; });
-    a_.einstellungen.setzeText("profil", profil);
+    anschluesse_.einstellungen.setzeText("profil", profil);
 }
 
 void Kabel::profilUebernehmen() {
     const auto gespeichert = [this](const char* name) {
-        return a_.einstellungen.flagge(name).value_or(false);
+        return anschluesse_.einstellungen.flagge(name).value_or(false);
     };
     const bool an = gespeichert("volltunnel");
     const bool vpnDurch = gespeichert("vpnDurch");
@@ -88,12 +106,12 @@ void Kabel::profilUebernehmen() {
         setzeVpnDurch(vpnDurch);
     if (speicher_.zustand().nurVPN != nurVPN)
         setzeNurVPN(nurVPN);
-    setzeProfil(a_.einstellungen.text("profil").value_or(speicher_.zustand().profil));
+    setzeProfil(anschluesse_.einstellungen.text("profil").value_or(speicher_.zustand().profil));
 }
 
 void Kabel::setzeBrowserHinweisWeg(bool weg) {
     speicher_.aendere([&](Zustand& z) { z.browserHinweisWeg = weg; });
-    a_.einstellungen.setzeFlagge("browser.hinweisWeg", weg);
+    anschluesse_.einstellungen.setzeFlagge("browser.hinweisWeg", weg);
 }
 
 } // namespace mobilsteg

@@ -3,6 +3,7 @@
 // never waits for the start. Only the clean-up makes others wait for the work queue.
 
 #include "kabel/Kabel.hpp"
+#include "plattform/Einstellungen.hpp"
 
 namespace mobilsteg {
 
@@ -18,8 +19,6 @@ Frage tunnelerklaerung() {
 
 namespace {
 
-constexpr const char* wartehinweis = "Volltunnel wartet: ein anderer Helfer läuft noch";
-
 std::string laufzeile(const Tunnelauftrag& auftrag) {
     if (auftrag.nurVPN)
         return "Volltunnel läuft: nur VPN-Server fahren durchs Handy, Standardroute bleibt";
@@ -34,81 +33,49 @@ std::string laufzeile(const Tunnelauftrag& auftrag) {
 void Kabel::setzeVolltunnelAn(bool an) {
     const bool alt = speicher_.zustand().volltunnelAn;
     speicher_.aendere([&](Zustand& z) { z.volltunnelAn = an; });
-    volltunnelAnGeaendert(alt);
+    volltunnelAnGeaendert(alt, true);
 }
 
-void Kabel::volltunnelAnGeaendert(bool alt) {
-    const auto& z = speicher_.zustand();
-    if (z.volltunnelAn && !alt && !a_.einstellungen.flagge("volltunnel.erklaert").value_or(false)) {
-        if (a_.dialog.frage(tunnelerklaerung()) != 0) {
+void Kabel::volltunnelAnGeaendert(bool alt, bool speichern) {
+    auto& einstellungen = anschluesse_.einstellungen;
+    if (speicher_.zustand().volltunnelAn && !alt &&
+        !einstellungen.flagge("volltunnel.erklaert").value_or(false)) {
+        if (anschluesse_.dialog.frage(tunnelerklaerung()) != 0) {
             speicher_.aendere([](Zustand& zustand) { zustand.volltunnelAn = false; });
-            return volltunnelAnGeaendert(true);
+            return volltunnelAnGeaendert(true, speichern);
         }
-        a_.einstellungen.setzeFlagge("volltunnel.erklaert", true);
+        einstellungen.setzeFlagge("volltunnel.erklaert", true);
     }
-    if (!volltunnelOhneSpeichern_)
-        a_.einstellungen.setzeFlagge("volltunnel", z.volltunnelAn);
-    a_.q.async([this, an = z.volltunnelAn] {
-        tunnel_.wunsch.an = an;
-        volltunnelNachziehen();
-    });
+    if (speichern)
+        einstellungen.setzeFlagge("volltunnel", speicher_.zustand().volltunnelAn);
+    uebergibSchalter(&Kabel::volltunnelNachziehen);
 }
 
 /// Switches it off as by the user's hand, but for what is stored.
 void Kabel::schalteVolltunnelAus(bool speichern) {
     const bool alt = speicher_.zustand().volltunnelAn;
     speicher_.aendere([](Zustand& z) { z.volltunnelAn = false; });
-    volltunnelOhneSpeichern_ = !speichern;
-    volltunnelAnGeaendert(alt);
-    volltunnelOhneSpeichern_ = false;
-}
-
-void Kabel::setzeVpnDurch(bool an) {
-    speicher_.aendere([&](Zustand& z) { z.vpnDurch = an; });
-    a_.einstellungen.setzeFlagge("vpnDurch", an);
-    a_.q.async([this, an] {
-        tunnel_.wunsch.vpnDurch = an;
-        volltunnelNeuStarten();
-    });
-}
-
-void Kabel::setzeNurVPN(bool an) {
-    speicher_.aendere([&](Zustand& z) { z.nurVPN = an; });
-    a_.einstellungen.setzeFlagge("nurVPN", an);
-    a_.q.async([this, an] {
-        tunnel_.wunsch.nurVPN = an;
-        volltunnelNeuStarten();
-    });
+    volltunnelAnGeaendert(alt, speichern);
 }
 
 // --- the tunnel: work queue ------------------------------------------------------------------------------
 
 void Kabel::volltunnelNachziehen() {
-    if (aufgeraeumt_)
-        return;
-    if (!tunnel_.wunsch.an) {
-        // A mark alone may be another copy's helper; one of ours that is only coming up is seen when it is
-        // there.
+    if (!schalterIntern_.volltunnelAn) {
         if (tunnel_.laeuft())
             volltunnelWeg();
-        speicher_.veroeffentliche([](Zustand& z) {
-            if (z.meldung == wartehinweis)
-                z.meldung.clear();
-        });
         return;
     }
-    if (!tunnel_.startFaellig(verbindung_.bewiesen())) {
-        if (tunnel_.wartetAufFremden()) {
-            protokoll(wartehinweis);
-            speicher_.veroeffentliche([](Zustand& z) { z.meldung = wartehinweis; });
-        }
+    if (!verbindung_.zuletztGueltig() || tunnel_.stand() != Volltunnel::Stand::ruht)
         return;
-    }
-    const auto auftrag = tunnel_.beginne(proxy_.dienstFuerTunnel());
+    tunnel_.beginne();
+    const auto& dienst = proxy_.gesetzterDienst();
+    const Tunnelauftrag auftrag{dienst ? *dienst : proxy_.dienst().value_or("Wi-Fi"),
+                                schalterIntern_.vpnDurch, schalterIntern_.nurVPN};
     protokoll("Volltunnel: starte (Admin-Passwort)…");
-    a_.volltunnelQ.async([this, auftrag] {
-        const auto grund = tunnel_.fuehreAus(auftrag);
-        a_.q.async([this, auftrag, grund] { volltunnelGestartet(auftrag, grund); });
+    anschluesse_.volltunnelQ.async([this, auftrag] {
+        const auto grund = tunnel_.start(auftrag);
+        aufQ([this, auftrag, grund] { volltunnelGestartet(auftrag, grund); });
     });
 }
 
@@ -120,61 +87,58 @@ void Kabel::volltunnelNeuStarten() {
 }
 
 void Kabel::volltunnelGestartet(const Tunnelauftrag& auftrag, const std::optional<std::string>& grund) {
-    const bool laeuft = tunnel_.beendeStart(!grund);
+    tunnel_.beendeStart(!grund);
     if (grund) {
         protokoll("Volltunnel nicht gestartet: " + *grund);
-        const std::string hinweis =
+        lageIntern_.meldung =
             *grund == "Abgebrochen"
                 ? "Volltunnel: Passwortdialog abgebrochen — Haken wieder setzen, wenn es losgehen "
                   "soll; beim nächsten Start fragt die App erneut"
                 : "Volltunnel: " + *grund;
-        a_.haupt.async([this, hinweis] {
-            speicher_.aendere([&](Zustand& z) { z.meldung = hinweis; });
-            schalteVolltunnelAus(false); // the stored wish stays: the next start of the program tries again
-        });
+        // The stored wish stays: the next start of the program tries again.
+        anschluesse_.haupt.async([this] { schalteVolltunnelAus(false); });
         return;
     }
-    if (!laeuft) { // it came up and has gone again before we heard: by our request, or by itself
-        if (tunnel_.volltunnel().stoppGebeten())
+    if (!tunnel_.laeuft()) { // it came up and has gone again before we heard: by our request, or by itself
+        if (tunnel_.stoppGebeten())
             return volltunnelNachziehen();
-        return volltunnelZurueckgebaut(tunnel_.volltunnel().grund());
+        return volltunnelZurueckgebaut(tunnel_.grund());
     }
     protokoll(laufzeile(auftrag));
-    speicher_.veroeffentliche([](Zustand& z) {
-        z.volltunnelLaeuft = true;
-        z.meldung.clear();
-    });
+    lageIntern_.volltunnelLaeuft = true;
+    lageIntern_.meldung.clear();
     // While the dialog stood open, the link may have gone and the user may have changed everything.
-    if (aufgeraeumt_ || tunnel_.ueberholt(auftrag, verbindung_.bewiesen())) {
+    const auto& s = schalterIntern_;
+    if (!s.volltunnelAn || !verbindung_.zuletztGueltig() || auftrag.vpnDurch != s.vpnDurch ||
+        auftrag.nurVPN != s.nurVPN) {
         volltunnelWeg();
         volltunnelNachziehen();
     }
 }
 
 void Kabel::volltunnelWeg() {
-    if (!tunnel_.nimmWeg())
+    meldeTunnelende(tunnel_.nimmWeg());
+}
+
+void Kabel::meldeTunnelende(Volltunnel::Ende ende) {
+    if (ende == Volltunnel::Ende::keinHelfer)
         return;
     protokoll("Volltunnel beendet, Routen und DNS zurückgebaut");
-    speicher_.veroeffentliche([](Zustand& z) { z.volltunnelLaeuft = false; });
+    lageIntern_.volltunnelLaeuft = false;
 }
 
 void Kabel::volltunnelPruefen() {
     if (const auto grund = tunnel_.zurueckgebaut())
-        return volltunnelZurueckgebaut(*grund);
-    if (tunnel_.aufgeschobenerFaellig(verbindung_.bewiesen()))
-        volltunnelNachziehen();
+        volltunnelZurueckgebaut(*grund);
 }
 
 void Kabel::volltunnelZurueckgebaut(const std::string& grund) {
     protokoll("Volltunnel: Helfer hat sich zurückgebaut" + (grund.empty() ? "" : " — " + grund));
-    a_.haupt.async([this, grund] {
-        speicher_.aendere([](Zustand& z) { z.volltunnelLaeuft = false; });
-        schalteVolltunnelAus(true); // it would only roll back again
-        speicher_.aendere([&](Zustand& z) {
-            z.meldung = "Volltunnel hat sich zurückgebaut" +
-                        (grund.empty() ? std::string(" (kein Netz durch den Tunnel)") : ": " + grund);
-        });
-    });
+    lageIntern_.volltunnelLaeuft = false;
+    lageIntern_.meldung = "Volltunnel hat sich zurückgebaut" +
+                          (grund.empty() ? std::string(" (kein Netz durch den Tunnel)") : ": " + grund);
+    // Stored: it would only roll back again.
+    anschluesse_.haupt.async([this] { schalteVolltunnelAus(true); });
 }
 
 } // namespace mobilsteg

@@ -1,6 +1,6 @@
 #include "kabel/Verbindung.hpp"
 
-#include "netz/ProxySteuerung.hpp"
+#include "netz/SystemProxy.hpp"
 #include "plattform/Text.hpp"
 
 #include <algorithm>
@@ -108,7 +108,7 @@ std::optional<Antwort> Verbindung::meldeAn(const std::string& id, const std::str
 std::optional<std::string> Verbindung::beweise() {
     auto adresse = handy_.austrittsIP();
     if (adresse) {
-        austritt_ = *adresse;
+        austrittIntern_ = *adresse;
         zuletztGueltig_ = true;
     }
     return adresse;
@@ -116,7 +116,7 @@ std::optional<std::string> Verbindung::beweise() {
 
 void Verbindung::verwirfBeweis() {
     zuletztGueltig_ = false;
-    austritt_.clear();
+    austrittIntern_.clear();
 }
 
 /// A run that was killed left its forward at a port that this one may not need: adb would keep it for good.

@@ -50,8 +50,8 @@ public:
     void baueAb();
 
     [[nodiscard]] Handy& handy() { return handy_; }
-    [[nodiscard]] bool bewiesen() const { return zuletztGueltig_; }
-    [[nodiscard]] const std::string& austritt() const { return austritt_; }
+    [[nodiscard]] bool zuletztGueltig() const { return zuletztGueltig_; }
+    [[nodiscard]] const std::string& austrittIntern() const { return austrittIntern_; }
     [[nodiscard]] const std::string& handyName() const { return handyName_; }
     [[nodiscard]] const std::optional<std::string>& adbPfad() const { return adbPfad_; }
     [[nodiscard]] const std::optional<std::string>& serial() const { return serial_; }
@@ -76,7 +76,7 @@ private:
     std::string handyName_;
     bool forwards_ = false;
     bool zuletztGueltig_ = false; // the path through the phone is proven
-    std::string austritt_;
+    std::string austrittIntern_;
 };
 
 } // namespace mobilsteg

@@ -44,8 +44,8 @@ struct BrowserFund {
     bool operator==(const BrowserFund&) const = default;
 };
 
-/// Everything the user interface shows. Lives on the main queue; changed only through `Zustandsspeicher`.
-struct Zustand {
+/// What the work queue knows and the user reads. It is handed over whole, so that nobody sees half a step.
+struct Lage {
     Phase phase;
     std::string handy;
     std::string klasse;
@@ -55,22 +55,34 @@ struct Zustand {
     std::string rettung;
     std::string austritt;
     bool proxyGesetzt = false;
-    std::string meldung;
-    bool proxyAutomatisch = true;
-    bool experte = false;
-    bool volltunnelAn = false;
     bool volltunnelLaeuft = false;
-    std::string profil = "reise";
-    bool vpnDurch = false;
-    bool nurVPN = false;
+    std::string meldung;
     std::vector<BrowserFund> browserOhne;
-    bool browserHinweisWeg = false;
-    std::string symbol = "cable.connector.slash";
-    std::string kurz;
     std::vector<std::string> vpnsGesichert;
     std::vector<std::string> vpnsOffen;
     std::vector<std::string> vorbei;
     std::vector<std::string> durch;
+
+    bool operator==(const Lage&) const = default;
+};
+
+/// The switches as the user set them.
+struct Schalterstellungen {
+    bool proxyAutomatisch = true;
+    bool experte = false;
+    bool volltunnelAn = false;
+    bool vpnDurch = false;
+    bool nurVPN = false;
+
+    bool operator==(const Schalterstellungen&) const = default;
+};
+
+/// Everything the user interface shows. Lives on the main queue; changed only through `Zustandsspeicher`.
+struct Zustand : Lage, Schalterstellungen {
+    std::string profil = "reise";
+    bool browserHinweisWeg = false;
+    std::string symbol = "cable.connector.slash";
+    std::string kurz;
 
     /// Any other text than "vpn", an old program's for example, is the travel profile.
     [[nodiscard]] bool profilIstVpn() const { return profil == "vpn"; }

@@ -4,9 +4,6 @@
 
 namespace mobilsteg {
 
-Zustandsspeicher::Zustandsspeicher(Schlange& haupt, Zustand anfang)
-    : haupt_(haupt), zustand_(std::move(anfang)), gemeldet_(zustand_) {}
-
 void Zustandsspeicher::veroeffentliche(Aenderung aenderung) {
     haupt_.async([this, aenderung = std::move(aenderung)] { aendere(aenderung); });
 }
@@ -28,9 +25,6 @@ Zustandsspeicher::Beobachtung Zustandsspeicher::beobachte(Beobachter beobachter)
 
 void Zustandsspeicher::melde() {
     meldungBestellt_ = false;
-    if (zustand_ == gemeldet_)
-        return;
-    gemeldet_ = zustand_;
     beobachter_.remove_if([](const auto& b) { return b.expired(); });
     // An observer may end its own or another observation while it runs.
     std::vector<Beobachtung> jetzige;
@@ -38,7 +32,7 @@ void Zustandsspeicher::melde() {
         jetzige.push_back(b.lock());
     for (const auto& b : jetzige)
         if (b)
-            (*b)(gemeldet_);
+            (*b)(zustand_);
 }
 
 } // namespace mobilsteg

@@ -6,11 +6,10 @@
 #include <functional>
 #include <list>
 #include <memory>
-#include <optional>
 
 namespace mobilsteg {
 
-/// Where the state is published: it is read and changed on the main queue only, and observers are told there.
+/// Holds the published state: it is read and changed on the main queue only, and observers are told there.
 class Zustandsspeicher {
 public:
     using Beobachter = std::function<void(const Zustand&)>;
@@ -18,7 +17,7 @@ public:
     /// Ends the observation when it goes away.
     using Beobachtung = std::shared_ptr<Beobachter>;
 
-    Zustandsspeicher(Schlange& haupt, Zustand anfang);
+    Zustandsspeicher(Schlange& haupt, Zustand anfang) : haupt_(haupt), zustand_(std::move(anfang)) {}
 
     /// From any queue: queues the change on the main queue.
     void veroeffentliche(Aenderung aenderung);
@@ -29,8 +28,8 @@ public:
     /// Main queue only.
     [[nodiscard]] const Zustand& zustand() const { return zustand_; }
 
-    /// Main queue only. `beobachter` runs there after changes that really changed something, once for all
-    /// that had come together by then.
+    /// Main queue only. `beobachter` runs there after changes, once for all that had come together by then.
+    /// What it draws may be the same as before.
     [[nodiscard]] Beobachtung beobachte(Beobachter beobachter);
 
 private:
@@ -38,27 +37,8 @@ private:
 
     Schlange& haupt_;
     Zustand zustand_;
-    Zustand gemeldet_;
     bool meldungBestellt_ = false;
     std::list<std::weak_ptr<Beobachter>> beobachter_;
-};
-
-/// What one queue published last. The main thread is not woken to be told the same again.
-template <class Wert>
-class Zuletzt {
-public:
-    /// Whether `wert` differs from last time; remembers it.
-    [[nodiscard]] bool neu(const Wert& wert) {
-        if (wert_ == wert)
-            return false;
-        wert_ = wert;
-        return true;
-    }
-    /// The state was changed by somebody else: the next value is new, whichever it is.
-    void vergiss() { wert_.reset(); }
-
-private:
-    std::optional<Wert> wert_;
 };
 
 } // namespace mobilsteg

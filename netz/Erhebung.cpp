@@ -70,9 +70,9 @@ Erhebung::Vpns Erhebung::vpns(bool tunnelLaeuft) {
     if (tunnelLaeuft)
         bericht = liesTunnelbericht(liesDatei(tunnelbericht_).value_or(""));
 
-    ziele_ = liste_ips(bericht.eintraege);
-    std::sort(ziele_.begin(), ziele_.end());
-    ziele_.erase(std::unique(ziele_.begin(), ziele_.end()), ziele_.end());
+    vpnZieleIntern_ = liste_ips(bericht.eintraege);
+    std::sort(vpnZieleIntern_.begin(), vpnZieleIntern_.end());
+    vpnZieleIntern_.erase(std::unique(vpnZieleIntern_.begin(), vpnZieleIntern_.end()), vpnZieleIntern_.end());
 
     Vpns vpns{bericht.eintraege, {}};
     const auto liste = laeufer_(orte_.imSystem("/usr/sbin/scutil"), {"--nc", "list"}, scutilSekunden);

@@ -23,12 +23,12 @@ public:
         bool operator==(const Vpns&) const = default;
     };
 
-    /// Looks for VPNs; remembers the secured ones' addresses in `ziele`. Blocks for up to 8 s; work queue
-    /// only.
+    /// Looks for VPNs; remembers the secured ones' addresses in `vpnZieleIntern`. Blocks for up to 8 s; work
+    /// queue only.
     [[nodiscard]] Vpns vpns(bool tunnelLaeuft);
 
     /// Addresses of the VPN servers found last, unique and ascending. Work queue only.
-    [[nodiscard]] const std::vector<std::string>& ziele() const { return ziele_; }
+    [[nodiscard]] const std::vector<std::string>& vpnZieleIntern() const { return vpnZieleIntern_; }
 
     struct Verbindungen {
         std::vector<std::string> durch;  ///< programs whose connections take the proxy, most first, at most 8
@@ -58,7 +58,7 @@ private:
     Laeufer laeufer_;
     Orte orte_;
     std::string tunnelbericht_;
-    std::vector<std::string> ziele_;
+    std::vector<std::string> vpnZieleIntern_;
 };
 
 } // namespace mobilsteg

@@ -1,6 +1,9 @@
 #include "netz/SystemProxy.hpp"
 
+#include "handy/Ports.hpp"
 #include "plattform/Text.hpp"
+
+#include <algorithm>
 
 namespace mobilsteg {
 
@@ -8,7 +11,14 @@ namespace {
 
 constexpr double fragenSekunden = 5;
 constexpr double aendernSekunden = 10;
-const std::string merkschluessel = "proxy.dienst";
+constexpr const char* merkschluessel = "proxy.dienst";
+constexpr const char* eigeneAdresse = "127.0.0.1";
+
+/// networksetup's answer about a service that was renamed or removed.
+bool kenntDienstNicht(const Ergebnis& ergebnis) {
+    return ergebnis.status != 0 &&
+           SystemProxy::fehlertext(ergebnis).find("is not a recognized network service") != std::string::npos;
+}
 
 } // namespace
 
@@ -24,58 +34,94 @@ std::optional<std::string> SystemProxy::dienst() const {
     // Without a default route the tool still ends with status 0: only its text tells.
     const auto route = laeufer_(orte_.imSystem("/sbin/route"), {"-n", "get", "default"}, fragenSekunden);
     const auto reihenfolge = networksetup({"-listnetworkserviceorder"}, fragenSekunden);
-    return dienstFuer(schnittstelle(route.ausgabe), reihenfolge.ausgabe);
+    return dienstFuer(schnittstelle(route.ausgabe), liesDienste(reihenfolge.ausgabe));
 }
 
-std::optional<std::string> SystemProxy::setzen(const std::string& dienst, int port) {
-    // Written down first: whoever dies between the tool's work and the remembering would leave the proxy on
-    // for good.
-    const auto vorher = ungewisse_.lies();
-    auto jetzt = vorher;
-    jetzt.insert(dienst);
-    if (const auto anderer = gemerkterDienst(); anderer && *anderer != dienst)
-        jetzt.insert(*anderer); // it was to be switched off and could not; the next line forgets it
-    ungewisse_.schreibe(jetzt);
+SystemProxy::Setzung SystemProxy::setze() {
+    const auto gefunden = dienst();
+    if (!gefunden)
+        return {Ausgang::keinDienst, ""};
+    if (const auto grund = setzen(*gefunden))
+        return {Ausgang::misslungen, *grund};
+    dienst_ = gefunden;
+    proxyGesetztIntern_ = true;
+    return {Ausgang::gesetzt, *gefunden};
+}
 
-    const auto adresse =
-        networksetup({"-setsocksfirewallproxy", dienst, "127.0.0.1", std::to_string(port)}, aendernSekunden);
-    if (adresse.status != 0) {
-        // The address alone switches the proxy on. What refused has changed nothing; nor is a proxy of the
-        // user's own to be switched off then.
-        if (abgeschnitten(adresse))
-            (void)schalteAus(dienst);
-        else
-            ungewisse_.schreibe(vorher);
-        return fehlertext(adresse);
-    }
-    const auto an = networksetup({"-setsocksfirewallproxystate", dienst, "on"}, aendernSekunden);
-    if (an.status != 0) {
-        (void)schalteAus(dienst); // a tool that was cut off may have done its work all the same
-        return fehlertext(an);
+std::optional<std::string> SystemProxy::setzen(const std::string& dienst) {
+    // Noted before the tool runs: a crash between its work and the remembering would leave the proxy on.
+    auto noten = ungewisse_.lies();
+    noten.insert(dienst);
+    if (const auto anderer = gemerkterDienst(); anderer && *anderer != dienst)
+        noten.insert(*anderer); // it could not be switched off so far, and its key is about to be replaced
+    ungewisse_.schreibe(noten);
+
+    auto ergebnis = networksetup({"-setsocksfirewallproxy", dienst, eigeneAdresse, std::to_string(socksPort)},
+                                 aendernSekunden);
+    if (ergebnis.status == 0)
+        ergebnis = networksetup({"-setsocksfirewallproxystate", dienst, "on"}, aendernSekunden);
+    if (ergebnis.status != 0) {
+        // The address alone switches the proxy on, and a tool that was cut off may have done its work. One
+        // that merely refused has changed nothing, and a proxy of the user's own must stay: so look.
+        (void)klaereUngewisse();
+        return fehlertext(ergebnis);
     }
     einstellungen_.setzeText(merkschluessel, dienst);
     ungewisse_.vergiss(dienst);
     return std::nullopt;
 }
 
+std::optional<SystemProxy::Wegnahme> SystemProxy::nimmWeg() {
+    const auto gemerkt = gemerkterDienst();
+    if (!proxyGesetztIntern_ && !gemerkt)
+        return std::nullopt;
+    const std::string dienst = dienst_ ? *dienst_ : gemerkt.value_or("Wi-Fi");
+    proxyGesetztIntern_ = false;
+    return Wegnahme{dienst, entfernen(dienst)};
+}
+
 std::optional<std::string> SystemProxy::entfernen(const std::string& dienst) {
     const auto aus = schalteAus(dienst);
-    if (aus.status != 0)
+    if (aus.status != 0 && !kenntDienstNicht(aus))
         return fehlertext(aus);
+    if (const auto anderer = gemerkterDienst(); anderer && *anderer != dienst)
+        ungewisse_.merke(*anderer);
     einstellungen_.entferne(merkschluessel);
-    return std::nullopt;
+    ungewisse_.vergiss(dienst);
+    return aus.status == 0 ? std::nullopt : std::optional(fehlertext(aus));
 }
 
 Ergebnis SystemProxy::schalteAus(const std::string& dienst) {
-    auto aus = networksetup({"-setsocksfirewallproxystate", dienst, "off"}, aendernSekunden);
-    if (aus.status == 0)
-        ungewisse_.vergiss(dienst);
-    return aus;
+    return networksetup({"-setsocksfirewallproxystate", dienst, "off"}, aendernSekunden);
 }
 
-void SystemProxy::nimmUngewisseZurueck() {
-    for (const auto& dienst : ungewisse_.lies())
-        (void)schalteAus(dienst);
+std::vector<std::string> SystemProxy::klaereUngewisse() {
+    std::vector<std::string> verschwundene;
+    for (const auto& dienst : ungewisse_.lies()) {
+        const Ziel wohin = ziel(dienst);
+        if (wohin == Ziel::keinDienst)
+            verschwundene.push_back(dienst);
+        if (wohin == Ziel::unbekannt || (wohin == Ziel::wir && schalteAus(dienst).status != 0))
+            continue;
+        ungewisse_.vergiss(dienst);
+    }
+    return verschwundene;
+}
+
+SystemProxy::Ziel SystemProxy::ziel(const std::string& dienst) const {
+    const auto antwort = networksetup({"-getsocksfirewallproxy", dienst}, fragenSekunden);
+    if (antwort.status != 0)
+        return kenntDienstNicht(antwort) ? Ziel::keinDienst : Ziel::unbekannt;
+    return zeigtAufUns(antwort.ausgabe) ? Ziel::wir : Ziel::andere;
+}
+
+std::optional<std::vector<Netzwerkdienst>> SystemProxy::dienste(std::string& grund) const {
+    const auto liste = networksetup({"-listnetworkserviceorder"}, fragenSekunden);
+    auto gelesene = liesDienste(liste.ausgabe);
+    if (liste.status == 0 && !gelesene.empty())
+        return gelesene;
+    grund = fehlertext(liste);
+    return std::nullopt;
 }
 
 std::optional<std::string> SystemProxy::gemerkterDienst() const {
@@ -96,38 +142,47 @@ std::optional<std::string> SystemProxy::schnittstelle(std::string_view routeAusg
     return std::nullopt;
 }
 
-std::optional<std::string> SystemProxy::dienstFuer(const std::optional<std::string>& schnittstelle,
-                                                   std::string_view reihenfolge) {
-    std::optional<std::string> laufender;
-    std::optional<std::string> ersatz;
+std::vector<Netzwerkdienst> SystemProxy::liesDienste(std::string_view reihenfolge) {
+    std::vector<Netzwerkdienst> dienste;
+    bool benannt = false; // the last service line had a name; a nameless one owns the lines below it, too
     for (const auto roh : teile(reihenfolge, '\n')) {
         const auto zeile = ohneRandblanks(roh);
         if (zeile.starts_with("(Hardware Port:")) {
-            // The line belongs to the service above it. The parenthesis keeps en1 from matching en10.
-            if (schnittstelle && laufender &&
-                zeile.find("Device: " + *schnittstelle + ")") != std::string_view::npos)
-                return laufender;
+            if (benannt)
+                dienste.back().anschluss += std::string(zeile) + "\n";
         } else if (const auto zu = zeile.find(')'); zeile.starts_with('(') && zu != std::string_view::npos) {
             const auto name = ohneRandblanks(zeile.substr(zu + 1));
-            laufender = name.empty() ? std::nullopt : std::optional(std::string(name));
-            if (!ersatz && laufender && !zeile.starts_with("(*)"))
-                ersatz = laufender;
+            benannt = !name.empty();
+            if (benannt)
+                dienste.push_back({std::string(name), !zeile.starts_with("(*)"), ""});
         }
     }
-    return ersatz;
+    return dienste;
 }
 
-std::vector<std::string> SystemProxy::dienste(std::string_view reihenfolge) {
-    std::vector<std::string> namen;
-    for (const auto roh : teile(reihenfolge, '\n')) {
-        const auto zeile = ohneRandblanks(roh);
-        const auto zu = zeile.find(')');
-        if (!zeile.starts_with('(') || zeile.starts_with("(Hardware Port:") || zu == std::string_view::npos)
-            continue;
-        if (const auto name = ohneRandblanks(zeile.substr(zu + 1)); !name.empty())
-            namen.emplace_back(name);
+std::optional<std::string> SystemProxy::dienstFuer(const std::optional<std::string>& schnittstelle,
+                                                   const std::vector<Netzwerkdienst>& dienste) {
+    const auto ersterMit = [&](const auto& passt) {
+        const auto treffer = std::find_if(dienste.begin(), dienste.end(), passt);
+        return treffer == dienste.end() ? std::nullopt : std::optional(treffer->name);
+    };
+    if (schnittstelle) {
+        const std::string geraet = "Device: " + *schnittstelle + ")"; // so that en1 does not match en10
+        if (auto treffer =
+                ersterMit([&](const auto& d) { return d.anschluss.find(geraet) != std::string::npos; }))
+            return treffer;
     }
-    return namen;
+    return ersterMit([](const auto& d) { return d.eingeschaltet; });
+}
+
+bool SystemProxy::zeigtAufUns(std::string_view ausgabe) {
+    const auto zeilen = teile(ausgabe, '\n');
+    const auto hat = [&](const std::string& gesuchte) {
+        return std::any_of(zeilen.begin(), zeilen.end(),
+                           [&](auto zeile) { return beschnitten(zeile) == gesuchte; });
+    };
+    return hat("Enabled: Yes") && hat(std::string("Server: ") + eigeneAdresse) &&
+           hat("Port: " + std::to_string(socksPort));
 }
 
 std::string SystemProxy::fehlertext(const Ergebnis& ergebnis) {

@@ -7,14 +7,20 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace mobilsteg {
 
-/// The SOCKS proxy of one of the Mac's network services, switched through the Mac's own tools. The service on
-/// which it was last switched on is remembered in the settings, so that a later run can take it back after a
-/// crash. Every operation runs one or two tools and blocks; work queue only.
-///
-/// Where the result is an optional text, absent means success and a text is the reason for failure.
+/// One entry of the Mac's list of network services.
+struct Netzwerkdienst {
+    std::string name;
+    bool eingeschaltet = false;
+    std::string anschluss; ///< the list's lines about its hardware port
+};
+
+/// The SOCKS proxy of one of the Mac's network services, switched through the Mac's own tools. What was
+/// switched on is kept in the settings, so that a later run can take it back after a crash. Work queue only;
+/// every operation runs tools and blocks for their time, except where it says otherwise.
 class SystemProxy {
 public:
     SystemProxy(Laeufer laeufer, Orte orte, Einstellungen& einstellungen);
@@ -22,35 +28,78 @@ public:
     /// The network service through which the Mac reaches the internet now; absent when none can be told.
     [[nodiscard]] std::optional<std::string> dienst() const;
 
-    /// Points the service at 127.0.0.1:`port` and switches its proxy on.
-    [[nodiscard]] std::optional<std::string> setzen(const std::string& dienst, int port);
+    enum class Ausgang { gesetzt, keinDienst, misslungen };
+    struct Setzung {
+        Ausgang ausgang;
+        std::string text; ///< the service when set, the tool's reason when failed
+    };
 
-    /// Switches the service's proxy off; the address stays configured.
+    /// Finds the service of the default route and switches its proxy to the phone's forward.
+    [[nodiscard]] Setzung setze();
+
+    struct Wegnahme {
+        std::string dienst;               ///< on which it was tried
+        std::optional<std::string> grund; ///< why it failed; absent: the proxy is off
+    };
+
+    /// Takes the proxy away if this run set it or an earlier one left it. After a failure the next call tries
+    /// again. Absent: there was nothing to take away.
+    [[nodiscard]] std::optional<Wegnahme> nimmWeg();
+
+    /// Settles the services whose proxy may be on without being remembered as set, because a switch was cut
+    /// short by the tool's failure or by this program's death: one that points at us is switched off. Returns
+    /// services that the Mac no longer has; nothing is remembered of them any more. Runs no tool when nothing
+    /// is uncertain.
+    [[nodiscard]] std::vector<std::string> klaereUngewisse();
+
+    /// Switches the service's proxy off and forgets what was remembered of it; the address stays configured.
+    /// Absent: done; else the reason for the failure.
     [[nodiscard]] std::optional<std::string> entfernen(const std::string& dienst);
 
-    /// The service on which an earlier run (or this one) left the proxy on.
+    enum class Ziel { wir, andere, unbekannt, keinDienst };
+
+    /// Where the service's SOCKS proxy points. `unbekannt`: the tool does not tell; `keinDienst`: there is no
+    /// such service any more.
+    [[nodiscard]] Ziel ziel(const std::string& dienst) const;
+
+    /// All services of the Mac, the disabled ones too. Absent: the tool does not tell; then `grund` says why.
+    [[nodiscard]] std::optional<std::vector<Netzwerkdienst>> dienste(std::string& grund) const;
+
+    /// Forgets every uncertain service, after each was looked at. Does not block.
+    void vergissUngewisse() { ungewisse_.schreibe({}); }
+
+    /// Whether this run has set the proxy. Does not block.
+    [[nodiscard]] bool gesetzt() const { return proxyGesetztIntern_; }
+
+    /// The service on which this run last set the proxy; stays after it was taken away. Does not block.
+    [[nodiscard]] const std::optional<std::string>& gesetzterDienst() const { return dienst_; }
+
+    /// The service on which an earlier run (or this one) left the proxy on. Does not block.
     [[nodiscard]] std::optional<std::string> gemerkterDienst() const;
 
-    /// Switches off what may be on beside the remembered service: where switching on or off was cut short, by
-    /// the tool's failure or by this program's death. Without such a place no tool runs.
-    void nimmUngewisseZurueck();
-
     // The reading of the tools' texts. Pure.
+
+    /// The interface in the answer of `route -n get default`; absent without a default route.
     [[nodiscard]] static std::optional<std::string> schnittstelle(std::string_view routeAusgabe);
+    [[nodiscard]] static std::vector<Netzwerkdienst> liesDienste(std::string_view reihenfolge);
+    /// The service on that interface, else the first enabled one.
     [[nodiscard]] static std::optional<std::string>
-    dienstFuer(const std::optional<std::string>& schnittstelle, std::string_view reihenfolge);
-    /// Every service in the tool's list, the disabled ones too.
-    [[nodiscard]] static std::vector<std::string> dienste(std::string_view reihenfolge);
+    dienstFuer(const std::optional<std::string>& schnittstelle, const std::vector<Netzwerkdienst>& dienste);
+    /// Whether an answer of `-getsocksfirewallproxy` names our address, switched on.
+    [[nodiscard]] static bool zeigtAufUns(std::string_view ausgabe);
     [[nodiscard]] static std::string fehlertext(const Ergebnis& ergebnis);
 
 private:
     [[nodiscard]] Ergebnis networksetup(const std::vector<std::string>& argumente, double sekunden) const;
-    Ergebnis schalteAus(const std::string& dienst);
+    [[nodiscard]] std::optional<std::string> setzen(const std::string& dienst);
+    [[nodiscard]] Ergebnis schalteAus(const std::string& dienst);
 
     Laeufer laeufer_;
     Orte orte_;
     Einstellungen& einstellungen_;
     Ruecknahmen ungewisse_; ///< services whose proxy may be on beside the remembered one's
+    bool proxyGesetztIntern_ = false;
+    std::optional<std::string> dienst_;
 };
 
 } // namespace mobilsteg

@@ -1,6 +1,6 @@
 #include "netz/Volltunnel.hpp"
 
-#include "netz/ProxySteuerung.hpp"
+#include "handy/Ports.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
 
@@ -24,14 +24,20 @@ std::string ersetzt(const std::string& text, char was, const std::string& durch)
     return neu;
 }
 
+/// What the helper wrote; what is no text counts as nothing, in the start as well as later.
+std::string fehlertext(const std::string& stoppPfad) {
+    std::string bytes = liesDatei(stoppPfad + ".fehler").value_or("");
+    return alsUtf8(bytes) == bytes ? bytes : "";
+}
+
 } // namespace
 
 std::string tunnelbefehl(const std::string& helfer, const std::string& stoppPfad,
                          const std::string& protokoll, int prozess, const Tunnelauftrag& auftrag) {
     const char* art = auftrag.nurVPN ? " -nur-vpn" : auftrag.vpnDurch ? " -vpn-durch" : "";
-    return "( '" + helfer + "' -proxy 127.0.0.1:" + std::to_string(socksPort) + " -stopp '" + stoppPfad +
-           "' -dienst '" + auftrag.dienst + "' -wache " + std::to_string(prozess) + art + " </dev/null >> '" +
-           protokoll + "' 2>&1 & ) ; echo gestartet";
+    return "( '" + helfer + "' -proxy " + amMac(socksPort) + " -stopp '" + stoppPfad + "' -dienst '" +
+           auftrag.dienst + "' -wache " + std::to_string(prozess) + art + " </dev/null >> '" + protokoll +
+           "' 2>&1 & ) ; echo gestartet";
 }
 
 std::string skriptquelle(const std::string& befehl, const std::string& grund) {
@@ -42,29 +48,37 @@ std::string skriptquelle(const std::string& befehl, const std::string& grund) {
 }
 
 Volltunnel::Volltunnel(Anschluesse anschluesse)
-    : a_(std::move(anschluesse)),
-      stoppPfad_(a_.orte.imHeim("/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp")),
-      protokollPfad_(a_.orte.imHeim("/Library/Logs/MobilstegVolltunnel.log")) {}
+    : anschluesse_(std::move(anschluesse)),
+      stoppPfad_(
+          anschluesse_.orte.imHeim("/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp")),
+      protokollPfad_(anschluesse_.orte.imHeim("/Library/Logs/MobilstegVolltunnel.log")) {}
+
+void Volltunnel::beginne() {
+    (void)nimmWeg();
+    stand_ = Stand::startet;
+}
 
 std::optional<std::string> Volltunnel::start(const Tunnelauftrag& auftrag) {
-    const std::string helfer = a_.ressourcen.value_or("") + "/mobilsteg-volltunnel";
-    if (!a_.ressourcen || !istAusfuehrbar(helfer))
+    const std::string helfer = anschluesse_.ressourcen.value_or("") + "/mobilsteg-volltunnel";
+    if (!anschluesse_.ressourcen || !istAusfuehrbar(helfer))
         return "Helfer mobilsteg-volltunnel fehlt im Bundle";
     legeElternordnerAn(stoppPfad_);
     std::remove(stoppPfad_.c_str()); // an old request would stop the new helper at once
-    if (aufgegeben_) {
+    if (stand_ == Stand::beendet) {
         bitteUmStopp(); // that may just have been the last one
         return "Das Programm endet";
     }
+    // Before the script and not behind it: a helper that fails at once leaves its reason by then.
+    std::remove((stoppPfad_ + ".fehler").c_str());
     const auto befehl = tunnelbefehl(helfer, stoppPfad_, protokollPfad_, ::getpid(), auftrag);
-    if (auto grund = fuehreSkriptAus(skriptquelle(befehl, a_.variante.adminGrund())))
+    if (auto grund = fuehreSkriptAus(skriptquelle(befehl, anschluesse_.variante.adminGrund())))
         return grund;
     return warteAufHelfer();
 }
 
 std::optional<std::string> Volltunnel::fuehreSkriptAus(const std::string& quelle) {
     std::optional<Skriptfehler> fehler;
-    a_.haupt.sync([&] { fehler = a_.skript.fuehreAus(quelle); });
+    anschluesse_.haupt.sync([&] { fehler = anschluesse_.skript.fuehreAus(quelle); });
     if (!fehler)
         return std::nullopt;
     if (fehler->nichtGebaut)
@@ -75,69 +89,70 @@ std::optional<std::string> Volltunnel::fuehreSkriptAus(const std::string& quelle
 }
 
 std::optional<std::string> Volltunnel::warteAufHelfer() {
-    std::remove((stoppPfad_ + ".fehler").c_str());
     for (int blick = 0; blick <= startblicke; ++blick) {
         if (blick > 0)
-            a_.uhr.schlafe(blickabstand);
+            anschluesse_.uhr.schlafe(blickabstand);
         if (markeLiegt())
             return std::nullopt;
-        if (const auto fehler = fehlertext(); !fehler.empty())
+        if (const auto fehler = fehlertext(stoppPfad_); !fehler.empty())
             return "zurückgebaut — " + std::string(beschnitten(fehler));
     }
     bitteUmStopp(); // one that comes up after all must not run unseen
     return "Helfer meldet sich nicht (siehe " + protokollPfad_ + ")";
 }
 
-void Volltunnel::bitteUmStopp() {
-    legeElternordnerAn(stoppPfad_);
-    schreibeAtomar(stoppPfad_, "", Haltbarkeit::fluechtig);
+void Volltunnel::beendeStart(bool gelungen) {
+    if (stand_ == Stand::startet)
+        stand_ = gelungen && markeLiegt() ? Stand::laeuft : Stand::ruht;
 }
 
-void Volltunnel::gibAuf() {
-    aufgegeben_ = true; // before the request, or a start that removes it would not know
+Volltunnel::Ende Volltunnel::stopp() {
     bitteUmStopp();
+    for (int blick = 0; blick < stoppblicke && markeLiegt(); ++blick)
+        anschluesse_.uhr.schlafe(blickabstand);
+    const Ende ende = markeLiegt() ? Ende::verstummt : Ende::gegangen;
+    // Or each later tick would wait for a dead helper again, and the proxy behind it would stay.
+    if (stoppGebeten())
+        std::remove((stoppPfad_ + ".laeuft").c_str());
+    if (stand_ == Stand::laeuft)
+        stand_ = Stand::ruht;
+    return ende;
 }
 
-bool Volltunnel::bestaetige() {
-    laeuft_ = markeLiegt();
-    return laeuft_;
+Volltunnel::Ende Volltunnel::nimmWeg() {
+    return laeuft() || markeLiegt() ? stopp() : Ende::keinHelfer;
 }
 
-bool Volltunnel::stoppeUebriggebliebenen() {
-    stopp();
-    if (!markeLiegt())
-        return true;
-    entferneMarke();
-    return false;
+Volltunnel::Ende Volltunnel::beendeFuerImmer() {
+    // The state first: a start that removes the request looks at the state behind that.
+    const Stand vorher = stand_.exchange(Stand::beendet);
+    if (vorher == Stand::startet)
+        bitteUmStopp();
+    return vorher == Stand::laeuft || markeLiegt() ? stopp() : Ende::keinHelfer;
 }
 
-void Volltunnel::entferneMarke() {
-    std::remove((stoppPfad_ + ".laeuft").c_str());
+std::optional<std::string> Volltunnel::zurueckgebaut() {
+    if (!laeuft() || markeLiegt())
+        return std::nullopt;
+    (void)stopp();
+    return grund();
 }
 
 bool Volltunnel::stoppGebeten() const {
     return existiert(stoppPfad_);
 }
 
-void Volltunnel::stopp() {
-    bitteUmStopp();
-    for (int blick = 0; blick < stoppblicke && markeLiegt(); ++blick)
-        a_.uhr.schlafe(blickabstand);
-    laeuft_ = false;
-}
-
 bool Volltunnel::markeLiegt() const {
     return existiert(stoppPfad_ + ".laeuft");
 }
 
-/// What the helper wrote; what is no text counts as nothing, in the start as well as later.
-std::string Volltunnel::fehlertext() const {
-    std::string bytes = liesDatei(stoppPfad_ + ".fehler").value_or("");
-    return alsUtf8(bytes) == bytes ? bytes : "";
+std::string Volltunnel::grund() const {
+    return std::string(beschnitten(fehlertext(stoppPfad_)));
 }
 
-std::string Volltunnel::grund() const {
-    return std::string(beschnitten(fehlertext()));
+void Volltunnel::bitteUmStopp() {
+    legeElternordnerAn(stoppPfad_);
+    schreibeAtomar(stoppPfad_, "", Haltbarkeit::fluechtig);
 }
 
 } // namespace mobilsteg

@@ -31,9 +31,16 @@ struct Tunnelauftrag {
 /// Pure.
 [[nodiscard]] std::string skriptquelle(const std::string& befehl, const std::string& grund);
 
-/// Starts and stops the privileged helper. The two sides talk through files next to the stop file only.
+/// The privileged helper: started through the administrator's password dialog, stopped through a file. The
+/// two sides talk through files next to the stop file only. Work queue only, except `start`.
+///
+///     ruht --beginne--> startet --beendeStart--> laeuft --stopp--> ruht
+///
+/// A failed start leads back to `ruht`; `beendeFuerImmer` leads from everywhere to `beendet`, for good.
 class Volltunnel {
 public:
+    enum class Stand { ruht, startet, laeuft, beendet };
+
     struct Anschluesse {
         Schlange& haupt; ///< where the script runs
         Uhr& uhr;
@@ -45,34 +52,39 @@ public:
 
     explicit Volltunnel(Anschluesse anschluesse);
 
-    /// Asks for the administrator's password and starts the helper. Blocks until it reports that it runs: for
-    /// up to 40 s and as long as the user sits before the dialog. On the queue "volltunnel.start", never
-    /// while that or the main queue is waited for. Absent: it runs; a text is the reason why not.
+    [[nodiscard]] Stand stand() const { return stand_; }
+
+    /// The helper has confirmed that it runs, and has not been stopped since.
+    [[nodiscard]] bool laeuft() const { return stand_ == Stand::laeuft; }
+
+    /// Marks a start as under way, in `ruht` only. A helper whose mark still lies there is stopped before;
+    /// that blocks for up to 10 s.
+    void beginne();
+
+    /// The start itself, after `beginne`, on the queue "volltunnel.start": asks for the administrator's
+    /// password and starts the helper. Blocks until it reports that it runs: for up to 40 s and as long as
+    /// the user sits before the dialog. Absent: it runs; a text is the reason why not.
     [[nodiscard]] std::optional<std::string> start(const Tunnelauftrag& auftrag);
 
-    /// After a start that succeeded, back on the work queue: from now on it counts as running. False: it was
-    /// stopped or went in the meantime.
-    bool bestaetige();
+    /// Back on the work queue: the start has ended, `gelungen` when the helper came up. Whether it still runs
+    /// is in `laeuft()`.
+    void beendeStart(bool gelungen);
 
-    /// Asks the helper to take everything down and waits up to 10 s for it. Work queue.
-    void stopp();
+    /// Asks a helper, also one that an earlier run left, to take everything down, and waits up to 10 s for
+    /// it. A mark that outlives this is a dead helper's and is removed.
+    enum class Ende { keinHelfer, gegangen, verstummt };
+    Ende nimmWeg();
 
-    /// The same for a helper that an earlier run left. Its own watch should have ended it long ago: a mark
-    /// that outlives the request as well is a dead helper's, and is removed; then false. Work queue.
-    bool stoppeUebriggebliebenen();
+    /// The same at the program's end: from now on none is started any more, and one that is only coming up
+    /// finds the request to go.
+    Ende beendeFuerImmer();
 
-    /// Removes the mark of a helper that is dead for certain.
-    void entferneMarke();
+    /// Whether a running helper has gone by itself. If so it counts as stopped, and its reason (empty when it
+    /// left none) is returned.
+    [[nodiscard]] std::optional<std::string> zurueckgebaut();
 
-    /// Whether the request to stop lies there: whoever goes now goes because we asked.
+    /// Whether the request to stop lies there: a helper that goes now goes because we asked.
     [[nodiscard]] bool stoppGebeten() const;
-
-    /// Leaves the request to stop without waiting for anything; a helper that is only just coming up finds
-    /// it, and none is started any more. Work queue.
-    void gibAuf();
-
-    /// The helper has confirmed that it runs, and has not been stopped since. Work queue.
-    [[nodiscard]] bool laeuft() const { return laeuft_; }
 
     /// Whether a helper's mark lies there, ours or one that an earlier run left.
     [[nodiscard]] bool markeLiegt() const;
@@ -88,13 +100,12 @@ private:
     [[nodiscard]] std::optional<std::string> fuehreSkriptAus(const std::string& quelle);
     [[nodiscard]] std::optional<std::string> warteAufHelfer();
     void bitteUmStopp();
-    [[nodiscard]] std::string fehlertext() const;
+    Ende stopp();
 
-    Anschluesse a_;
+    Anschluesse anschluesse_;
     std::string stoppPfad_;
     std::string protokollPfad_;
-    bool laeuft_ = false;
-    std::atomic<bool> aufgegeben_ = false; // read on "volltunnel.start", written on the work queue
+    std::atomic<Stand> stand_ = Stand::ruht; // written on the work queue, read by `start` as well
 };
 
 } // namespace mobilsteg

@@ -1,10 +1,24 @@
 #pragma once
 
 #include "app/Befehlszeile.hpp"
+#include "handy/Adb.hpp"
+#include "netz/SystemProxy.hpp"
+#include "plattform/Adapter.hpp"
 
 #include <string>
 
 namespace mobilsteg {
+
+/// What the program's services look at without a controller.
+struct Umfeld {
+    Umfeld(const Befehlszeile& zeile, const std::string& kennung);
+
+    Orte orte;
+    Buendel buendel;
+    Einstellungsort ablage;
+    SystemProxy proxy;
+    Adb adb;
+};
 
 /// `--aufraeumen`: takes back what any earlier run left on the Mac and says in German what it found and did.
 /// Needs neither phone nor adb nor display, trusts no settings file, and works beside a running copy. Blocks
