@@ -69,7 +69,7 @@ void beendeHelfer(const Umfeld& umfeld) {
     const auto skript = adminskriptFuer(umfeld.orte);
     const Variante variante(umfeld.buendel, *umfeld.ablage.speicher);
     Volltunnel volltunnel({haupt, uhr, *skript, variante, umfeld.buendel.ressourcen, umfeld.orte});
-    switch (volltunnel.nimmWeg()) {
+    switch (volltunnel.raeumeWeg()) {
     case Volltunnel::Ende::keinHelfer:
         return sage("Volltunnel: keiner läuft");
     case Volltunnel::Ende::gegangen:

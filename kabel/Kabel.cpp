@@ -49,7 +49,7 @@ void Kabel::uebergib() {
 
 void Kabel::raeumeUebriggebliebenesWeg() {
     (void)nimmProxyWeg();
-    (void)tunnel_.nimmWeg();
+    (void)tunnel_.raeumeWeg();
 }
 
 void Kabel::schritt() {
@@ -294,7 +294,10 @@ void Kabel::berichteSenden() {
 
 void Kabel::rotiere() {
     ++rotation_;
-    auto leiste = menueleiste(speicher_.zustand(), rotation_);
+    const auto& zustand = speicher_.zustand();
+    auto leiste = menueleiste(zustand, rotation_);
+    if (leiste == Menueleiste{zustand.symbol, zustand.kurz})
+        return;
     speicher_.aendere([&](Zustand& z) {
         z.symbol = std::move(leiste.symbol);
         z.kurz = std::move(leiste.kurz);

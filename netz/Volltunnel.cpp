@@ -54,7 +54,7 @@ Volltunnel::Volltunnel(Anschluesse anschluesse)
       protokollPfad_(anschluesse_.orte.imHeim("/Library/Logs/MobilstegVolltunnel.log")) {}
 
 void Volltunnel::beginne() {
-    (void)nimmWeg();
+    (void)raeumeWeg();
     stand_ = Stand::startet;
 }
 
@@ -106,13 +106,12 @@ void Volltunnel::beendeStart(bool gelungen) {
         stand_ = gelungen && markeLiegt() ? Stand::laeuft : Stand::ruht;
 }
 
-Volltunnel::Ende Volltunnel::stopp() {
+Volltunnel::Ende Volltunnel::stopp(bool entferneMarke) {
     bitteUmStopp();
     for (int blick = 0; blick < stoppblicke && markeLiegt(); ++blick)
         anschluesse_.uhr.schlafe(blickabstand);
     const Ende ende = markeLiegt() ? Ende::verstummt : Ende::gegangen;
-    // Or each later tick would wait for a dead helper again, and the proxy behind it would stay.
-    if (stoppGebeten())
+    if (entferneMarke && stoppGebeten())
         std::remove((stoppPfad_ + ".laeuft").c_str());
     if (stand_ == Stand::laeuft)
         stand_ = Stand::ruht;
@@ -120,7 +119,12 @@ Volltunnel::Ende Volltunnel::stopp() {
 }
 
 Volltunnel::Ende Volltunnel::nimmWeg() {
-    return laeuft() || markeLiegt() ? stopp() : Ende::keinHelfer;
+    // Asked before and still there: dead. Each later tick would wait for it again, the proxy behind it.
+    return laeuft() || markeLiegt() ? stopp(stoppGebeten()) : Ende::keinHelfer;
+}
+
+Volltunnel::Ende Volltunnel::raeumeWeg() {
+    return markeLiegt() ? stopp(true) : Ende::keinHelfer;
 }
 
 Volltunnel::Ende Volltunnel::beendeFuerImmer() {
@@ -128,13 +132,13 @@ Volltunnel::Ende Volltunnel::beendeFuerImmer() {
     const Stand vorher = stand_.exchange(Stand::beendet);
     if (vorher == Stand::startet)
         bitteUmStopp();
-    return vorher == Stand::laeuft || markeLiegt() ? stopp() : Ende::keinHelfer;
+    return vorher == Stand::laeuft || markeLiegt() ? stopp(false) : Ende::keinHelfer;
 }
 
 std::optional<std::string> Volltunnel::zurueckgebaut() {
     if (!laeuft() || markeLiegt())
         return std::nullopt;
-    (void)stopp();
+    (void)stopp(false);
     return grund();
 }
 

@@ -71,9 +71,12 @@ public:
     void beendeStart(bool gelungen);
 
     /// Asks a helper, also one that an earlier run left, to take everything down, and waits up to 10 s for
-    /// it. A mark that outlives this is a dead helper's and is removed.
+    /// it. One that may only be slow keeps its mark; one that was asked before is dead, and loses it.
     enum class Ende { keinHelfer, gegangen, verstummt };
     Ende nimmWeg();
+
+    /// The same where nothing may be left: its mark is removed in any case.
+    Ende raeumeWeg();
 
     /// The same at the program's end: from now on none is started any more, and one that is only coming up
     /// finds the request to go.
@@ -100,7 +103,7 @@ private:
     [[nodiscard]] std::optional<std::string> fuehreSkriptAus(const std::string& quelle);
     [[nodiscard]] std::optional<std::string> warteAufHelfer();
     void bitteUmStopp();
-    Ende stopp();
+    Ende stopp(bool entferneMarke);
 
     Anschluesse anschluesse_;
     std::string stoppPfad_;

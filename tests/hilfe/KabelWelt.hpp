@@ -1,6 +1,10 @@
 #pragma once
 
+#include "handy/Http.hpp"
 #include "kabel/Kabel.hpp"
+#include "kabel/Stand.hpp"
+#include "plattform/Adminskript.hpp"
+#include "plattform/Dialog.hpp"
 #include "probe/welt/VirtuelleWelt.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/hilfe/SpeicherEinstellungen.hpp"

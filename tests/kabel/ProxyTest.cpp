@@ -7,6 +7,7 @@
 using namespace mobilsteg;
 using namespace std::chrono_literals;
 using testing::Contains;
+using testing::Not;
 
 namespace {
 
@@ -63,11 +64,14 @@ TEST(Proxy, einVerungluecktesEntfernenWirdWiederholt) {
     w.handys.clear();
     w.laufeBisSekunde(3.5);
     EXPECT_TRUE(w.socksAn["Wi-Fi"]);
-    EXPECT_THAT(w.protokoll(), Contains("System-Proxy entfernt von Wi-Fi"));
+    w.laufeBisSekunde(9.5);
+    const auto zeilen = w.protokoll();
+    EXPECT_EQ(std::count(zeilen.begin(), zeilen.end(), "System-Proxy nicht entfernt von Wi-Fi: kaputt"), 1);
+    EXPECT_THAT(zeilen, Not(Contains("System-Proxy entfernt von Wi-Fi")));
     w.networksetupFehler.clear();
     w.handys = {Modellhandy{}};
     w.handys[0].austritt.reset(); // there it is again, but without a path
-    w.laufeBisSekunde(6.5);
+    w.laufeBisSekunde(12.5);
     EXPECT_FALSE(w.socksAn["Wi-Fi"]) << "the remembered service lets the next tick try again";
 }
 

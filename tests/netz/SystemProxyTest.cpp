@@ -1,6 +1,7 @@
 // The system proxy: the tools' texts, their calls, and what is remembered about them.
 
-#include "netz/ProxySteuerung.hpp"
+#include "netz/SystemProxy.hpp"
+
 #include "netz/Variante.hpp"
 #include "plattform/Text.hpp"
 #include "tests/hilfe/SpeicherEinstellungen.hpp"
@@ -75,7 +76,20 @@ TEST(SystemProxy, waehltDenDienstDerSchnittstelleOderDenErstenEingeschalteten) {
              {"en0", "(1) LAN\n(2 Wi-Fi\n(Hardware Port: Wi-Fi, Device: en0)", "LAN"},
              {"en7", "(*) Wi-Fi\n(Hardware Port: Wi-Fi, Device: en0)\n", std::nullopt},
              {"en0", "", std::nullopt}})
-        EXPECT_EQ(SystemProxy::dienstFuer(schnittstelle, text), soll) << schnittstelle.value_or("-") << text;
+        EXPECT_EQ(SystemProxy::dienstFuer(schnittstelle, SystemProxy::liesDienste(text)), soll)
+            << schnittstelle.value_or("-") << text;
+}
+
+TEST(SystemProxy, erkenntDenEigenenProxyInDerAntwortDesWerkzeugs) {
+    const std::string rest = "Authenticated Proxy Enabled: 0\n";
+    for (const auto& [antwort, soll] : std::vector<std::pair<std::string, bool>>{
+             {"Enabled: Yes\nServer: 127.0.0.1\nPort: 1080\n" + rest, true},
+             {" Enabled: Yes \r\n\tServer: 127.0.0.1\r\nPort: 1080\r\n", true},
+             {"Enabled: No\nServer: 127.0.0.1\nPort: 1080\n" + rest, false},
+             {"Enabled: Yes\nServer: 127.0.0.1\nPort: 10801\n" + rest, false},
+             {"Enabled: Yes\nServer: 10.0.0.1\nPort: 1080\n" + rest, false},
+             {"", false}})
+        EXPECT_EQ(SystemProxy::zeigtAufUns(antwort), soll) << antwort;
 }
 
 TEST(SystemProxy, gibtDieMeldungDesWerkzeugsWeiter) {
@@ -101,7 +115,7 @@ std::string schalter(const std::string& dienst, const std::string& stellung) {
     return netzwerk + "-setsocksfirewallproxystate|" + dienst + "|" + stellung + "|10";
 }
 
-const std::string dienst = "Wi-Fi (zu Hause) )x";
+const std::string wlan = "Wi-Fi (zu Hause) )x";
 const Ergebnis gut{0, "", ""};
 
 /// What comes first on a Mac whose one service is „LAN“.
@@ -111,87 +125,110 @@ std::vector<Drehbuch::Auftritt> aufLAN(std::initializer_list<Drehbuch::Auftritt>
     return alle;
 }
 
-/// The control on a script of its own; the settings outlive it as those of the user do.
+std::string frage(const std::string& dienst) {
+    return netzwerk + "-getsocksfirewallproxy|" + dienst + "|5";
+}
+
+const Ergebnis nein{14, "", "verboten"};
+const Ergebnis zeigtAufUns{0, "Enabled: Yes\nServer: 127.0.0.1\nPort: 1080\n", ""};
+const Ergebnis zeigtWoandershin{0, "Enabled: Yes\nServer: 10.0.0.1\nPort: 1080\n", ""};
+const Ergebnis unbekannterDienst{4, "X is not a recognized network service.\n", ""};
+
+/// A run of the program on a script of its own; the settings outlive it as those of the user do.
 struct Lauf {
     Lauf(Einstellungen& einstellungen, std::vector<Drehbuch::Auftritt> auftritte)
-        : drehbuch(std::move(auftritte)),
-          steuerung(SystemProxy(drehbuch.laeufer(), {"/heim", "/w"}, einstellungen)) {}
+        : drehbuch(std::move(auftritte)), proxy(drehbuch.laeufer(), {"/heim", "/w"}, einstellungen) {}
     Drehbuch drehbuch;
-    ProxySteuerung steuerung;
+    SystemProxy proxy;
 };
 
-TEST(ProxySteuerung, setztUndNimmtWegAufDemGefundenenDienst) {
+TEST(SystemProxy, setztUndNimmtWegAufDemGefundenenDienst) {
     SpeicherEinstellungen e;
     Lauf lauf(e, {{route, {1, "interface: en1", "its status does not count"}},
                   {liste, {1, reihenfolge, ""}},
-                  {adresse(dienst), {0, "", "nor what a success says"}},
-                  {schalter(dienst, "on"), gut},
-                  {schalter(dienst, "off"), gut}});
-    ProxySteuerung& s = lauf.steuerung;
-    const auto [ausgang, text] = s.setze();
-    EXPECT_EQ(ausgang, ProxySteuerung::Ausgang::gesetzt);
-    EXPECT_EQ(text, dienst);
-    EXPECT_EQ(e.text("proxy.dienst"), dienst);
-    e.setzeText("proxy.dienst", "anderer"); // by a second program; this one undoes its own deed
-    EXPECT_TRUE(s.gesetzt());
-    EXPECT_EQ(s.nimmWeg(), dienst);
-    EXPECT_FALSE(s.gesetzt() || e.text("proxy.dienst"));
-    EXPECT_EQ(s.dienst(), dienst);
-    EXPECT_EQ(s.nimmWeg(), std::nullopt) << "nothing to take away: no tool runs";
+                  {adresse(wlan), {0, "", "nor what a success says"}},
+                  {schalter(wlan, "on"), gut},
+                  {schalter(wlan, "off"), gut}});
+    const auto [ausgang, text] = lauf.proxy.setze();
+    EXPECT_EQ(ausgang, SystemProxy::Ausgang::gesetzt);
+    EXPECT_EQ(text, wlan);
+    EXPECT_TRUE(lauf.proxy.gesetzt());
+    EXPECT_EQ(e.text("proxy.dienst"), wlan);
+    EXPECT_FALSE(e.text("proxy.ungewiss"));
+    const auto wegnahme = lauf.proxy.nimmWeg();
+    EXPECT_TRUE(wegnahme && wegnahme->dienst == wlan && !wegnahme->grund);
+    EXPECT_TRUE(e.werte.empty() && !lauf.proxy.gesetzt());
+    EXPECT_EQ(lauf.proxy.gesetzterDienst(), wlan);
+    EXPECT_FALSE(lauf.proxy.nimmWeg()) << "nothing to take away: no tool runs";
 }
 
-TEST(ProxySteuerung, merktSichNurGanzeErfolge) {
-    using enum ProxySteuerung::Ausgang;
+TEST(SystemProxy, nachEinemMisslungenenSetzenWirdNachgesehen) {
+    using enum SystemProxy::Ausgang;
     const std::string setze = adresse("LAN");
     const std::string an = schalter("LAN", "on");
     const std::string aus = schalter("LAN", "off");
-    const Ergebnis fremd{4, "fremd\n", ""};
-    const Ergebnis abgeschnitten{15, "", ""}; // it may have done its work all the same
-    for (const auto& [auftritte, ausgang, text] :
-         std::vector<std::tuple<std::vector<Drehbuch::Auftritt>, ProxySteuerung::Ausgang, std::string>>{
-             {{{route, {-1, "", "x"}}, {liste, gut}}, keinDienst, ""},
-             {aufLAN({{setze, fremd}}), misslungen, "fremd"},
-             {aufLAN({{setze, abgeschnitten}, {aus, gut}}), misslungen, "networksetup: Rückgabe 15"},
-             {aufLAN({{setze, gut}, {an, {14, "", ""}}, {aus, gut}}), misslungen,
-              "networksetup: Rückgabe 14"}}) {
+    const Ergebnis getoetet{9, "", ""}; // behind its work or before it
+    for (const auto& [auftritte, ausgang, text, bleibt] :
+         std::vector<std::tuple<std::vector<Drehbuch::Auftritt>, SystemProxy::Ausgang, std::string, bool>>{
+             {{{route, {-1, "", "x"}}, {liste, gut}}, keinDienst, "", false},
+             {aufLAN({{setze, nein}, {frage("LAN"), zeigtWoandershin}}), misslungen, "verboten", false},
+             {aufLAN({{setze, getoetet}, {frage("LAN"), zeigtAufUns}, {aus, gut}}), misslungen,
+              "networksetup: Rückgabe 9", false},
+             {aufLAN({{setze, gut}, {an, getoetet}, {frage("LAN"), zeigtAufUns}, {aus, nein}}), misslungen,
+              "networksetup: Rückgabe 9", true},
+             {aufLAN({{setze, gut}, {an, nein}, {frage("LAN"), nein}}), misslungen, "verboten", true}}) {
         SpeicherEinstellungen e;
         Lauf lauf(e, auftritte);
-        const auto setzung = lauf.steuerung.setze();
+        const auto setzung = lauf.proxy.setze();
         EXPECT_EQ(setzung.ausgang, ausgang);
         EXPECT_EQ(setzung.text, text);
-        EXPECT_TRUE(e.werte.empty() && !lauf.steuerung.gesetzt() && !lauf.steuerung.dienst());
+        EXPECT_EQ(e.text("proxy.ungewiss"), bleibt ? Vielleicht("LAN\n") : std::nullopt);
+        EXPECT_FALSE(e.text("proxy.dienst") || lauf.proxy.gesetzt() || lauf.proxy.gesetzterDienst());
     }
 }
 
-TEST(ProxySteuerung, vergisstKeinenDienstDessenProxyNochAnSeinKann) {
+TEST(SystemProxy, ungewissesWirdGefragtUndDerEigeneProxyDesBenutzersBleibt) {
     const std::string aus = schalter("LAN", "off");
-    const Ergebnis nein{15, "", ""};
+    for (const auto& [auftritte, bleibt, verschwunden] :
+         std::vector<std::tuple<std::vector<Drehbuch::Auftritt>, bool, bool>>{
+             {{{frage("LAN"), zeigtAufUns}, {aus, gut}}, false, false},
+             {{{frage("LAN"), zeigtAufUns}, {aus, nein}}, true, false},
+             {{{frage("LAN"), zeigtWoandershin}}, false, false},
+             {{{frage("LAN"), nein}}, true, false},
+             {{{frage("LAN"), unbekannterDienst}}, false, true}}) {
+        SpeicherEinstellungen e;
+        e.setzeText("proxy.ungewiss", "LAN\n"); // by a run that died
+        Lauf lauf(e, auftritte);
+        EXPECT_EQ(lauf.proxy.klaereUngewisse().size(), verschwunden ? 1U : 0U);
+        EXPECT_EQ(!e.werte.empty(), bleibt);
+    }
+}
+
+TEST(SystemProxy, vergisstKeinenDienstDessenProxyNochAnSeinKann) {
     SpeicherEinstellungen e;
     e.setzeText("proxy.dienst", "WLAN"); // switching it off failed before
-    {
-        Lauf lauf(e, aufLAN({{adresse("LAN"), gut}, {schalter("LAN", "on"), nein}, {aus, nein}}));
-        EXPECT_EQ(lauf.steuerung.setze().ausgang, ProxySteuerung::Ausgang::misslungen);
-    }
-    { // killed and started again
-        Lauf lauf(e, {{aus, nein}, {schalter("WLAN", "off"), gut}, {schalter("WLAN", "off"), gut}});
-        lauf.steuerung.nimmUebriggebliebenenWeg();
-    }
-    Lauf lauf(e, {{aus, gut}});
-    EXPECT_EQ(lauf.steuerung.nimmWeg(), std::nullopt) << "nobody had remembered it as set";
+    Lauf lauf(e, aufLAN({{adresse("LAN"), gut},
+                         {schalter("LAN", "on"), gut},
+                         {schalter("LAN", "off"), gut},
+                         {frage("WLAN"), zeigtAufUns},
+                         {schalter("WLAN", "off"), gut}}));
+    EXPECT_EQ(lauf.proxy.setze().ausgang, SystemProxy::Ausgang::gesetzt);
+    EXPECT_EQ(e.text("proxy.ungewiss"), "WLAN\n");
+    (void)lauf.proxy.nimmWeg();
+    (void)lauf.proxy.klaereUngewisse();
     EXPECT_TRUE(e.werte.empty());
 }
 
-TEST(ProxySteuerung, raeumtHinterEinemAbsturzAufUndGibtNichtAuf) {
+TEST(SystemProxy, einMisslungenesWegnehmenWirdWiederholtBisEsDenDienstNichtMehrGibt) {
     SpeicherEinstellungen e;
     e.setzeText("proxy.dienst", "Altes WLAN");
     const std::string aus = schalter("Altes WLAN", "off");
-    Lauf lauf(e, {{aus, {14, "", "verboten"}}, {aus, {14, "", "verboten"}}, {aus, gut}});
-    lauf.steuerung.nimmUebriggebliebenenWeg();
-    EXPECT_EQ(lauf.steuerung.nimmWeg(), "Altes WLAN");
+    Lauf lauf(e, {{aus, nein}, {aus, unbekannterDienst}});
+    EXPECT_EQ(lauf.proxy.nimmWeg().value().grund, "verboten");
     EXPECT_EQ(e.text("proxy.dienst"), "Altes WLAN") << "it may still be on";
-    EXPECT_EQ(lauf.steuerung.nimmWeg(), "Altes WLAN");
+    EXPECT_EQ(lauf.proxy.nimmWeg().value().grund, "X is not a recognized network service.");
     EXPECT_TRUE(e.werte.empty());
-    lauf.steuerung.nimmUebriggebliebenenWeg();
+    EXPECT_FALSE(lauf.proxy.nimmWeg());
 }
 
 TEST(Variante, ausgabeUndProfilEntscheiden) {
