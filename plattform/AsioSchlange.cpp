@@ -8,7 +8,9 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <deque>
 #include <future>
+#include <mutex>
 #include <thread>
 
 namespace mobilsteg {
@@ -24,35 +26,60 @@ Dauer naechsterTakt(Dauer letzte, Dauer periode, Dauer jetzt) {
     return letzte + periode * ((jetzt - letzte) / periode + 1);
 }
 
+void Schlange::sync(Aufgabe aufgabe) {
+    if (istHier())
+        schlangenFehler(*this, "sync auf die eigene Schlange");
+    auto fertig = std::make_shared<std::promise<void>>();
+    const auto gelaufen = fertig->get_future();
+    // The job owns the promise: if the job is dropped, the promise breaks and the wait ends.
+    async([fertig = std::move(fertig), &aufgabe] {
+        aufgabe();
+        fertig->set_value();
+    });
+    gelaufen.wait();
+}
+
 struct AsioSchlange::Innen {
+    void fuehreNaechstenAus() {
+        Aufgabe aufgabe;
+        {
+            const std::lock_guard wache(schloss);
+            if (wartende.empty())
+                return;
+            aufgabe = std::move(wartende.front());
+            wartende.pop_front();
+        }
+        aufgabe();
+    }
+
     // Without Asio's hint that one thread runs it: with it, what a job queues would come after what other
     // threads queue later while that job still runs.
     asio::io_context kontext;
     asio::executor_work_guard<asio::io_context::executor_type> arbeit{kontext.get_executor()};
     std::thread faden;
+
+    std::mutex schloss; // guards both below
+    std::deque<Aufgabe> wartende;
+    bool angehalten = false;
 };
 
 namespace {
 
 struct Takt : std::enable_shared_from_this<Takt> {
+    using Zeit = std::chrono::steady_clock;
+
     Takt(asio::io_context& kontext, Dauer p, Aufgabe a, std::weak_ptr<void> w)
         : zeitgeber(kontext), periode(p), aufgabe(std::move(a)), griff(std::move(w)) {}
 
     void warte() {
+        zeitgeber.expires_at(Zeit::time_point(std::chrono::duration_cast<Zeit::duration>(faellig)));
         zeitgeber.async_wait([selbst = shared_from_this()](const std::error_code& fehler) {
             if (fehler || selbst->griff.expired())
                 return;
-            const auto jetzt = std::chrono::steady_clock::now().time_since_epoch();
-            selbst->faellig = naechsterTakt(selbst->faellig, selbst->periode, jetzt);
+            selbst->faellig = naechsterTakt(selbst->faellig, selbst->periode, Zeit::now().time_since_epoch());
             selbst->aufgabe();
-            selbst->stelle();
             selbst->warte();
         });
-    }
-
-    void stelle() {
-        using Uhrzeit = std::chrono::steady_clock;
-        zeitgeber.expires_at(Uhrzeit::time_point(std::chrono::duration_cast<Uhrzeit::duration>(faellig)));
     }
 
     asio::steady_timer zeitgeber;
@@ -77,31 +104,22 @@ AsioSchlange::~AsioSchlange() {
 }
 
 void AsioSchlange::async(Aufgabe aufgabe) {
-    asio::post(innen_->kontext, std::move(aufgabe));
-}
-
-void AsioSchlange::sync(Aufgabe aufgabe) {
-    if (istHier())
-        schlangenFehler(*this, "sync auf die eigene Schlange");
-    std::promise<void> fertig;
-    auto gelaufen = fertig.get_future();
-    asio::post(innen_->kontext, [&] {
-        aufgabe();
-        fertig.set_value();
-    });
-    gelaufen.wait();
+    {
+        const std::lock_guard wache(innen_->schloss);
+        if (innen_->angehalten)
+            return;
+        innen_->wartende.push_back(std::move(aufgabe));
+    }
+    asio::post(innen_->kontext, [innen = innen_.get()] { innen->fuehreNaechstenAus(); });
 }
 
 Zeitgeber AsioSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {
-    // The timer belongs to the queue's thread and goes with the queue. A handle that is let go of only lets
-    // the next firing be the last and an idle one, so it may be held longer than the queue lives.
+    // The timer belongs to the queue and goes with it; a handle may be held longer. The firing after the
+    // handle is gone is the last one and does nothing.
     Zeitgeber griff = std::make_shared<bool>();
     auto takt = std::make_shared<Takt>(innen_->kontext, periode, std::move(aufgabe), griff);
-    takt->faellig = std::chrono::steady_clock::now().time_since_epoch() + erste;
-    async([takt] {
-        takt->stelle();
-        takt->warte();
-    });
+    takt->faellig = Takt::Zeit::now().time_since_epoch() + erste;
+    async([takt] { takt->warte(); });
     return griff;
 }
 
@@ -114,6 +132,12 @@ void AsioSchlange::laufe() {
 }
 
 void AsioSchlange::halt() {
+    std::deque<Aufgabe> verworfene; // destroyed without the lock held
+    {
+        const std::lock_guard wache(innen_->schloss);
+        innen_->angehalten = true;
+        verworfene.swap(innen_->wartende);
+    }
     innen_->kontext.stop();
 }
 

@@ -22,14 +22,14 @@ public:
     ~AsioSchlange() override;
 
     void async(Aufgabe aufgabe) override;
-    void sync(Aufgabe aufgabe) override;
     [[nodiscard]] Zeitgeber wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) override;
     [[nodiscard]] bool istHier() const override;
 
     /// Only with `Faden::rufer`: runs the queue's jobs on the calling thread until `halt()`.
     void laufe();
 
-    /// Makes `laufe()` (or the own thread) return after the current job. From any thread; does not block.
+    /// Makes `laufe()` (or the own thread) return after the current job, drops the waiting jobs and all that
+    /// come later. From any thread; does not block.
     void halt();
 
     /// For what lives on this queue with sockets or signals of its own.

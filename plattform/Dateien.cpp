@@ -11,19 +11,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 
 namespace mobilsteg {
 
 namespace fs = std::filesystem;
-
-Deskriptor& Deskriptor::operator=(Deskriptor&& anderer) noexcept {
-    if (this != &anderer) {
-        schliesse();
-        nummer_ = anderer.nummer_;
-        anderer.nummer_ = -1;
-    }
-    return *this;
-}
 
 void Deskriptor::schliesse() {
     if (nummer_ >= 0)
@@ -54,7 +46,12 @@ bool schreibeAlles(int ziel, std::string_view inhalt) {
 } // namespace
 
 std::optional<std::string> liesDatei(const std::string& pfad) {
-    // Non-blocking, so that a pipe lying about under that name cannot hold the caller for ever.
+    auto alles = liesEnde(pfad, 0, std::numeric_limits<std::int64_t>::max());
+    return alles ? std::optional(std::move(alles->bytes)) : std::nullopt;
+}
+
+std::optional<Dateiende> liesEnde(const std::string& pfad, std::int64_t von, std::int64_t hoechstens) {
+    // Non-blocking: a pipe under that name must not hold the caller.
     const Deskriptor datei(::open(pfad.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat lage {};
     if (!datei || ::fstat(datei.nummer(), &lage) != 0)
@@ -63,29 +60,6 @@ std::optional<std::string> liesDatei(const std::string& pfad) {
         errno = EINVAL;
         return std::nullopt;
     }
-    std::string inhalt(static_cast<std::size_t>(lage.st_size), '\0');
-    std::size_t gelesen = 0;
-    while (true) {
-        if (gelesen == inhalt.size())
-            inhalt.resize(inhalt.size() + 4096); // it may have grown since
-        const ssize_t n = ::read(datei.nummer(), inhalt.data() + gelesen, inhalt.size() - gelesen);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n < 0)
-            return std::nullopt;
-        if (n == 0)
-            break;
-        gelesen += static_cast<std::size_t>(n);
-    }
-    inhalt.resize(gelesen);
-    return inhalt;
-}
-
-std::optional<Dateiende> liesEnde(const std::string& pfad, std::int64_t von, std::int64_t hoechstens) {
-    const Deskriptor datei(::open(pfad.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat lage {};
-    if (!datei || ::fstat(datei.nummer(), &lage) != 0 || !S_ISREG(lage.st_mode))
-        return std::nullopt;
     Dateiende ende;
     ende.laenge = lage.st_size;
     std::int64_t stelle = std::max({von, ende.laenge - hoechstens, std::int64_t{0}});
@@ -96,8 +70,10 @@ std::optional<Dateiende> liesEnde(const std::string& pfad, std::int64_t von, std
         const ssize_t n = ::pread(datei.nummer(), block, rest, stelle);
         if (n < 0 && errno == EINTR)
             continue;
-        if (n <= 0)
-            return std::nullopt; // truncated under our hands: the next look finds its true length
+        if (n < 0)
+            return std::nullopt;
+        if (n == 0)
+            ende.laenge = stelle; // another program has truncated it meanwhile
         ende.bytes.append(block, static_cast<std::size_t>(n));
         stelle += n;
     }
@@ -142,15 +118,11 @@ bool existiert(const std::string& pfad) {
 }
 
 void sichereStandardstroeme() {
-    while (true) {
-        const int nummer = ::open("/dev/null", O_RDWR);
-        if (nummer < 0)
-            return;
-        if (nummer > STDERR_FILENO) {
-            ::close(nummer);
-            return;
-        }
-    }
+    int nummer = 0;
+    do {
+        nummer = ::open("/dev/null", O_RDWR);
+    } while (nummer >= 0 && nummer <= STDERR_FILENO);
+    const Deskriptor ueberzaehliger(nummer);
 }
 
 std::string fehlerbeschreibung(int nummer) {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace mobilsteg {
 
@@ -13,21 +14,23 @@ public:
     Deskriptor() = default;
     explicit Deskriptor(int nummer) : nummer_(nummer) {}
     Deskriptor(Deskriptor&& anderer) noexcept : nummer_(anderer.nummer_) { anderer.nummer_ = -1; }
-    Deskriptor& operator=(Deskriptor&& anderer) noexcept;
+    Deskriptor& operator=(Deskriptor anderer) noexcept {
+        std::swap(nummer_, anderer.nummer_); // the old one is closed with `anderer`
+        return *this;
+    }
     ~Deskriptor() { schliesse(); }
 
     [[nodiscard]] int nummer() const { return nummer_; }
     explicit operator bool() const { return nummer_ >= 0; }
     void schliesse();
-    void gibAb() { nummer_ = -1; } ///< somebody else closes it now
 
 private:
     int nummer_ = -1;
 };
 
-/// Held by one process (or thread) at a time, until it goes; waits for whoever holds it. `pfad` names a file
-/// that is created and stays: were it replaced or removed, not all would lock the same one. Without it there
-/// is no lock.
+/// A lock between processes and threads, held for as long as the object lives; the constructor blocks until
+/// it is free. `pfad` is created and stays: replacing or removing it would make two locks of one. If it
+/// cannot be opened, there is no lock.
 class Dateisperre {
 public:
     explicit Dateisperre(const std::string& pfad);

@@ -31,15 +31,10 @@ struct Rohr {
 
 std::optional<Rohr> neuesRohr() {
     int enden[2] = {-1, -1};
-#ifdef __APPLE__
     if (::pipe(enden) != 0)
         return std::nullopt;
     ::fcntl(enden[0], F_SETFD, FD_CLOEXEC);
     ::fcntl(enden[1], F_SETFD, FD_CLOEXEC);
-#else
-    if (::pipe2(enden, O_CLOEXEC) != 0)
-        return std::nullopt;
-#endif
     ::fcntl(enden[0], F_SETFL, O_NONBLOCK);
     return Rohr{Deskriptor(enden[0]), Deskriptor(enden[1])};
 }
@@ -49,7 +44,7 @@ Deskriptor endeMelder(pid_t nummer) {
     Deskriptor melder(::kqueue());
     struct kevent wunsch {};
     EV_SET(&wunsch, static_cast<uintptr_t>(nummer), EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
-    // It fails for a process that has ended already: then asking now and then is all that is needed.
+    // It fails for a process that has ended already; then the caller asks `istBeendet`.
     if (!melder || ::kevent(melder.nummer(), &wunsch, 1, nullptr, 0, nullptr) != 0)
         return {};
     return melder;
@@ -71,11 +66,11 @@ public:
         else
             ::posix_spawn_file_actions_addopen(&griffe_, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         ::posix_spawn_file_actions_adddup2(&griffe_, fehler, STDERR_FILENO);
-        // A process group of its own: a second Ctrl-C, or a terminal that is closed, must not shoot the tools
-        // with which the clean-up is just taking everything back.
+        // A process group of its own: a second Ctrl-C or a closed terminal must not end the tools of the
+        // clean-up.
         short merkmale = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP;
-        // Close-on-exec marks are ours; this catches what a library opened without one. An adb server that
-        // the tool leaves behind would otherwise hold our ports and pipes for days.
+        // Also closes what a library opened without close-on-exec: an adb server that the tool leaves behind
+        // would hold our ports and pipes for days.
 #ifdef __APPLE__
         merkmale |= POSIX_SPAWN_CLOEXEC_DEFAULT;
         if (eingabe < 0)
@@ -117,6 +112,10 @@ Startversuch misslungen(const std::string& programm, int nummer) {
     return {std::nullopt, programm + ": " + fehlerbeschreibung(nummer)};
 }
 
+int alsStatus(int lage) {
+    return WIFSIGNALED(lage) ? WTERMSIG(lage) : WEXITSTATUS(lage);
+}
+
 } // namespace
 
 Startversuch starteProzess(const std::string& programm, const std::vector<std::string>& argumente,
@@ -141,14 +140,10 @@ Startversuch starteProzess(const std::string& programm, const std::vector<std::s
     if (ergebnis != 0)
         return misslungen(programm, ergebnis);
 
-    Startversuch versuch;
-    versuch.kind.emplace();
-    versuch.kind->nummer = nummer;
+    Kindprozess kind{nummer, {}, std::move(fehler->lesen), endeMelder(nummer)};
     if (!wunsch.ohneAusgabe)
-        versuch.kind->ausgabe = std::move(ausgabe->lesen);
-    versuch.kind->fehler = std::move(fehler->lesen);
-    versuch.kind->ende = endeMelder(nummer);
-    return versuch;
+        kind.ausgabe = std::move(ausgabe->lesen);
+    return {std::move(kind), ""};
 }
 
 bool Kindprozess::istBeendet() const {
@@ -159,16 +154,8 @@ bool Kindprozess::istBeendet() const {
 
 void Kindprozess::bitteUmEnde() const {
     ::kill(nummer, SIGTERM);
-    ::kill(nummer, SIGCONT); // one that is stopped, as by reading our terminal, would not hear of it
+    ::kill(nummer, SIGCONT); // a stopped process (it read our terminal) would not get the first one
 }
-
-namespace {
-
-int alsStatus(int lage) {
-    return WIFSIGNALED(lage) ? WTERMSIG(lage) : WEXITSTATUS(lage);
-}
-
-} // namespace
 
 int Kindprozess::warteUndErnte() {
     int lage = 0;
@@ -188,12 +175,12 @@ std::optional<int> Kindprozess::ernte() {
         try {
             std::thread([zurueckgelassen = nummer] { ::waitpid(zurueckgelassen, nullptr, 0); }).detach();
         } catch (const std::system_error&) {
-            // No thread to be had just now: it stays a zombie until this program ends, which harms nobody.
+            // No thread can be had: it stays a zombie until this program ends.
         }
         return std::nullopt;
     }
     if (fertig < 0)
-        return -1; // somebody else reaped it: there is no status to be had
+        return -1; // reaped elsewhere: its status is lost
     return alsStatus(lage);
 }
 

@@ -22,12 +22,13 @@ public:
     Schlange(const Schlange&) = delete;
     Schlange& operator=(const Schlange&) = delete;
 
-    /// Queues `aufgabe` and returns at once. Callable from everywhere, the queue itself included.
+    /// Queues `aufgabe` and returns at once. Callable from everywhere, the queue itself included. A job that
+    /// will not run any more, because the queue has ended, is destroyed at once.
     virtual void async(Aufgabe aufgabe) = 0;
 
-    /// Queues `aufgabe` and blocks until it has run. Calling it on the queue itself can only deadlock, so it
-    /// ends the program instead (a programming error).
-    virtual void sync(Aufgabe aufgabe) = 0;
+    /// Queues `aufgabe` and blocks until it has run. When the queue has been halted it returns without
+    /// running it. On the queue itself it could only deadlock: that programming error ends the program.
+    virtual void sync(Aufgabe aufgabe);
 
     /// Runs `aufgabe` after `erste` and from then on every `periode`, on the grid that the first firing
     /// set. Firings missed while the queue was busy are merged into one that runs as soon as it is free.

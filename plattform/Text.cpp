@@ -26,26 +26,12 @@ Folge naechsteFolge(std::string_view rest) {
     const unsigned char erstes = byte(0);
     if (erstes < 0x80)
         return {1, true};
-    unsigned char unten = 0x80;
-    unsigned char oben = 0xBF;
-    std::size_t soll = 0;
-    if (erstes >= 0xC2 && erstes <= 0xDF) {
-        soll = 2;
-    } else if (erstes >= 0xE0 && erstes <= 0xEF) {
-        soll = 3;
-        if (erstes == 0xE0)
-            unten = 0xA0; // shorter forms are not allowed
-        if (erstes == 0xED)
-            oben = 0x9F; // surrogates are not characters
-    } else if (erstes >= 0xF0 && erstes <= 0xF4) {
-        soll = 4;
-        if (erstes == 0xF0)
-            unten = 0x90;
-        if (erstes == 0xF4)
-            oben = 0x8F;
-    } else {
+    if (erstes < 0xC2 || erstes > 0xF4)
         return {1, false};
-    }
+    const std::size_t soll = erstes < 0xE0 ? 2 : (erstes < 0xF0 ? 3 : 4);
+    // What lies outside is overlong, half a surrogate pair or beyond the last character.
+    const unsigned char unten = erstes == 0xE0 ? 0xA0 : (erstes == 0xF0 ? 0x90 : 0x80);
+    const unsigned char oben = erstes == 0xED ? 0x9F : (erstes == 0xF4 ? 0x8F : 0xBF);
     if (rest.size() < 2 || byte(1) < unten || byte(1) > oben)
         return {1, false};
     std::size_t laenge = 2;
@@ -58,6 +44,20 @@ constexpr std::array<std::string_view, 25> weissraum = {
     " ",      "\t",     "\n",     "\v",     "\f",     "\r",     "\xC2\x85", "\xC2\xA0", "\u1680",
     "\u2000", "\u2001", "\u2002", "\u2003", "\u2004", "\u2005", "\u2006",   "\u2007",   "\u2008",
     "\u2009", "\u200A", "\u2028", "\u2029", "\u202F", "\u205F", "\u3000"};
+
+std::size_t weissraumAmAnfang(std::string_view text) {
+    for (const auto stueck : weissraum)
+        if (text.starts_with(stueck))
+            return stueck.size();
+    return 0;
+}
+
+std::size_t weissraumAmEnde(std::string_view text) {
+    for (const auto stueck : weissraum)
+        if (text.ends_with(stueck))
+            return stueck.size();
+    return 0;
+}
 
 } // namespace
 
@@ -74,30 +74,20 @@ std::vector<std::string_view> teile(std::string_view text, char trenner) {
 }
 
 std::string_view beschnitten(std::string_view text) {
-    const auto kuerze = [&](auto trifft, auto schneide) {
-        while (true) {
-            const auto* treffer = std::find_if(weissraum.begin(), weissraum.end(), trifft);
-            if (treffer == weissraum.end())
-                return;
-            schneide(treffer->size());
-        }
-    };
-    kuerze([&](std::string_view w) { return text.starts_with(w); },
-           [&](std::size_t n) { text.remove_prefix(n); });
-    kuerze([&](std::string_view w) { return text.ends_with(w); },
-           [&](std::size_t n) { text.remove_suffix(n); });
+    while (const auto laenge = weissraumAmAnfang(text))
+        text.remove_prefix(laenge);
+    while (const auto laenge = weissraumAmEnde(text))
+        text.remove_suffix(laenge);
     return text;
 }
 
 std::string ohneWeissraum(std::string_view text) {
     std::string rest;
     while (!text.empty()) {
-        const auto* treffer = std::find_if(weissraum.begin(), weissraum.end(),
-                                           [&](std::string_view w) { return text.starts_with(w); });
-        const bool weiss = treffer != weissraum.end();
-        if (!weiss)
+        const auto laenge = weissraumAmAnfang(text);
+        if (laenge == 0)
             rest += text.front();
-        text.remove_prefix(weiss ? treffer->size() : 1);
+        text.remove_prefix(std::max<std::size_t>(laenge, 1));
     }
     return rest;
 }

@@ -2,21 +2,8 @@
 
 #include <array>
 #include <ctime>
-#include <thread>
 
 namespace mobilsteg {
-
-Uhr::Zeitpunkt Systemuhr::wand() const {
-    return std::chrono::system_clock::now();
-}
-
-Dauer Systemuhr::monoton() const {
-    return std::chrono::steady_clock::now().time_since_epoch();
-}
-
-void Systemuhr::schlafe(Dauer dauer) {
-    std::this_thread::sleep_for(dauer);
-}
 
 namespace {
 

@@ -4,10 +4,12 @@
 
 #include <chrono>
 #include <string>
+#include <thread>
 
 namespace mobilsteg {
 
-/// The only way to read a clock or to sleep.
+/// The clock of everything that a test runs in virtual time. Queues on real time and the network code read
+/// the system's clock themselves.
 class Uhr {
 public:
     using Zeitpunkt = std::chrono::system_clock::time_point;
@@ -26,9 +28,11 @@ public:
 
 class Systemuhr final : public Uhr {
 public:
-    [[nodiscard]] Zeitpunkt wand() const override;
-    [[nodiscard]] Dauer monoton() const override;
-    void schlafe(Dauer dauer) override;
+    [[nodiscard]] Zeitpunkt wand() const override { return std::chrono::system_clock::now(); }
+    [[nodiscard]] Dauer monoton() const override {
+        return std::chrono::steady_clock::now().time_since_epoch();
+    }
+    void schlafe(Dauer dauer) override { std::this_thread::sleep_for(dauer); }
 };
 
 /// "dd.MM.yyyy HH:mm:ss" in the local time zone, which is asked for anew each time: trains cross borders.

@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <atomic>
 #include <deque>
-#include <future>
 #include <mutex>
 
 namespace mobilsteg {
@@ -87,7 +86,7 @@ struct Takt {
 
 } // namespace
 
-// Shared with the Weckers, which may outlive the queue: what they leave behind then is dropped here.
+// Shared with the timers, which may outlive the queue.
 struct QtSchlange::Innen {
     std::mutex schloss;
     Empfaenger* empfaenger = nullptr; // none: the queue takes no more jobs
@@ -124,19 +123,6 @@ void QtSchlange::halt() {
 
 void QtSchlange::async(Aufgabe aufgabe) {
     innen_->async(std::move(aufgabe));
-}
-
-void QtSchlange::sync(Aufgabe aufgabe) {
-    if (istHier())
-        schlangenFehler(*this, "sync auf die eigene Schlange");
-    auto fertig = std::make_shared<std::promise<void>>();
-    auto gelaufen = fertig->get_future();
-    // The job owns the promise: dropped, it breaks it, and the caller is free all the same.
-    innen_->async([fertig = std::move(fertig), &aufgabe] {
-        aufgabe();
-        fertig->set_value();
-    });
-    gelaufen.wait();
 }
 
 Zeitgeber QtSchlange::wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) {

@@ -19,9 +19,6 @@ public:
     /// Jobs handed over before the loop runs are kept for it; after `halt()` they are dropped.
     void async(Aufgabe aufgabe) override;
 
-    /// Returns without having run `aufgabe` when that is dropped.
-    void sync(Aufgabe aufgabe) override;
-
     /// Precise to the millisecond, never early.
     [[nodiscard]] Zeitgeber wiederhole(Dauer erste, Dauer periode, Aufgabe aufgabe) override;
 

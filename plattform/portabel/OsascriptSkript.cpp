@@ -49,26 +49,23 @@ std::string allesAus(const Deskriptor& rohr) {
 class OsascriptSkript final : public Adminskript {
 public:
     explicit OsascriptSkript(Orte orte) : orte_(std::move(orte)) {}
-    [[nodiscard]] std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override;
+
+    [[nodiscard]] std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override {
+        const Deskriptor eingabe = alsEingabe(quelle);
+        auto versuch =
+            eingabe ? starteProzess(orte_.imSystem("/usr/bin/osascript"), {"-"}, {eingabe.nummer(), true})
+                    : Startversuch{};
+        if (!versuch.kind)
+            return Skriptfehler{true, 0, std::nullopt};
+        const std::string fehler = allesAus(versuch.kind->fehler);
+        if (versuch.kind->warteUndErnte() == 0)
+            return std::nullopt;
+        return liesSkriptfehler(alsUtf8(fehler));
+    }
 
 private:
     Orte orte_;
 };
-
-std::optional<Skriptfehler> OsascriptSkript::fuehreAus(const std::string& quelle) {
-    const Skriptfehler nichtGebaut{true, 0, std::nullopt};
-    const Deskriptor eingabe = alsEingabe(quelle);
-    if (!eingabe)
-        return nichtGebaut;
-    Startversuch versuch =
-        starteProzess(orte_.imSystem("/usr/bin/osascript"), {"-"}, {eingabe.nummer(), true});
-    if (!versuch.kind)
-        return nichtGebaut;
-    const std::string fehler = allesAus(versuch.kind->fehler);
-    if (versuch.kind->warteUndErnte() == 0)
-        return std::nullopt;
-    return liesSkriptfehler(alsUtf8(fehler));
-}
 
 } // namespace
 

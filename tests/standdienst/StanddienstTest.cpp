@@ -73,18 +73,15 @@ TEST(Standdienst, reisstNieAbWerNachDerAnfrageWeiterspricht) {
 
 TEST(Standdienst, liefertImmerEinGanzesDokument) {
     Bank bank;
-    const std::string kurz = "{}";
     const std::string lang(70'000, 'l');
     std::atomic<bool> ende = false;
     std::thread schreiber([&] {
-        while (!ende) {
-            bank.dienst.setzeDokument(lang);
-            bank.dienst.setzeDokument(kurz);
-        }
+        for (int i = 0; !ende; ++i)
+            bank.dienst.setzeDokument(i % 2 == 0 ? lang : "{}");
     });
     for (int i = 0; i < 50; ++i) {
         const std::string antwort = bank.frage();
-        EXPECT_TRUE(antwort == antwortMit(kurz) || antwort == antwortMit(lang)) << antwort.size();
+        EXPECT_TRUE(antwort == antwortMit("{}") || antwort == antwortMit(lang)) << antwort.size();
     }
     ende = true;
     schreiber.join();

@@ -3,8 +3,8 @@
 // What every serial queue promises. Nothing here measures how long something took: a machine may stand still
 // at any moment.
 
-#include "plattform/Schlange.hpp"
-#include "tests/plattform/vertrag/Art.hpp"
+#include "plattform/AsioSchlange.hpp"
+#include "plattform/Uhr.hpp"
 
 #include <gtest/gtest.h>
 
@@ -14,33 +14,35 @@
 
 namespace mobilsteg {
 
-/// A queue, another one to wait with, and the way to let them go on.
+/// A queue, and the way to let it go on.
 class Schlangenbank {
 public:
     virtual ~Schlangenbank() = default;
     virtual Schlange& q() = 0;
-    virtual Schlange& andere() = 0;
-
-    /// The queues' time; and the running job's way to let it pass.
-    virtual Dauer jetzt() = 0;
-    virtual void schlafe(Dauer dauer) = 0;
-
-    /// Lets the queues go on until the condition holds, which must be safe to ask from any thread. False: it
-    /// did not for very long.
-    [[nodiscard]] virtual bool laufeBis(const std::function<bool()>& bedingung) = 0;
+    virtual void halt() = 0;
+    virtual void laufeWeiter() { std::this_thread::yield(); }
 };
 
-using Schlangenart = Art<std::unique_ptr<Schlangenbank>()>;
+/// Defined by each test program for the queues that it names.
+[[nodiscard]] std::unique_ptr<Schlangenbank> neueBank(const std::string& art);
 
-class SchlangenVertrag : public testing::TestWithParam<Schlangenart> {
+class SchlangenVertrag : public testing::TestWithParam<std::string> {
 protected:
+    /// False: it did not hold for very long. The condition must be safe to ask from any thread.
+    [[nodiscard]] bool laufeBis(const std::function<bool()>& bedingung) {
+        for (const Dauer ende = uhr.monoton() + std::chrono::seconds(30); !bedingung(); bank->laufeWeiter())
+            if (uhr.monoton() > ende)
+                return false;
+        return true;
+    }
     void bis(const std::atomic<bool>& wert) {
-        ASSERT_TRUE(bank->laufeBis([&] { return wert.load(); })) << "vergeblich gewartet";
+        ASSERT_TRUE(laufeBis([&] { return wert.load(); })) << "vergeblich gewartet";
     }
 
-    std::unique_ptr<Schlangenbank> bank = GetParam().baue();
+    Systemuhr uhr;
+    std::unique_ptr<Schlangenbank> bank = neueBank(GetParam());
     Schlange& q = bank->q();
-    Schlange& andere = bank->andere();
+    AsioSchlange andere{"andere"}; // goes first: its jobs may be waiting for q
     std::atomic<bool> fertig = false;
 };
 
@@ -75,9 +77,21 @@ TEST_P(SchlangenVertrag, syncAufSichSelbstBeendetDasProgramm) {
     EXPECT_DEATH(
         {
             q.async([&] { q.sync([] {}); });
-            (void)bank->laufeBis([] { return false; });
+            (void)laufeBis([] { return false; });
         },
         "Programmierfehler: .*" + q.bezeichnung());
+}
+
+TEST_P(SchlangenVertrag, nachDemHaltLaeuftNichtsUndSyncKehrtZurueck) {
+    bank->halt();
+    std::atomic<bool> gelaufen = false;
+    andere.async([&] {
+        q.async([&] { gelaufen = true; });
+        q.sync([&] { gelaufen = true; });
+        fertig = true;
+    });
+    bis(fertig);
+    EXPECT_FALSE(gelaufen);
 }
 
 TEST_P(SchlangenVertrag, holtVersaeumteTakteEinmalNachUndKehrtInsRasterZurueck) {
@@ -86,13 +100,13 @@ TEST_P(SchlangenVertrag, holtVersaeumteTakteEinmalNachUndKehrtInsRasterZurueck) 
     for (int versuch = 0; versuch < 50 && !imRaster; ++versuch) { // a stalled machine hides the grid
         fertig = false;
         int lauf = 0; // touched by q alone
-        const Dauer beginn = bank->jetzt();
+        const Dauer beginn = uhr.monoton();
         Zeitgeber zeitgeber = q.wiederhole(Dauer::zero(), periode, [&] {
             if (++lauf == 1)
-                bank->schlafe(5 * periode / 2); // misses the next two, which become one
+                uhr.schlafe(5 * periode / 2); // misses the next two, which become one
             if (lauf != 3)
                 return;
-            const Dauer seither = bank->jetzt() - beginn;
+            const Dauer seither = uhr.monoton() - beginn;
             EXPECT_GE(seither.count(), (3 * periode).count()) << "the two that were missed ran both";
             imRaster = seither < 17 * periode / 5; // and not only a period after that
             fertig = true;
@@ -107,7 +121,7 @@ TEST_P(SchlangenVertrag, holtVersaeumteTakteEinmalNachUndKehrtInsRasterZurueck) 
     EXPECT_TRUE(imRaster);
 }
 
-TEST_P(SchlangenVertrag, weckerEndetMitDerLetztenKopie) {
+TEST_P(SchlangenVertrag, zeitgeberEndetMitDerLetztenKopie) {
     using namespace std::chrono_literals;
     Zeitgeber selbst;
     std::atomic<int> eigene = 0;
@@ -121,7 +135,7 @@ TEST_P(SchlangenVertrag, weckerEndetMitDerLetztenKopie) {
     Zeitgeber fremder = q.wiederhole(0ms, 1ms, [&] { ++fremde; });
     Zeitgeber kopie = fremder;
     fremder.reset();
-    ASSERT_TRUE(bank->laufeBis([&] { return fremde >= 3 && eigene >= 2; })) << "the copy keeps it going";
+    ASSERT_TRUE(laufeBis([&] { return fremde >= 3 && eigene >= 2; })) << "the copy keeps it going";
     kopie.reset();
     int danach = 0;
     Zeitgeber spaeter;
