@@ -3,7 +3,6 @@
 #include "tests/fuzz/Pruefungen.hpp"
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 
 using namespace mobilsteg;
@@ -14,8 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* daten, std::size_t lae
         for (const auto& eine : fuzz::pruefungen())
             if (name != nullptr && eine.name == name)
                 return eine;
-        std::fputs("MOBILSTEG_FUZZER must be a name of tests/fuzz/Pruefungen.cpp\n", stderr);
-        std::exit(2);
+        throw std::invalid_argument("MOBILSTEG_FUZZER must be a name of tests/fuzz/Pruefungen.cpp");
     }();
     pruefung.pruefe({reinterpret_cast<const char*>(daten), laenge}); // an exception ends the run as a find
     return 0;

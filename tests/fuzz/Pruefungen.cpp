@@ -18,6 +18,7 @@ std::span<const Pruefung> pruefungen() {
         {"einstellungen", einstellungen, "{", "\"k#\":{\"a\":#},", R"("experte":true})"},
         {"netzdienste", netzdienste, "  interface: en9\n====\n",
          "(#) LAN #\n(Hardware Port: LAN #, Device: en#)\n\n", ""},
+        {"proxyziel", proxyziel, "Enabled: Yes\n", "Server: 10.0.0.#\n", "Port: 1080\n"},
         {"skriptfehler", skriptfehler, "", "x: execution error: Fehler #. (-#)\n", ""},
         {"skriptquelle", skriptquelle, "", "'Dienst #\\\"", ""},
         {"standdienst", standdienst, "GET / HTTP/1.1\r\n", "X-Kopf-#: wert\r\n", "\r\n"},

@@ -42,7 +42,7 @@ inline std::pair<std::string, std::string> geteilt(const std::string& bytes) {
 
 using Pruefer = void(std::string_view bytes);
 // Werkzeuge.cpp: what the tools print.
-Pruefer adb, netzdienste, vpnliste, verbindungen, tunnelbericht, skriptfehler, skriptquelle;
+Pruefer adb, netzdienste, proxyziel, vpnliste, verbindungen, tunnelbericht, skriptfehler, skriptquelle;
 
 // Sonstige.cpp: what comes over the wire, from the disk and from the keyboard.
 Pruefer antwort, austritt, standdienst, einstellungen, berichte, befehle, eingabe, text;

@@ -44,9 +44,9 @@ void austritt(std::string_view bytes) {
     if (!ip)
         return;
     verlangeEinzeilig(*ip);
-    verlange(zeichenzahl(*ip) <= 45, "as long as an address");
-    verlange(std::none_of(ip->begin(), ip->end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }),
-             "no second line in the log");
+    const auto steuert = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
+    verlange(zeichenzahl(*ip) <= 45 && std::ranges::none_of(*ip, steuert),
+             "no longer than an address, on one line");
 }
 
 void standdienst(std::string_view bytes) {
@@ -123,14 +123,12 @@ void berichte(std::string_view bytes) {
     Gegenstelle http;
     http.antwort = HttpErgebnis{200, ""};
     Handy handy(http, "");
-    for (int mal = 0; mal < 2; ++mal)
-        berichte.sende(handy, {});
+    berichte.sende(handy, {});
 
     const auto von = std::max<std::int64_t>(0, vorher["log"]);
-    const bool neues = von < std::ssize(log);
-    verlange(http.gesendet.size() == (neues ? 3U : 2U), "new lines are sent, once");
-    verlange(!neues || http.gesendet[0].koerper.ends_with("\n" + log.substr(static_cast<std::size_t>(von))),
-             "and are whole");
+    verlange(von >= std::ssize(log) ||
+                 http.gesendet[0].koerper.ends_with("\n" + log.substr(static_cast<std::size_t>(von))),
+             "new lines are sent whole");
     verlangeUtf8(http.gesendet.back().koerper);
 }
 

@@ -48,16 +48,26 @@ void netzdienste(std::string_view bytes) {
     const auto [route, liste] = geteilt(alsUtf8(bytes));
     const auto schnittstelle = SystemProxy::schnittstelle(route);
     verlangeEinzeilig(schnittstelle.value_or("en0"));
-    const auto dienste = SystemProxy::dienste(liste);
-    const auto gewaehlter = SystemProxy::dienstFuer(schnittstelle, liste);
-    verlange(!gewaehlter || std::find(dienste.begin(), dienste.end(), *gewaehlter) != dienste.end(),
-             "clean-up finds every service that can be chosen");
-    std::string gedruckt;
-    for (const auto& dienst : dienste) {
-        verlangeEinzeilig(dienst);
-        gedruckt += "(1) " + dienst + "\n(Hardware Port: x, Device: en1)\n\n";
-    }
-    verlange(SystemProxy::dienste(gedruckt) == dienste, wieder);
+    const auto gedruckt = [](const std::vector<Netzwerkdienst>& dienste) {
+        std::string text;
+        for (const auto& dienst : dienste) {
+            verlangeEinzeilig(dienst.name);
+            text += (dienst.eingeschaltet ? "(1) " : "(*) ") + dienst.name + "\n" + dienst.anschluss + "\n";
+        }
+        return text;
+    };
+    const auto dienste = SystemProxy::liesDienste(liste);
+    const auto einmal = gedruckt(dienste);
+    verlange(gedruckt(SystemProxy::liesDienste(einmal)) == einmal, wieder);
+    verlangeEinzeilig(SystemProxy::dienstFuer(schnittstelle, dienste).value_or("Wi-Fi"));
+}
+
+/// An answer of `-getsocksfirewallproxy`.
+void proxyziel(std::string_view bytes) {
+    const bool unserer = SystemProxy::zeigtAufUns(bytes);
+    for (const auto* teil : {"Enabled: Yes", "Server: 127.0.0.1", "Port: 1080"})
+        verlange(!unserer || bytes.find(teil) != std::string_view::npos,
+                 "a proxy of the user's own is not ours");
 }
 
 void vpnliste(std::string_view bytes) {
@@ -68,8 +78,7 @@ void vpnliste(std::string_view bytes) {
     std::string gedruckt;
     for (const auto& name : namen) {
         verlangeEinzeilig(name);
-        verlange(std::find(bekannte.begin(), bekannte.end(), name) == bekannte.end(),
-                 "a name that is not known");
+        verlange(std::ranges::find(bekannte, name) == bekannte.end(), "a name that is not known");
         gedruckt += "* (Connected)   2B1E4C5D VPN (x) \"" + name + "\"   [VPN:x]\n";
     }
     verlange(Erhebung::liesDienste(gedruckt, {}) == namen, wieder);
