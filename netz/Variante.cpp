@@ -2,6 +2,12 @@
 
 namespace mobilsteg {
 
+std::string anzeigename(bool bundleB2B, bool profilIstVpn) {
+    if (bundleB2B)
+        return "Mobilsteg VPN-Lotse";
+    return profilIstVpn ? "Mobilsteg Bordlotse · VPN" : "Mobilsteg Bordlotse";
+}
+
 Variante::Variante(const Buendel& buendel, const Einstellungen& einstellungen)
     : einstellungen_(einstellungen), bundleB2B_(buendel.kennung.ends_with("vpnlotse")) {}
 
@@ -14,9 +20,7 @@ Variante::Art Variante::aktuell() const {
 }
 
 std::string Variante::anzeigename() const {
-    if (bundleB2B_)
-        return "Mobilsteg VPN-Lotse";
-    return aktuell() == Art::vpn ? "Mobilsteg Bordlotse · VPN" : "Mobilsteg Bordlotse";
+    return mobilsteg::anzeigename(bundleB2B_, aktuell() == Art::vpn);
 }
 
 std::string Variante::adminGrund() const {

@@ -7,6 +7,9 @@
 
 namespace mobilsteg {
 
+/// The name of an edition as the user reads it in a profile. Pure.
+[[nodiscard]] std::string anzeigename(bool bundleB2B, bool profilIstVpn);
+
 /// Which edition this is and which profile its user works in. Callable on any queue.
 class Variante {
 public:
@@ -26,7 +29,7 @@ public:
     /// Why the full tunnel needs the administrator's password, for the system's dialog.
     [[nodiscard]] std::string adminGrund() const;
 
-    /// The edition's name as the user reads it.
+    /// This edition's, in the active variant.
     [[nodiscard]] std::string anzeigename() const;
 
 private:
