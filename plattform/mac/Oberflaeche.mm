@@ -75,6 +75,10 @@ private:
 
 } // namespace
 
+bool anzeigeVorhanden() {
+    return true;
+}
+
 void alsMenueleistenprogramm() {
     [NSApplication.sharedApplication setActivationPolicy:NSApplicationActivationPolicyAccessory];
     // Kept for as long as the program runs.

@@ -3,6 +3,8 @@
 #include "plattform/Adapter.hpp"
 #include "plattform/Oberflaeche.hpp"
 
+#include <cstdlib>
+
 namespace mobilsteg {
 
 std::unique_ptr<Einstellungen> nativeEinstellungen(const std::string&) {
@@ -19,6 +21,14 @@ std::optional<Buendel> nativesBuendel() {
 
 std::optional<std::string> nativerRechnername() {
     return std::nullopt;
+}
+
+bool anzeigeVorhanden() {
+    const auto gesetzt = [](const char* name) {
+        const char* wert = std::getenv(name);
+        return wert != nullptr && *wert != '\0';
+    };
+    return gesetzt("DISPLAY") || gesetzt("WAYLAND_DISPLAY");
 }
 
 void alsMenueleistenprogramm() {}
