@@ -18,54 +18,51 @@ struct Sammler {
     }
     void operator()(const Reihe& r) const {
         for (const auto& teil : r.teile)
-            std::visit(*this, teil);
+            std::visit(*this, teil.inhalt);
     }
     template <typename Anderes>
     void operator()(const Anderes&) const {}
 };
+
+void oeffneBrowser(Kabel& kabel, const std::string& name) {
+    for (const auto& fund : kabel.speicher().zustand().browserOhne)
+        if (fund.name == name)
+            return kabel.fahrtwindHinzufuegen(fund);
+}
 
 } // namespace
 
 std::vector<Angebot> angebote(const Baum& baum) {
     std::vector<Angebot> liste;
     for (const auto& element : baum)
-        std::visit(Sammler{liste}, element);
+        std::visit(Sammler{liste}, element.inhalt);
     return liste;
 }
 
-Ausfuehrung::Ausfuehrung(Kabel& kabel, std::function<void()> beenden)
-    : kabel_(kabel), beenden_(std::move(beenden)) {}
-
-void Ausfuehrung::bediene(const Aktion& aktion) {
+void fuehreAus(const Aktion& aktion, Kabel& kabel, const std::function<void()>& beende) {
     const bool an = aktion.wert == "an";
     switch (aktion.was) {
     case Bedienung::experte:
-        return kabel_.setzeExperte(an);
+        return kabel.setzeExperte(an);
     case Bedienung::proxy:
-        return kabel_.proxyUmschalten();
+        return kabel.proxyUmschalten();
     case Bedienung::automatisch:
-        return kabel_.setzeProxyAutomatisch(an);
-    case Bedienung::profil:
-        return kabel_.setzeProfil(aktion.wert);
-    case Bedienung::hinweisWeg:
-        return kabel_.setzeBrowserHinweisWeg(true);
-    case Bedienung::beenden:
-        return beenden_();
+        return kabel.setzeProxyAutomatisch(an);
     case Bedienung::volltunnel:
-        return kabel_.setzeVolltunnelAn(an);
+        return kabel.setzeVolltunnelAn(an);
     case Bedienung::vpnDurch:
-        return kabel_.setzeVpnDurch(an);
+        return kabel.setzeVpnDurch(an);
     case Bedienung::nurVPN:
-        return kabel_.setzeNurVPN(an);
+        return kabel.setzeNurVPN(an);
+    case Bedienung::profil:
+        return kabel.setzeProfil(aktion.wert);
     case Bedienung::browser:
-        return oeffneBrowser(aktion.wert);
+        return oeffneBrowser(kabel, aktion.wert);
+    case Bedienung::hinweisWeg:
+        return kabel.setzeBrowserHinweisWeg(true);
+    case Bedienung::beenden:
+        return beende();
     }
-}
-
-void Ausfuehrung::oeffneBrowser(const std::string& name) {
-    for (const auto& fund : kabel_.speicher().zustand().browserOhne)
-        if (fund.name == name)
-            return kabel_.fahrtwindHinzufuegen(fund);
 }
 
 } // namespace mobilsteg

@@ -19,19 +19,8 @@ struct Angebot {
 };
 [[nodiscard]] std::vector<Angebot> angebote(const Baum& baum);
 
-/// Carries actions out on the controller. Main queue only, returns at once.
-class Ausfuehrung {
-public:
-    /// `beenden` asks the program to quit.
-    Ausfuehrung(Kabel& kabel, std::function<void()> beenden);
-
-    void bediene(const Aktion& aktion);
-
-private:
-    void oeffneBrowser(const std::string& name);
-
-    Kabel& kabel_;
-    std::function<void()> beenden_;
-};
+/// Carries the action out on the controller; `beende` asks the program to quit. Main queue only, returns at
+/// once.
+void fuehreAus(const Aktion& aktion, Kabel& kabel, const std::function<void()>& beende);
 
 } // namespace mobilsteg

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -24,6 +26,31 @@ enum class Bedienung {
     hinweisWeg,
     beenden,
 };
+
+/// The word of a control: its command in the terminal, and a part of its key. `werte` is what may be typed
+/// behind it, as the user reads it; empty: nothing.
+struct Wort {
+    std::string_view wort;
+    std::string_view werte;
+};
+
+/// In the order of `Bedienung`.
+inline constexpr std::array<Wort, 10> woerter = {{
+    {"experte", "an|aus"},
+    {"proxy", ""},
+    {"automatisch", "an|aus"},
+    {"volltunnel", "an|aus"},
+    {"vpn-durch", "an|aus"},
+    {"nur-vpn", "an|aus"},
+    {"profil", "reise|vpn"},
+    {"browser", "NAME"},
+    {"hinweis", "weg"},
+    {"beenden", ""},
+}};
+
+[[nodiscard]] constexpr const Wort& wort(Bedienung was) {
+    return woerter[static_cast<std::size_t>(was)];
+}
 
 /// One use of a control: `wert` is "an" or "aus" for a switch, the chosen value for a choice, the browser's
 /// name, and empty for a plain button.
@@ -93,7 +120,7 @@ struct Knopf {
     bool operator==(const Knopf&) const = default;
 };
 
-/// One of several values, as a group of radio buttons.
+/// One of several values, as a group of radio buttons. Only `gewaehlt` changes while its key stays.
 struct Wahl {
     struct Moeglichkeit {
         std::string wert;
@@ -110,17 +137,31 @@ struct Wahl {
     bool operator==(const Wahl&) const = default;
 };
 
-/// Controls beside each other: the last one at the far end.
-struct Reihe {
-    std::vector<std::variant<Schalter, Knopf>> teile;
-
-    bool operator==(const Reihe&) const = default;
-};
-
-using Element = std::variant<Kopf, Satz, Trenner, Zeile, Symbolzeile, Schalter, Knopf, Wahl, Reihe>;
+struct Element;
 
 /// The panel from top to bottom.
 using Baum = std::vector<Element>;
+
+/// Controls beside each other: the last one at the far end.
+struct Reihe {
+    Baum teile;
+
+    bool operator==(const Reihe& andere) const;
+};
+
+/// `schluessel` tells an element from all others of its tree and stays while the element means the same:
+/// "zeile.Handy", "schalter.volltunnel", "browser.Chrome". Renderers find by it what they have drawn. What a
+/// control does never changes under its key.
+struct Element {
+    std::string schluessel;
+    std::variant<Kopf, Satz, Trenner, Zeile, Symbolzeile, Schalter, Knopf, Wahl, Reihe> inhalt;
+
+    bool operator==(const Element&) const = default;
+};
+
+inline bool Reihe::operator==(const Reihe& andere) const {
+    return teile == andere.teile;
+}
 
 /// The panel's measures in points.
 struct Masse {

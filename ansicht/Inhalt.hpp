@@ -11,10 +11,4 @@ namespace mobilsteg {
 /// The part of it that shows which VPNs are carried. Pure.
 [[nodiscard]] Baum vpnBlock(const Zustand& zustand);
 
-/// The hint at browsers that lack the extension, with a button for each. Pure.
-[[nodiscard]] Baum browserHinweis(const Zustand& zustand);
-
-/// What stands in the place of an empty value.
-inline constexpr const char* leer = "—";
-
 } // namespace mobilsteg

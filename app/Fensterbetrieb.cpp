@@ -1,4 +1,5 @@
 #include "ansicht/Ausfuehrung.hpp"
+#include "ansicht/Inhalt.hpp"
 #include "ansicht/qt/Menueleistenstueck.hpp"
 #include "ansicht/qt/QtBetrieb.hpp"
 #include "app/Delegate.hpp"
@@ -12,7 +13,7 @@
 namespace mobilsteg {
 
 int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& anzahl, char** worte) {
-    if (!QtBetrieb::anzeigeVorhanden()) {
+    if (!QtBetrieb::moeglich()) {
         std::fprintf(stderr, "%s: Keine Anzeige gefunden. Im Terminal läuft das Programm mit --terminal.\n",
                      std::filesystem::path(worte[0]).filename().c_str());
         return 1;
@@ -20,16 +21,21 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
     QtBetrieb qt(anzahl, worte);
     MobilstegBordlotseApp app(zeile, kennung, qt.schlange(), qt.dialog());
     Kabel& kabel = app.kabel();
-    Ausfuehrung pult(kabel, [&] { qt.beende(); });
+    const bool bundleB2B = kabel.variante().bundleB2B();
     std::optional<Menueleistenstueck> stueck;
+    const auto zeige = [&](const Zustand& z) { stueck->zeichne(inhalt(z, bundleB2B), z.symbol, z.kurz); };
+    Zustandsspeicher::Beobachtung beobachtung;
 
     Delegate delegate(app.einstellungen(), qt.dialog(), beendeProzess);
     qt.schlange().async([&] {
         delegate.applicationDidFinishLaunching();
-        stueck.emplace(kabel.speicher(), kabel.variante().bundleB2B(), [&](const Aktion& a) {
+        stueck.emplace([&](const Aktion& aktion) {
             // As a job of the queue: an action may ask back, and then the others have to wait.
-            qt.schlange().async([&pult, a] { pult.bediene(a); });
+            qt.schlange().async([&, aktion] { fuehreAus(aktion, kabel, [&] { qt.beende(); }); });
         });
+        zeige(kabel.speicher().zustand());
+        beobachtung = kabel.speicher().beobachte(zeige);
+        stueck->erscheine();
     });
     // At once, not by way of the event loop: the system's request to quit, which comes next, Qt refuses even
     // where it means to quit, and that would hold up the log-out. Whoever cancels it in another program finds

@@ -1,16 +1,13 @@
 #include "ansicht/Ausfuehrung.hpp"
 #include "ansicht/Inhalt.hpp"
-#include "ansicht/Tafel.hpp"
 #include "ansicht/terminal/Befehle.hpp"
 #include "ansicht/terminal/Eingabe.hpp"
-#include "ansicht/terminal/Terminaldialog.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "app/Delegate.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
 #include "plattform/Text.hpp"
 
 #include <cstdio>
-#include <optional>
 
 namespace mobilsteg {
 
@@ -24,15 +21,15 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
     const bool bundleB2B = kabel.variante().bundleB2B();
 
     Terminaltafel terminal(stdout);
-    std::optional<Tafel> tafel;
-    Ausfuehrung pult(kabel, [&] { haupt.halt(); });
+    const auto zeige = [&](const Zustand& z) { terminal.zeichne(inhalt(z, bundleB2B)); };
+    Zustandsspeicher::Beobachtung beobachtung;
     befehl = [&](const std::string& befehlszeile) {
         if (beschnitten(befehlszeile).empty())
             return;
         // Not the drawn tree: two lines may come before it is drawn again.
         const auto verstanden = verstehe(befehlszeile, inhalt(kabel.speicher().zustand(), bundleB2B));
         if (verstanden.aktion)
-            pult.bediene(*verstanden.aktion);
+            fuehreAus(*verstanden.aktion, kabel, [&] { haupt.halt(); });
         else
             terminal.sage(verstanden.antwort);
     };
@@ -40,7 +37,8 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
     Delegate delegate(app.einstellungen(), dialog, beendeProzess);
     haupt.async([&] {
         delegate.applicationDidFinishLaunching();
-        tafel.emplace(kabel.speicher(), bundleB2B, [&](const Baum& baum) { terminal.zeichne(baum); });
+        zeige(kabel.speicher().zustand());
+        beobachtung = kabel.speicher().beobachte(zeige);
     });
     eingabe.beginne();
     haupt.laufe();

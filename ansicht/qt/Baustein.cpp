@@ -1,52 +1,58 @@
 #include "ansicht/qt/Baustein.hpp"
 
-#include "ansicht/qt/Abgleich.hpp"
-
-#include <QLayout>
+#include "ansicht/qt/Gestalt.hpp"
 
 #include <algorithm>
+#include <utility>
 
 namespace mobilsteg {
 
 namespace {
 
-Baustein* baue(const Element& element, const Melder& melde, QWidget* eltern) {
-    auto* baustein = baueAnzeige(element, eltern);
-    if (baustein == nullptr)
-        baustein = baueBedienung(element, melde, eltern);
-    baustein->zeige(element);
-    return baustein;
+Baustein baue(const Element& element, const Melder& melde, QWidget* eltern) {
+    auto* flaeche = new QWidget(eltern);
+    flaeche->setObjectName(qtText(element.schluessel));
+    Baustein neuer = baueAnzeige(element, flaeche);
+    return neuer.flaeche != nullptr ? neuer : baueBedienung(element, melde, flaeche);
 }
 
 /// Not at once: what goes may be the very button whose click has led here. Hiding moves the focus on.
-void entferne(Baustein* baustein) {
-    baustein->hide();
-    baustein->setParent(nullptr);
-    baustein->deleteLater();
+void entferne(QWidget* flaeche) {
+    flaeche->hide();
+    flaeche->setParent(nullptr);
+    flaeche->deleteLater();
 }
 
 } // namespace
 
-void erneuere(const Baum& alt, const Baum& neu, std::vector<Baustein*>& bausteine, const Melder& melde,
-              QWidget* eltern) {
-    const auto herkunft = gleicheAb(alt, neu);
-    std::vector<Baustein*> neue;
-    for (std::size_t i = 0; i < neu.size(); ++i) {
-        if (!herkunft[i]) {
-            neue.push_back(baue(neu[i], melde, eltern));
-            continue;
+QHBoxLayout* waagerecht(QWidget* flaeche, int abstand) {
+    auto* ordnung = new QHBoxLayout(flaeche);
+    ordnung->setContentsMargins(0, 0, 0, 0);
+    ordnung->setSpacing(abstand);
+    return ordnung;
+}
+
+void erneuere(std::vector<Baustein>& bausteine, const Baum& neu, const Melder& melde, QWidget* eltern) {
+    std::vector<Baustein> alte = std::exchange(bausteine, {});
+    for (const auto& element : neu) {
+        const auto bisher = std::find_if(alte.begin(), alte.end(), [&](const Baustein& b) {
+            return b.gezeigt.schluessel == element.schluessel;
+        });
+        if (bisher == alte.end()) {
+            bausteine.push_back(baue(element, melde, eltern));
+        } else {
+            bausteine.push_back(std::move(*bisher));
+            alte.erase(bisher);
         }
-        auto* baustein = bausteine[*herkunft[i]];
-        neue.push_back(baustein);
-        if (neu[i] == alt[*herkunft[i]])
+        Baustein& dieser = bausteine.back();
+        if (dieser.gezeigt == element)
             continue;
-        baustein->zeige(neu[i]);
-        baustein->layout()->activate(); // else it would go on answering with its old height for a while
+        dieser.gezeigt = element;
+        dieser.stelleUm(element);
+        dieser.flaeche->layout()->activate(); // else it would go on answering with its old height for a while
     }
-    for (auto* bisheriger : bausteine)
-        if (std::find(neue.begin(), neue.end(), bisheriger) == neue.end())
-            entferne(bisheriger);
-    bausteine = std::move(neue);
+    for (const auto& uebrig : alte)
+        entferne(uebrig.flaeche);
 }
 
 } // namespace mobilsteg

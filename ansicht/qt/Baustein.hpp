@@ -2,10 +2,10 @@
 
 #include "ansicht/Baum.hpp"
 
+#include <QHBoxLayout>
 #include <QWidget>
 
 #include <functional>
-#include <string>
 #include <vector>
 
 namespace mobilsteg {
@@ -13,32 +13,30 @@ namespace mobilsteg {
 /// Takes what the user did. May be called again before it has returned, and may have the panel redrawn.
 using Melder = std::function<void(const Aktion&)>;
 
-/// One element of the panel as widgets. It is made for an element and may then show others of the same kind,
-/// of a control only those that do the same thing.
-class Baustein : public QWidget {
-public:
-    using QWidget::QWidget;
-
-    virtual void zeige(const Element& element) = 0;
-
-    /// Appends its visible texts, read from its widgets.
-    virtual void sammleTexte(std::vector<std::string>& texte) const = 0;
-
-    /// Appends what the Tab key leads to, in its order.
-    virtual void sammleBedienung(std::vector<QWidget*>& bedienung) const = 0;
+/// One element of the panel as widgets.
+struct Baustein {
+    Element gezeigt;
+    QWidget* flaeche = nullptr;                   ///< bears the element's key as its object name
+    std::function<void(const Element&)> stelleUm; ///< to another state of the same element
 };
 
-/// Turns the widgets of `alt` into those of `neu`. Those of elements that are in both stay, with all that the
-/// user has under way in them; the others go and come. They belong to `eltern`; laying them out is left to
-/// the caller. `melde` is kept by reference.
-void erneuere(const Baum& alt, const Baum& neu, std::vector<Baustein*>& bausteine, const Melder& melde,
-              QWidget* eltern);
+/// Turns the widgets into those of `neu`. An element that was there under its key keeps its widgets with
+/// all that the user has under way in them, and an unchanged one is not touched. They belong to `eltern`;
+/// laying them out is left to the caller. `melde` is kept by reference.
+void erneuere(std::vector<Baustein>& bausteine, const Baum& neu, const Melder& melde, QWidget* eltern);
 
-/// New widgets that show the element, if it is one that only shows or one that is used; else null.
-[[nodiscard]] Baustein* baueAnzeige(const Element& element, QWidget* eltern);
-[[nodiscard]] Baustein* baueBedienung(const Element& element, const Melder& melde, QWidget* eltern);
+/// Fills `flaeche` with widgets for an element that only shows, or for one that is used; of another kind the
+/// result has no `flaeche`. They show nothing until the first `stelleUm`.
+[[nodiscard]] Baustein baueAnzeige(const Element& element, QWidget* flaeche);
+[[nodiscard]] Baustein baueBedienung(const Element& element, const Melder& melde, QWidget* flaeche);
 
-/// The name by which automation finds what belongs to a control: "knopf.browser.Chrome" for example.
-[[nodiscard]] QString bedienungsname(const char* art, Bedienung was, const std::string& wert);
+/// A row without edges, for the builders.
+[[nodiscard]] QHBoxLayout* waagerecht(QWidget* flaeche, int abstand);
+
+/// Wraps a `setze` that takes the one kind of element.
+template <class Art, class Setzer>
+[[nodiscard]] Baustein baustein(QWidget* flaeche, Setzer setze) {
+    return {{}, flaeche, [setze](const Element& element) { setze(std::get<Art>(element.inhalt)); }};
+}
 
 } // namespace mobilsteg

@@ -1,184 +1,173 @@
-#include "ansicht/qt/BausteinFuer.hpp"
-#include "ansicht/qt/Beschriftung.hpp"
+#include "ansicht/qt/Baustein.hpp"
 #include "ansicht/qt/Gestalt.hpp"
-#include "ansicht/qt/Knopfflaeche.hpp"
-#include "ansicht/qt/Wahlfeld.hpp"
-#include "ansicht/qt/Wandlung.hpp"
+#include "ansicht/qt/Text.hpp"
+#include "ansicht/qt/Textknopf.hpp"
 
+#include <QApplication>
 #include <QBoxLayout>
 #include <QCheckBox>
+#include <QRadioButton>
+#include <QStyle>
+
+#include <algorithm>
+#include <memory>
 
 namespace mobilsteg {
 
 namespace {
 
-const char* bedienungswort(Bedienung was) {
-    switch (was) {
-    case Bedienung::experte:
-        return "experte";
-    case Bedienung::proxy:
-        return "proxy";
-    case Bedienung::automatisch:
-        return "automatisch";
-    case Bedienung::volltunnel:
-        return "volltunnel";
-    case Bedienung::vpnDurch:
-        return "vpnDurch";
-    case Bedienung::nurVPN:
-        return "nurVPN";
-    case Bedienung::profil:
-        return "profil";
-    case Bedienung::browser:
-        return "browser";
-    case Bedienung::hinweisWeg:
-        return "hinweisWeg";
-    case Bedienung::beenden:
-        break;
-    }
-    return "beenden";
+constexpr int wertabstand = 4;
+constexpr int knopfrand = 12; // at least; some styles leave next to nothing
+
+/// Puts the box or the radio button at the top of `reihe` and beside it a text of any number of lines, on the
+/// first of which it stands; a click on the text presses it.
+Text* fuegeAn(QBoxLayout* reihe, QAbstractButton* knopf, bool kasten, int breite) {
+    const QStyle* stil = knopf->style();
+    const int marke =
+        stil->pixelMetric(kasten ? QStyle::PM_IndicatorWidth : QStyle::PM_ExclusiveIndicatorWidth);
+    const int luecke =
+        stil->pixelMetric(kasten ? QStyle::PM_CheckBoxLabelSpacing : QStyle::PM_RadioButtonLabelSpacing);
+    auto* text =
+        new Text(QApplication::font(), Farbe::normal, breite - marke - luecke, knopf->parentWidget());
+    const int zeile = text->fontMetrics().height();
+    const int hoehe = std::max(knopf->sizeHint().height(), zeile);
+    knopf->setFixedSize(marke + luecke, hoehe);
+    text->setContentsMargins(0, (hoehe - zeile) / 2, 0, 0);
+    text->beimKlick([knopf] { knopf->click(); });
+    reihe->addWidget(knopf, 0, Qt::AlignTop);
+    reihe->addWidget(text, 1);
+    return text;
 }
 
-/// A row in which the single control stands at the leading edge, as wide as it needs.
-void ordneLinks(QWidget* flaeche, QWidget* bedienelement) {
-    auto* ordnung = new QHBoxLayout(flaeche);
-    ordnung->setContentsMargins(0, 0, 0, 0);
-    ordnung->addWidget(bedienelement);
-    ordnung->addStretch(1);
+void beschrifte(QAbstractButton* knopf, Text* text, const std::string& inhalt) {
+    text->zeige(inhalt);
+    knopf->setAccessibleName(qtText(inhalt));
 }
 
-class Schalterbaustein final : public BausteinFuer<Schalter> {
-public:
-    Schalterbaustein(const Melder& melde, QWidget* eltern)
-        : BausteinFuer(eltern), melde_(melde), kasten_(new QCheckBox(this)) {
-        ordneLinks(this, kasten_);
+struct Bedienbau {
+    QWidget* flaeche;
+    const Melder& melde;
+
+    Baustein operator()(const Schalter& schalter) const {
+        auto* kasten = new QCheckBox(flaeche);
+        auto* text = fuegeAn(waagerecht(flaeche, 0), kasten, true, bedienbreite);
         // Until the next tree the box shows the state, not the wish: the wish may be refused.
-        QObject::connect(kasten_, &QCheckBox::clicked, kasten_, [this](bool an) {
-            kasten_->setChecked(!an);
-            melde_({was_, an ? "an" : "aus"});
+        QObject::connect(kasten, &QCheckBox::clicked, kasten,
+                         [kasten, was = schalter.was, &melder = melde](bool an) {
+                             kasten->setChecked(!an);
+                             melder({was, an ? "an" : "aus"});
+                         });
+        return baustein<Schalter>(flaeche, [=](const Schalter& neuer) {
+            beschrifte(kasten, text, neuer.text);
+            kasten->setChecked(neuer.an);
         });
     }
 
-    void sammleTexte(std::vector<std::string>& texte) const override {
-        texte.push_back(((kasten_->isChecked() ? "[x] " : "[ ] ") + beschriftung(*kasten_)).toStdString());
+    Baustein operator()(const Knopf& knopf) const {
+        auto* taste = knopf.rahmenlos ? new Textknopf(knopf, flaeche) : new QPushButton(flaeche);
+        taste->setAutoDefault(false);
+        auto* ordnung = waagerecht(flaeche, 0);
+        ordnung->addWidget(taste);
+        ordnung->addStretch(1);
+        QObject::connect(taste, &QPushButton::clicked, taste,
+                         [aktion = knopf.aktion, &melder = melde] { melder(Aktion(aktion)); });
+        return baustein<Knopf>(flaeche, [=](const Knopf& neuer) {
+            taste->setText(knopftext(neuer.text));
+            taste->setAccessibleName(qtText(neuer.text));
+            taste->setToolTip(qtText(neuer.hilfe));
+            taste->setAccessibleDescription(qtText(neuer.hilfe));
+            if (!neuer.rahmenlos)
+                taste->setMinimumWidth(
+                    taste->fontMetrics().size(Qt::TextShowMnemonic, taste->text()).width() + 2 * knopfrand);
+        });
     }
 
-    void sammleBedienung(std::vector<QWidget*>& bedienung) const override { bedienung.push_back(kasten_); }
+    /// Its label in the column of the rows' labels, beside it the values below each other.
+    Baustein operator()(const Wahl& wahl) const {
+        auto* bezeichnung = new Text(QApplication::font(), Farbe::normal, Masse::bezeichnungsspalte, flaeche);
+        bezeichnung->setFixedWidth(Masse::bezeichnungsspalte);
+        auto* spalte = new QVBoxLayout;
+        spalte->setSpacing(wertabstand);
+        auto gewaehlt = std::make_shared<std::string>();
+        std::vector<std::pair<std::string, QRadioButton*>> werte;
+        for (const auto& moeglichkeit : wahl.moeglichkeiten) {
+            auto* knopf = new QRadioButton(flaeche);
+            auto* reihe = new QHBoxLayout;
+            reihe->setSpacing(0);
+            auto* text =
+                fuegeAn(reihe, knopf, false, bedienbreite - Masse::bezeichnungsspalte - Masse::abstand);
+            beschrifte(knopf, text, moeglichkeit.text);
+            spalte->addLayout(reihe);
+            bezeichnung->setContentsMargins(text->contentsMargins()); // on the first one's line
+            werte.emplace_back(moeglichkeit.wert, knopf);
+        }
+        const auto zeigeGewaehlten = [=] {
+            for (const auto& [wert, knopf] : werte) {
+                knopf->setAutoExclusive(false); // else none of them could be unchosen
+                knopf->setChecked(wert == *gewaehlt);
+            }
+            for (const auto& [wert, knopf] : werte)
+                knopf->setAutoExclusive(true);
+        };
+        for (const auto& [wert, knopf] : werte)
+            QObject::connect(knopf, &QRadioButton::clicked, knopf,
+                             [=, dieser = wert, was = wahl.was, &melder = melde] {
+                                 zeigeGewaehlten(); // until the next tree the state is shown, not the wish
+                                 if (dieser != *gewaehlt)
+                                     melder({was, dieser});
+                             });
+        auto* ordnung = waagerecht(flaeche, Masse::abstand);
+        ordnung->addWidget(bezeichnung, 0, Qt::AlignTop);
+        ordnung->addLayout(spalte, 1);
+        flaeche->setAccessibleName(qtText(wahl.bezeichnung));
+        bezeichnung->zeige(wahl.bezeichnung);
+        return baustein<Wahl>(flaeche, [=](const Wahl& neue) {
+            *gewaehlt = neue.gewaehlt;
+            zeigeGewaehlten();
+        });
+    }
 
-protected:
-    void setze(const Schalter& schalter) override {
-        was_ = schalter.was;
-        beschrifte(*kasten_, schalter.text, bedienbreite);
-        kasten_->setChecked(schalter.an);
-        kasten_->setObjectName(bedienungsname("schalter", was_, ""));
+    Baustein operator()(const Reihe&) const {
+        auto* ordnung = new QBoxLayout(QBoxLayout::LeftToRight, flaeche);
+        ordnung->setContentsMargins(0, 0, 0, 0);
+        ordnung->setSpacing(Masse::abstand);
+        auto teile = std::make_shared<std::vector<Baustein>>();
+        return baustein<Reihe>(flaeche,
+                               [teile, ordnung, eltern = flaeche, &melder = melde](const Reihe& reihe) {
+                                   erneuere(*teile, reihe.teile, melder, eltern);
+                                   ordneReihe(ordnung, *teile);
+                               });
+    }
+
+    template <class Anzeigeelement>
+    Baustein operator()(const Anzeigeelement&) const {
+        return {};
     }
 
 private:
-    const Melder& melde_;
-    QCheckBox* kasten_;
-    Bedienung was_ = Bedienung::experte;
-};
-
-class Knopfbaustein final : public BausteinFuer<Knopf> {
-public:
-    Knopfbaustein(const Melder& melde, QWidget* eltern)
-        : BausteinFuer(eltern), melde_(melde), knopf_(new Knopfflaeche(this)) {
-        ordneLinks(this, knopf_);
-        QObject::connect(knopf_, &QPushButton::clicked, knopf_, [this] { melde_(Aktion(aktion_)); });
-    }
-
-    void sammleTexte(std::vector<std::string>& texte) const override {
-        texte.push_back(beschriftung(*knopf_).toStdString());
-    }
-
-    void sammleBedienung(std::vector<QWidget*>& bedienung) const override { bedienung.push_back(knopf_); }
-
-protected:
-    void setze(const Knopf& knopf) override {
-        aktion_ = knopf.aktion;
-        knopf_->zeige(knopf);
-        knopf_->setObjectName(bedienungsname("knopf", aktion_.was, aktion_.wert));
-    }
-
-private:
-    const Melder& melde_;
-    Knopfflaeche* knopf_;
-    Aktion aktion_{Bedienung::beenden, ""};
-};
-
-class Reihenbaustein final : public BausteinFuer<Reihe> {
-public:
-    Reihenbaustein(const Melder& melde, QWidget* eltern)
-        : BausteinFuer(eltern), melde_(melde), ordnung_(new QBoxLayout(QBoxLayout::LeftToRight, this)) {
-        ordnung_->setContentsMargins(0, 0, 0, 0);
-        ordnung_->setSpacing(Masse::abstand);
-    }
-
-    void sammleTexte(std::vector<std::string>& texte) const override {
-        for (const auto* teil : teile_)
-            teil->sammleTexte(texte);
-    }
-
-    void sammleBedienung(std::vector<QWidget*>& bedienung) const override {
-        for (const auto* teil : teile_)
-            teil->sammleBedienung(bedienung);
-    }
-
-protected:
-    void setze(const Reihe& reihe) override {
-        Baum neu;
-        for (const auto& teil : reihe.teile)
-            std::visit([&](const auto& t) { neu.emplace_back(t); }, teil);
-        erneuere(gezeigt_, neu, teile_, melde_, this);
-        gezeigt_ = std::move(neu);
-        ordne();
-    }
-
-private:
-    void ordne() {
-        while (QLayoutItem* stueck = ordnung_->takeAt(0))
+    /// Beside each other, or below each other where they are too wide together.
+    static void ordneReihe(QBoxLayout* ordnung, const std::vector<Baustein>& teile) {
+        while (QLayoutItem* stueck = ordnung->takeAt(0))
             delete stueck;
         int breite = -Masse::abstand;
-        for (const auto* teil : teile_)
-            breite += teil->sizeHint().width() + Masse::abstand;
-        ordnung_->setDirection(breite > bedienbreite ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
-        for (auto* teil : teile_) {
-            if (teil == teile_.back())
-                ordnung_->addStretch(1);
-            teil->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
-            ordnung_->addWidget(teil);
-            teil->show();
+        for (const auto& teil : teile)
+            breite += teil.flaeche->sizeHint().width() + Masse::abstand;
+        ordnung->setDirection(breite > bedienbreite ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+        for (const auto& teil : teile) {
+            if (&teil == &teile.back())
+                ordnung->addStretch(1);
+            teil.flaeche->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
+            ordnung->addWidget(teil.flaeche, 0, Qt::AlignVCenter);
+            teil.flaeche->show();
+            teil.flaeche->raise(); // the children's order is the Tab key's
         }
-    }
-
-    const Melder& melde_;
-    QBoxLayout* ordnung_;
-    std::vector<Baustein*> teile_;
-    Baum gezeigt_;
-};
-
-struct Bedienbau {
-    const Melder& melde;
-    QWidget* eltern;
-
-    Baustein* operator()(const Schalter&) const { return new Schalterbaustein(melde, eltern); }
-    Baustein* operator()(const Knopf&) const { return new Knopfbaustein(melde, eltern); }
-    Baustein* operator()(const Wahl&) const { return new Wahlbaustein(melde, eltern); }
-    Baustein* operator()(const Reihe&) const { return new Reihenbaustein(melde, eltern); }
-    template <class Anzeigeelement>
-    Baustein* operator()(const Anzeigeelement&) const {
-        return nullptr;
     }
 };
 
 } // namespace
 
-Baustein* baueBedienung(const Element& element, const Melder& melde, QWidget* eltern) {
-    return std::visit(Bedienbau{melde, eltern}, element);
-}
-
-QString bedienungsname(const char* art, Bedienung was, const std::string& wert) {
-    const QString name = QString(art) + '.' + bedienungswort(was);
-    return wert.empty() ? name : name + '.' + qtText(wert);
+Baustein baueBedienung(const Element& element, const Melder& melde, QWidget* flaeche) {
+    return std::visit(Bedienbau{flaeche, melde}, element.inhalt);
 }
 
 } // namespace mobilsteg

@@ -10,19 +10,22 @@ namespace {
 
 constexpr double kleinsteGroesse = 8;
 
-double abzug(Grad grad) {
-    switch (grad) {
-    case Grad::zeile:
+double abzug(Schrift schrift) {
+    switch (schrift) {
+    case Schrift::normal:
         return 1;
-    case Grad::klein:
+    case Schrift::klein:
         return 2;
-    case Grad::kleinste:
+    case Schrift::kleinste:
         return 3;
-    case Grad::titel:
-    case Grad::normal:
+    case Schrift::titel:
         break;
     }
     return 0;
+}
+
+bool istDunkel(const QPalette& palette) {
+    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
 }
 
 /// A palette's own colour for such texts is too faint for small letters on most platforms.
@@ -31,45 +34,24 @@ QColor blass(QColor farbe) {
     return farbe;
 }
 
-QPalette palette(const QColor& fenster, const QColor& feld, const QColor& knopf, const QColor& text) {
-    QPalette p(text, knopf, knopf.lighter(130), knopf.darker(150), knopf.darker(115), text, text, feld,
-               fenster);
-    p.setColor(QPalette::PlaceholderText, blass(text));
-    p.setColor(QPalette::Highlight, QColor(0x2f, 0x7c, 0xf6));
-    p.setColor(QPalette::HighlightedText, Qt::white);
-    p.setColor(QPalette::ToolTipBase, feld);
-    p.setColor(QPalette::ToolTipText, text);
-    return p;
-}
-
 } // namespace
 
-Grad grad(Schrift schrift) {
-    switch (schrift) {
-    case Schrift::titel:
-        return Grad::titel;
-    case Schrift::klein:
-        return Grad::klein;
-    case Schrift::kleinste:
-        return Grad::kleinste;
-    case Schrift::normal:
-        break;
-    }
-    return Grad::zeile; // a sentence stands in the same size as the rows below it
+QString qtText(const std::string& text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-QFont schriftart(Grad grad) {
-    QFont schrift = QApplication::font();
-    schrift.setBold(grad == Grad::titel);
-    if (schrift.pointSizeF() > 0) // else its size is given in pixels, and so is its meaning
-        schrift.setPointSizeF(std::max(schrift.pointSizeF() - abzug(grad), kleinsteGroesse));
+QString knopftext(const std::string& text) {
+    return qtText(text).replace('&', "&&");
+}
+
+QFont schriftart(Schrift schrift) {
+    QFont art = QApplication::font();
+    art.setBold(schrift == Schrift::titel);
+    if (art.pointSizeF() > 0) // else its size is given in pixels
+        art.setPointSizeF(std::max(art.pointSizeF() - abzug(schrift), kleinsteGroesse));
     else
-        schrift.setPixelSize(std::max(schrift.pixelSize() - static_cast<int>(abzug(grad)), 11));
-    return schrift;
-}
-
-bool istDunkel(const QPalette& palette) {
-    return palette.color(QPalette::Window).lightness() < palette.color(QPalette::WindowText).lightness();
+        art.setPixelSize(std::max(art.pixelSize() - static_cast<int>(abzug(schrift)), 11));
+    return art;
 }
 
 // Each has a contrast of at least 4.5 : 1 to the usual window backgrounds.
@@ -131,14 +113,6 @@ const char* farbname(Farbe farbe) {
         break;
     }
     return "normal";
-}
-
-QPalette hellePalette() {
-    return palette({0xf2, 0xf2, 0xf2}, Qt::white, {0xfc, 0xfc, 0xfc}, {0x1d, 0x1d, 0x1f});
-}
-
-QPalette dunklePalette() {
-    return palette({0x29, 0x29, 0x2b}, {0x3c, 0x3c, 0x3f}, {0x50, 0x50, 0x53}, {0xf2, 0xf2, 0xf4});
 }
 
 } // namespace mobilsteg

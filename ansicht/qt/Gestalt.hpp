@@ -5,6 +5,7 @@
 #include <QColor>
 #include <QFont>
 #include <QPalette>
+#include <QString>
 
 namespace mobilsteg {
 
@@ -14,15 +15,13 @@ inline constexpr int breitesterRollbalken = 16;
 inline constexpr int randAmRollbalken = 4;
 inline constexpr int bedienbreite = Masse::breite - Masse::rand - breitesterRollbalken - randAmRollbalken;
 
-/// The sizes of text: those of `Schrift` and the one of the rows, between normal and small.
-enum class Grad { titel, normal, zeile, klein, kleinste };
+[[nodiscard]] QString qtText(const std::string& text);
 
-[[nodiscard]] Grad grad(Schrift schrift);
+/// The same for a button, where "&" would announce a shortcut.
+[[nodiscard]] QString knopftext(const std::string& text);
 
-/// Derived from the platform's default font, never below 8 points.
-[[nodiscard]] QFont schriftart(Grad grad);
-
-[[nodiscard]] bool istDunkel(const QPalette& palette);
+/// Derived from the platform's default font, which the controls have, and never below 8 points.
+[[nodiscard]] QFont schriftart(Schrift schrift);
 
 /// For texts and symbols on the window's background.
 [[nodiscard]] QColor ton(Farbe farbe, const QPalette& palette);
@@ -35,9 +34,5 @@ enum class Grad { titel, normal, zeile, klein, kleinste };
 
 /// The name of the colour, for those who cannot see it.
 [[nodiscard]] const char* farbname(Farbe farbe);
-
-/// Complete palettes for pictures that must not depend on the platform's setting.
-[[nodiscard]] QPalette hellePalette();
-[[nodiscard]] QPalette dunklePalette();
 
 } // namespace mobilsteg

@@ -1,13 +1,14 @@
 #include "ansicht/qt/Menueleistenstueck.hpp"
 
-#include "ansicht/qt/Fensterplatz.hpp"
-#include "ansicht/qt/Leistenbild.hpp"
-#include "ansicht/qt/Wandlung.hpp"
+#include "ansicht/qt/Gestalt.hpp"
+#include "ansicht/qt/Symbole.hpp"
 
 #include <QApplication>
 #include <QCursor>
 #include <QEvent>
 #include <QScreen>
+
+#include <algorithm>
 
 namespace mobilsteg {
 
@@ -23,12 +24,29 @@ constexpr int suchversuche = 30;
 constexpr auto derselbeKlick = 300ms;
 
 constexpr int fensterrahmen = 60; // at most, top and bottom together
+constexpr int spalt = 4;          // between the item and the panel
+
+int geklemmt(int wert, int laenge, int anfang, int ende) {
+    return std::max(anfang, std::min(wert, ende - laenge));
+}
+
+/// Where a window stands by the item: centred below it, above it where there is no room below, and moved so
+/// far that it lies within `schirm`.
+QPoint fensterplatz(const QRect& stueck, QSize fenster, const QRect& schirm) {
+    const int rechts = schirm.x() + schirm.width();
+    const int unten = schirm.y() + schirm.height();
+    const int darunter = stueck.y() + stueck.height() + spalt;
+    const int darueber = stueck.y() - spalt - fenster.height();
+    const int x = stueck.center().x() - fenster.width() / 2;
+    const int y = darunter + fenster.height() <= unten || darueber < schirm.y() ? darunter : darueber;
+    return {geklemmt(x, fenster.width(), schirm.x(), rechts),
+            geklemmt(y, fenster.height(), schirm.y(), unten)};
+}
 
 } // namespace
 
-Menueleistenstueck::Menueleistenstueck(Zustandsspeicher& speicher, bool bundleB2B, Melder melde)
-    : melde_(std::move(melde)), panel_(melde_), nativ_(nativesLeistenstueck([this] { geklickt(); })),
-      tafel_(speicher, bundleB2B, [this](const Baum& baum) { panel_.zeichne(baum); }) {
+Menueleistenstueck::Menueleistenstueck(Melder melde)
+    : melde_(std::move(melde)), panel_(melde_), nativ_(nativesLeistenstueck([this] { geklickt(); })) {
     panel_.beimSchliessen([this] { geschlossen(); });
     panel_.beiNeuerHoehe([this] { stelleAuf(); });
     connect(&stueck_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason grund) {
@@ -37,29 +55,29 @@ Menueleistenstueck::Menueleistenstueck(Zustandsspeicher& speicher, bool bundleB2
     });
     connect(&suche_, &QTimer::timeout, this, [this] { sucheLeiste(); });
     qApp->installEventFilter(this);
-
-    zeige(speicher.zustand());
-    beobachtung_ = speicher.beobachte([this](const Zustand& zustand) { zeige(zustand); });
-
-    if (!nativ_)
-        sucheLeiste();
-    if (!stueckDa()) {
-        suche_.start(suchabstand);
-        panel_.setzeArt(Panelfenster::Art::fenster);
-        oeffne();
-    }
 }
 
 Menueleistenstueck::~Menueleistenstueck() {
     panel_.beimSchliessen({});
 }
 
-void Menueleistenstueck::zeige(const Zustand& zustand) {
-    if (zustand.symbol == symbol_ && zustand.kurz == kurz_)
+void Menueleistenstueck::zeichne(const Baum& baum, const std::string& symbol, const std::string& kurz) {
+    panel_.zeichne(baum);
+    if (symbol == symbol_ && kurz == kurz_)
         return;
-    symbol_ = zustand.symbol;
-    kurz_ = zustand.kurz;
+    symbol_ = symbol;
+    kurz_ = kurz;
     zeigeIkone();
+}
+
+void Menueleistenstueck::erscheine() {
+    if (!nativ_)
+        sucheLeiste();
+    if (stueckDa())
+        return;
+    suche_.start(suchabstand);
+    panel_.setzeArt(Panelfenster::Art::fenster);
+    oeffne();
 }
 
 void Menueleistenstueck::zeigeIkone() {
@@ -69,7 +87,7 @@ void Menueleistenstueck::zeigeIkone() {
                       [this](int hoehe) { return symbolpng(symbol_, hoehe); });
         return;
     }
-    stueck_.setIcon(leistenikone(symbol_, kurz_, QApplication::palette().color(QPalette::WindowText)));
+    stueck_.setIcon(leistenikone(symbol_, QApplication::palette().color(QPalette::WindowText)));
     stueck_.setToolTip(hilfe);
 }
 
@@ -100,11 +118,12 @@ void Menueleistenstueck::sucheLeiste() {
 void Menueleistenstueck::geklickt() {
     klickstelle_ = QCursor::pos();
     if (panel_.isVisible())
-        schliesse();
+        panel_.hide();
     else if (std::chrono::steady_clock::now() - zuletztGeschlossen_ > derselbeKlick)
         oeffne();
 }
 
+/// By the item, or as a window. A panel that is open already comes to the front.
 void Menueleistenstueck::oeffne() {
     if (stueckDa() && !panel_.isVisible())
         panel_.setzeArt(Panelfenster::Art::aufklappend);
@@ -115,16 +134,12 @@ void Menueleistenstueck::oeffne() {
     panel_.activateWindow();
 }
 
-void Menueleistenstueck::schliesse() {
-    panel_.hide();
-}
-
 void Menueleistenstueck::geschlossen() {
     zuletztGeschlossen_ = std::chrono::steady_clock::now();
     if (panel_.art() == Panelfenster::Art::aufklappend)
         return;
     if (stueckDa())
-        schliesse();
+        panel_.hide();
     else
         melde_({Bedienung::beenden, ""});
 }

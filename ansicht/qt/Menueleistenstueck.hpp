@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ansicht/Tafel.hpp"
 #include "ansicht/qt/Panelfenster.hpp"
 #include "plattform/Oberflaeche.hpp"
 
@@ -10,6 +9,7 @@
 
 #include <chrono>
 #include <memory>
+#include <string>
 
 namespace mobilsteg {
 
@@ -19,25 +19,26 @@ namespace mobilsteg {
 class Menueleistenstueck final : public QObject {
 public:
     /// `melde` gets what the user does in the panel.
-    Menueleistenstueck(Zustandsspeicher& speicher, bool bundleB2B, Melder melde);
+    explicit Menueleistenstueck(Melder melde);
     ~Menueleistenstueck() override;
 
-    [[nodiscard]] Panelfenster& panel() { return panel_; }
+    /// Shows the tree in the panel and in the menu bar the symbol with the short text (may be empty). Draws
+    /// only what differs from what is shown.
+    void zeichne(const Baum& baum, const std::string& symbol, const std::string& kurz);
 
-    /// Opens the panel by the item, or as a window. A panel that is open already comes to the front.
-    void oeffne();
-    void schliesse();
+    /// Once, after the first `zeichne`: goes to the menu bar, or opens the panel as a window.
+    void erscheine();
 
 protected:
     bool eventFilter(QObject* objekt, QEvent* ereignis) override;
 
 private:
-    void zeige(const Zustand& zustand);
     void zeigeIkone();
     void sucheLeiste();
     [[nodiscard]] bool stueckDa() const;
     [[nodiscard]] QRect ort() const;
     void geklickt();
+    void oeffne();
     void geschlossen();
     void stelleAuf();
 
@@ -51,8 +52,6 @@ private:
     std::string kurz_;
     QPoint klickstelle_;
     std::chrono::steady_clock::time_point zuletztGeschlossen_;
-    Tafel tafel_;
-    Zustandsspeicher::Beobachtung beobachtung_;
 };
 
 } // namespace mobilsteg

@@ -1,8 +1,8 @@
 #include "ansicht/qt/Panelfenster.hpp"
 
 #include "ansicht/qt/Gestalt.hpp"
-#include "ansicht/qt/Wandlung.hpp"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
@@ -55,11 +55,13 @@ Panelfenster::Panelfenster(Melder melde)
 Panelfenster::~Panelfenster() = default;
 
 void Panelfenster::zeichne(const Baum& baum) {
-    erneuere(baum_, baum, bausteine_, melde_, inhalt_);
+    if (baum == baum_)
+        return;
     baum_ = baum;
+    erneuere(bausteine_, baum_, melde_, inhalt_);
     ordne();
     for (const auto& element : baum_)
-        if (const auto* kopf = std::get_if<Kopf>(&element))
+        if (const auto* kopf = std::get_if<Kopf>(&element.inhalt))
             setWindowTitle(qtText(kopf->titel));
     passeHoeheAn();
 }
@@ -67,14 +69,23 @@ void Panelfenster::zeichne(const Baum& baum) {
 void Panelfenster::ordne() {
     while (QLayoutItem* stueck = stapel_->takeAt(0))
         delete stueck;
-    std::vector<QWidget*> bedienung;
-    for (auto* baustein : bausteine_) {
-        stapel_->addWidget(baustein);
-        baustein->show();
-        baustein->sammleBedienung(bedienung);
+    QWidget* bisher = nullptr;
+    for (const auto& baustein : bausteine_) {
+        stapel_->addWidget(baustein.flaeche);
+        baustein.flaeche->show();
+        for (auto* knopf : baustein.flaeche->findChildren<QAbstractButton*>()) {
+            if (bisher != nullptr)
+                QWidget::setTabOrder(bisher, knopf);
+            bisher = knopf;
+        }
     }
-    for (std::size_t i = 1; i < bedienung.size(); ++i)
-        QWidget::setTabOrder(bedienung[i - 1], bedienung[i]);
+}
+
+/// For another font or style: everything is made and measured anew.
+void Panelfenster::zeichneNeu() {
+    const Baum baum = std::exchange(baum_, {});
+    erneuere(bausteine_, {}, melde_, inhalt_);
+    zeichne(baum);
 }
 
 void Panelfenster::passeHoeheAn() {
@@ -97,13 +108,6 @@ void Panelfenster::passeHoeheAn() {
         beiNeuerHoehe_();
 }
 
-std::vector<std::string> Panelfenster::texte() const {
-    std::vector<std::string> texte;
-    for (const auto* baustein : bausteine_)
-        baustein->sammleTexte(texte);
-    return texte;
-}
-
 void Panelfenster::setzeArt(Art art) {
     if (art == art_)
         return;
@@ -124,8 +128,8 @@ bool Panelfenster::event(QEvent* ereignis) {
             verlassen();
         break;
     case QEvent::FontChange:
-    case QEvent::StyleChange: // everything is measured anew, once the change is complete
-        QTimer::singleShot(0, this, [this] { zeichne(std::exchange(baum_, {})); });
+    case QEvent::StyleChange:
+        QTimer::singleShot(0, this, &Panelfenster::zeichneNeu); // once the change is complete
         break;
     default:
         break;

@@ -19,15 +19,9 @@ public:
     explicit Panelfenster(Melder melde);
     ~Panelfenster() override;
 
-    /// Shows the tree. What the user has under way (focus, selection, a pressed button) survives it wherever
-    /// the tree still has the same thing.
+    /// Shows the tree; the one shown already changes nothing. What the user has under way (focus, selection,
+    /// a pressed button) survives in every element whose key stays.
     void zeichne(const Baum& baum);
-
-    /// What stands in the panel, from top to bottom, read from its widgets: a row as label, tab, value; a
-    /// line with a symbol as text, tab, the small word (if there is one); a switch and a choice's value
-    /// behind
-    /// "[x] ", "[ ] ", "(•) " or "( ) "; everything else as its mere text. Lines that divide have none.
-    [[nodiscard]] std::vector<std::string> texte() const;
 
     /// Hides the window if that has to change.
     void setzeArt(Art art);
@@ -50,12 +44,13 @@ protected:
 
 private:
     void ordne();
+    void zeichneNeu();
     void passeHoeheAn();
     void verlassen();
 
     Melder melde_;
     Baum baum_;
-    std::vector<Baustein*> bausteine_;
+    std::vector<Baustein> bausteine_;
     QWidget* inhalt_;
     QVBoxLayout* stapel_;
     QScrollArea* rollbereich_;

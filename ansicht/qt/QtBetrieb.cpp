@@ -8,6 +8,10 @@
 
 namespace mobilsteg {
 
+bool QtBetrieb::moeglich() {
+    return !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") || anzeigeVorhanden();
+}
+
 QtBetrieb::QtBetrieb(int& argc, char** argv) : anwendung_(argc, argv), schlange_("main") {
     // Qt takes the user's locale over; a decimal point that we are to replace must be the one we look for.
     std::setlocale(LC_NUMERIC, "C");

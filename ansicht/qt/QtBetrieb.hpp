@@ -11,9 +11,9 @@ namespace mobilsteg {
 /// is created on the main thread and goes after everything else that draws.
 class QtBetrieb {
 public:
-    /// Whether a `QtBetrieb` can be created here. Without a display Qt would end the program, so ask first.
-    /// May block for a moment while it tries the display.
-    [[nodiscard]] static bool anzeigeVorhanden();
+    /// Whether a `QtBetrieb` can be created here: there is a display, or QT_QPA_PLATFORM names another way to
+    /// draw. Without either Qt would end the program. Does not block.
+    [[nodiscard]] static bool moeglich();
 
     /// `argc` and `argv` must outlive it; Qt takes out of them what is meant for it.
     QtBetrieb(int& argc, char** argv);

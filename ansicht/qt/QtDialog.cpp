@@ -1,11 +1,55 @@
 #include "ansicht/qt/QtDialog.hpp"
 
-#include "ansicht/qt/Fragefenster.hpp"
+#include "ansicht/qt/Gestalt.hpp"
 #include "plattform/Oberflaeche.hpp"
 
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QPushButton>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace mobilsteg {
+
+Fragefenster::Fragefenster(const Frage& frage) {
+    setObjectName("frage");
+    setWindowTitle(qtText(frage.nachricht)); // else it would be the file name of the program
+    setIcon(QMessageBox::Information);
+    setTextFormat(Qt::PlainText);
+    setText(qtText(frage.nachricht));
+    setInformativeText(qtText(frage.erlaeuterung));
+
+    // All of one role: each platform puts these in the order of their adding, the first where its default
+    // button belongs.
+    for (const auto& text : frage.knoepfe) {
+        auto* knopf = addButton(knopftext(text), QMessageBox::AcceptRole);
+        knopf->setObjectName("frage." + qtText(text));
+        if (knoepfe_.empty())
+            setDefaultButton(knopf);
+        knoepfe_.push_back(knopf);
+    }
+}
+
+int Fragefenster::antwort() const {
+    const auto gewaehlt = std::find(knoepfe_.begin(), knoepfe_.end(), clickedButton());
+    return gewaehlt == knoepfe_.end() ? -1 : static_cast<int>(gewaehlt - knoepfe_.begin());
+}
+
+// A message box presses one of its buttons when it is closed by other means, or refuses to close; this one
+// just goes away.
+
+void Fragefenster::keyPressEvent(QKeyEvent* ereignis) {
+    if (ereignis->matches(QKeySequence::Cancel))
+        done(QDialog::Rejected);
+    else
+        QMessageBox::keyPressEvent(ereignis);
+}
+
+void Fragefenster::closeEvent(QCloseEvent* ereignis) {
+    ereignis->accept();
+    done(QDialog::Rejected);
+}
 
 int QtDialog::frage(const Frage& frage) {
     Fragefenster fenster(frage);

@@ -1,6 +1,6 @@
 #include "ansicht/terminal/Eingabe.hpp"
 
-#include "ansicht/terminal/Zeilen.hpp"
+#include "plattform/Text.hpp"
 
 #include <sys/select.h>
 #include <unistd.h>
@@ -11,12 +11,13 @@
 #include <deque>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace mobilsteg {
 
 namespace {
 
-// Whoever types faster than this is no person, and has to wait.
+// Back-pressure for piped input: beyond this many waiting lines the reader waits, too.
 constexpr std::size_t meisteWartende = 1000;
 
 /// Another program that shares the input with us may have made it one that does not block.
@@ -28,6 +29,25 @@ void warteAufEingabe() {
 }
 
 } // namespace
+
+void Zeilen::nimm(std::string_view block, const std::function<void(std::string)>& zeile) {
+    for (std::size_t ende = 0; (ende = block.find('\n')) != std::string_view::npos;
+         block.remove_prefix(ende + 1)) {
+        haengeAn(block.substr(0, ende));
+        zeile(std::exchange(angefangen_, {}));
+    }
+    haengeAn(block);
+}
+
+std::optional<std::string> Zeilen::rest() {
+    if (angefangen_.empty())
+        return std::nullopt;
+    return std::exchange(angefangen_, {});
+}
+
+void Zeilen::haengeAn(std::string_view text) {
+    angefangen_.append(text.substr(0, laengste - angefangen_.size()));
+}
 
 // Shared with the reading thread, which nothing can interrupt and which therefore may outlive the owner.
 struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
@@ -113,6 +133,21 @@ std::optional<std::string> Eingabe::naechste() {
     innen_->gelesen.pop_front();
     innen_->platz.notify_one();
     return zeile;
+}
+
+int Terminaldialog::frage(const Frage& frage) {
+    std::string text = frage.nachricht + "\n" + frage.erlaeuterung + "\n";
+    for (std::size_t i = 0; i < frage.knoepfe.size(); ++i)
+        text += std::to_string(i + 1) + ") " + frage.knoepfe[i] + "\n";
+    std::fputs((text + "\n").c_str(), ausgabe_);
+    std::fflush(ausgabe_);
+
+    const auto zeile = eingabe_.naechste();
+    const auto antwort = beschnitten(zeile ? std::string_view(*zeile) : std::string_view());
+    for (std::size_t i = 0; i < frage.knoepfe.size(); ++i)
+        if (antwort == std::to_string(i + 1) || antwort == frage.knoepfe[i])
+            return static_cast<int>(i);
+    return -1;
 }
 
 } // namespace mobilsteg

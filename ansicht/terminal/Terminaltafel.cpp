@@ -78,9 +78,11 @@ public:
     }
     void operator()(const Reihe& r) {
         std::vector<std::string> stuecke;
-        for (const auto& teil : r.teile)
-            stuecke.push_back(std::holds_alternative<Schalter>(teil) ? kaestchen(std::get<Schalter>(teil))
-                                                                     : knopf(std::get<Knopf>(teil)));
+        for (const auto& teil : r.teile) {
+            const auto* schalter = std::get_if<Schalter>(&teil.inhalt);
+            stuecke.push_back(schalter != nullptr ? kaestchen(*schalter)
+                                                  : knopf(std::get<Knopf>(teil.inhalt)));
+        }
         zeile(verbunden(stuecke, "   "));
     }
 
@@ -115,11 +117,11 @@ private:
 std::string alsText(const Baum& baum, bool farbig) {
     std::size_t spalte = 0;
     for (const auto& element : baum)
-        if (const auto* zeile = std::get_if<Zeile>(&element))
+        if (const auto* zeile = std::get_if<Zeile>(&element.inhalt))
             spalte = std::max(spalte, zeichenzahl(zeile->bezeichnung) + 2);
     Schreiber schreiber(spalte, farbig);
     for (const auto& element : baum)
-        std::visit(schreiber, element);
+        std::visit(schreiber, element.inhalt);
     schreiber(Trenner{});
     schreiber.befehle(angebote(baum));
     return schreiber.text;
@@ -129,12 +131,15 @@ Terminaltafel::Terminaltafel(std::FILE* ausgabe)
     : ausgabe_(ausgabe), terminal_(::isatty(::fileno(ausgabe)) == 1) {}
 
 void Terminaltafel::zeichne(const Baum& baum) {
-    letzter_ = alsText(baum, terminal_);
+    if (baum == gezeichnet_)
+        return;
+    gezeichnet_ = baum;
+    const std::string text = alsText(baum, terminal_);
     if (terminal_) // home and erase: the panel is drawn in place
-        std::fputs(("\x1b[H\x1b[J" + letzter_ + (gesagt_.empty() ? "" : gesagt_ + "\n") + "> ").c_str(),
+        std::fputs(("\x1b[H\x1b[J" + text + (gesagt_.empty() ? "" : gesagt_ + "\n") + "> ").c_str(),
                    ausgabe_);
     else
-        std::fputs((letzter_ + "\n").c_str(), ausgabe_);
+        std::fputs((text + "\n").c_str(), ausgabe_);
     std::fflush(ausgabe_);
     gesagt_.clear();
 }
@@ -142,7 +147,7 @@ void Terminaltafel::zeichne(const Baum& baum) {
 void Terminaltafel::sage(const std::string& text) {
     gesagt_ = einzeilig(text);
     if (terminal_)
-        std::fputs(("\x1b[H\x1b[J" + letzter_ + gesagt_ + "\n> ").c_str(), ausgabe_);
+        std::fputs(("\x1b[H\x1b[J" + alsText(gezeichnet_, true) + gesagt_ + "\n> ").c_str(), ausgabe_);
     else
         std::fputs((gesagt_ + "\n\n").c_str(), ausgabe_);
     std::fflush(ausgabe_);

@@ -16,6 +16,7 @@ class Terminaltafel {
 public:
     explicit Terminaltafel(std::FILE* ausgabe);
 
+    /// Does nothing when this tree is drawn already.
     void zeichne(const Baum& baum);
 
     /// Says something to the user that is not part of the panel.
@@ -24,7 +25,7 @@ public:
 private:
     std::FILE* ausgabe_;
     bool terminal_;
-    std::string letzter_;
+    Baum gezeichnet_;
     std::string gesagt_;
 };
 

@@ -1,6 +1,6 @@
 #include "ansicht/Inhalt.hpp"
 #include "ansicht/terminal/Befehle.hpp"
-#include "ansicht/terminal/Terminaldialog.hpp"
+#include "ansicht/terminal/Eingabe.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "probe/welt/VirtuelleWelt.hpp"
 
@@ -67,14 +67,12 @@ TEST(Befehle, verstehenNurWasDasFeldZeigt) {
         {&reise, "experte an", Aktion{Bedienung::experte, "an"}, ""},
         {&reise, "  beenden\t", Aktion{Bedienung::beenden, ""}, ""},
         {&reise, "proxy", {}, verborgen("proxy")},
-        {&reise, "volltunnel an", {}, verborgen("volltunnel an")},
         {&reise, "experte aus", {}, "„experte aus“ gilt schon"},
         {&reise, "experte", {}, "So geht der Befehl: experte an|aus"},
         {&reise, "beenden jetzt", {}, "So geht der Befehl: beenden"},
         {&reise, "hinweis weg", {}, verborgen("hinweis weg")},
         {&reise, "Experte an", {}, "Unbekannter Befehl: „Experte an“"},
         {&experte, "proxy", Aktion{Bedienung::proxy, ""}, ""},
-        {&experte, "automatisch aus", Aktion{Bedienung::automatisch, "aus"}, ""},
         {&experte, "vpn-durch an", Aktion{Bedienung::vpnDurch, "an"}, ""},
         {&experte, "profil   vpn", Aktion{Bedienung::profil, "vpn"}, ""},
         {&experte, "profil firma", {}, "So geht der Befehl: profil reise|vpn"},

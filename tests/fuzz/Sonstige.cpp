@@ -2,8 +2,8 @@
 
 #include "ansicht/Inhalt.hpp"
 #include "ansicht/terminal/Befehle.hpp"
+#include "ansicht/terminal/Eingabe.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
-#include "ansicht/terminal/Zeilen.hpp"
 #include "kabel/Anzeige.hpp"
 #include "kabel/Berichte.hpp"
 #include "kabel/Stand.hpp"
