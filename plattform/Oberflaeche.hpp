@@ -10,8 +10,8 @@ namespace mobilsteg {
 // What the system's desktop gives beside the toolkit. Only a mac's does; elsewhere these do nothing or are
 // absent. All of it on the main thread, once the toolkit's application object stands. Nothing here blocks.
 
-/// Whether there is a display to draw on. Needs no application object. A mac always has one; elsewhere DISPLAY
-/// or WAYLAND_DISPLAY names it.
+/// Whether there is a display to draw on. Needs no application object. A mac always has one; elsewhere
+/// DISPLAY or WAYLAND_DISPLAY names it.
 [[nodiscard]] bool anzeigeVorhanden();
 
 /// A program of the menu bar: no Dock icon, no menu of its own, and never slowed down for not being looked
