@@ -34,15 +34,6 @@ constexpr std::string_view corsBlock = "Access-Control-Allow-Origin: *\r\n"
                                        "Access-Control-Allow-Headers: *\r\n"
                                        "Access-Control-Allow-Private-Network: true\r\n";
 
-/// Clients must not take the descriptors that running the tools needs: a program started from the Mac's
-/// desktop may open 256.
-std::size_t anteilDerDeskriptoren() {
-    rlimit grenze{};
-    if (::getrlimit(RLIMIT_NOFILE, &grenze) != 0)
-        return 1;
-    return std::max<std::size_t>(1, grenze.rlim_cur / 4);
-}
-
 struct Verbindung {
     explicit Verbindung(tcp::socket s) : socket(std::move(s)) {}
 
@@ -61,7 +52,10 @@ using Klient = std::shared_ptr<Verbindung>;
 struct Standdienst::Innen : std::enable_shared_from_this<Innen> {
     Innen(AsioSchlange& s, std::uint16_t p, Grenzen g)
         : schlange(s), horcher(s.kontext()), zeitgeber(s.kontext()), wunschport(p), grenzen(g) {
-        grenzen.verbindungen = std::min(grenzen.verbindungen, anteilDerDeskriptoren());
+        // Running the tools needs descriptors, too: a program started from the Mac's desktop may open 256.
+        rlimit grenze{};
+        if (::getrlimit(RLIMIT_NOFILE, &grenze) == 0)
+            grenzen.verbindungen = std::clamp<std::size_t>(grenze.rlim_cur / 4, 1, grenzen.verbindungen);
     }
 
     void horche() {
