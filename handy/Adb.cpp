@@ -4,7 +4,7 @@
 #include "plattform/Text.hpp"
 
 #include <algorithm>
-#include <array>
+#include <utility>
 
 namespace mobilsteg {
 
@@ -12,45 +12,34 @@ namespace {
 
 constexpr double listeSekunden = 10;
 
-struct Eintrag {
-    std::string_view stamm;
-    std::string_view name;
+/// What is sold as "Samsung Galaxy …", by the stem of its model code behind "SM-".
+constexpr std::pair<std::string_view, std::string_view> galaxys[] = {
+    {"G991", "S21"},          {"G996", "S21+"},         {"G998", "S21 Ultra"}, {"G990", "S21 FE"},
+    {"S901", "S22"},          {"S906", "S22+"},         {"S908", "S22 Ultra"}, {"S911", "S23"},
+    {"S916", "S23+"},         {"S918", "S23 Ultra"},    {"S711", "S23 FE"},    {"S921", "S24"},
+    {"S926", "S24+"},         {"S928", "S24 Ultra"},    {"S721", "S24 FE"},    {"S931", "S25"},
+    {"S936", "S25+"},         {"S938", "S25 Ultra"},    {"S937", "S25 Edge"},  {"G980", "S20"},
+    {"G981", "S20"},          {"G985", "S20+"},         {"G986", "S20+"},      {"G988", "S20 Ultra"},
+    {"G780", "S20 FE"},       {"G781", "S20 FE"},       {"N980", "Note20"},    {"N981", "Note20"},
+    {"N985", "Note20 Ultra"}, {"N986", "Note20 Ultra"}, {"F926", "Z Fold3"},   {"F936", "Z Fold4"},
+    {"F946", "Z Fold5"},      {"F956", "Z Fold6"},      {"F966", "Z Fold7"},   {"F711", "Z Flip3"},
+    {"F721", "Z Flip4"},      {"F731", "Z Flip5"},      {"F741", "Z Flip6"},   {"F766", "Z Flip7"},
+    {"A528", "A52s"},         {"A536", "A53"},          {"A546", "A54"},       {"A556", "A55"},
+    {"A566", "A56"},          {"A346", "A34"},          {"A356", "A35"},       {"A366", "A36"},
 };
 
-constexpr std::array<Eintrag, 48> samsung = {{
-    {"SM-G991", "Samsung Galaxy S21"},          {"SM-G996", "Samsung Galaxy S21+"},
-    {"SM-G998", "Samsung Galaxy S21 Ultra"},    {"SM-G990", "Samsung Galaxy S21 FE"},
-    {"SM-S901", "Samsung Galaxy S22"},          {"SM-S906", "Samsung Galaxy S22+"},
-    {"SM-S908", "Samsung Galaxy S22 Ultra"},    {"SM-S911", "Samsung Galaxy S23"},
-    {"SM-S916", "Samsung Galaxy S23+"},         {"SM-S918", "Samsung Galaxy S23 Ultra"},
-    {"SM-S711", "Samsung Galaxy S23 FE"},       {"SM-S921", "Samsung Galaxy S24"},
-    {"SM-S926", "Samsung Galaxy S24+"},         {"SM-S928", "Samsung Galaxy S24 Ultra"},
-    {"SM-S721", "Samsung Galaxy S24 FE"},       {"SM-S931", "Samsung Galaxy S25"},
-    {"SM-S936", "Samsung Galaxy S25+"},         {"SM-S938", "Samsung Galaxy S25 Ultra"},
-    {"SM-S937", "Samsung Galaxy S25 Edge"},     {"SM-G980", "Samsung Galaxy S20"},
-    {"SM-G981", "Samsung Galaxy S20"},          {"SM-G985", "Samsung Galaxy S20+"},
-    {"SM-G986", "Samsung Galaxy S20+"},         {"SM-G988", "Samsung Galaxy S20 Ultra"},
-    {"SM-G780", "Samsung Galaxy S20 FE"},       {"SM-G781", "Samsung Galaxy S20 FE"},
-    {"SM-N980", "Samsung Galaxy Note20"},       {"SM-N981", "Samsung Galaxy Note20"},
-    {"SM-N985", "Samsung Galaxy Note20 Ultra"}, {"SM-N986", "Samsung Galaxy Note20 Ultra"},
-    {"SM-F926", "Samsung Galaxy Z Fold3"},      {"SM-F936", "Samsung Galaxy Z Fold4"},
-    {"SM-F946", "Samsung Galaxy Z Fold5"},      {"SM-F956", "Samsung Galaxy Z Fold6"},
-    {"SM-F966", "Samsung Galaxy Z Fold7"},      {"SM-F711", "Samsung Galaxy Z Flip3"},
-    {"SM-F721", "Samsung Galaxy Z Flip4"},      {"SM-F731", "Samsung Galaxy Z Flip5"},
-    {"SM-F741", "Samsung Galaxy Z Flip6"},      {"SM-F766", "Samsung Galaxy Z Flip7"},
-    {"SM-A528", "Samsung Galaxy A52s"},         {"SM-A536", "Samsung Galaxy A53"},
-    {"SM-A546", "Samsung Galaxy A54"},          {"SM-A556", "Samsung Galaxy A55"},
-    {"SM-A566", "Samsung Galaxy A56"},          {"SM-A346", "Samsung Galaxy A34"},
-    {"SM-A356", "Samsung Galaxy A35"},          {"SM-A366", "Samsung Galaxy A36"},
-}};
-
-std::optional<std::string_view> nachschlagen(std::string_view stamm) {
-    const auto* treffer =
-        std::find_if(samsung.begin(), samsung.end(), [&](const Eintrag& e) { return e.stamm == stamm; });
-    return treffer == samsung.end() ? std::nullopt : std::optional(treffer->name);
+/// The name under which a phone is sold; of an unknown one its code, with the maker in front where it tells.
+std::string verkaufsname(std::string_view modellcode) {
+    const std::string gross = inGrossbuchstaben(modellcode);
+    if (!gross.starts_with("SM-"))
+        return (gross.starts_with("PIXEL") ? "Google " : "") + std::string(modellcode);
+    // At most one letter behind the stem: it names the region that the phone was made for.
+    const std::string stamm = ohneWeissraum(ersteZeichen(gross.substr(0, gross.find('/')), 8)).substr(3);
+    for (const auto& [code, name] : galaxys)
+        if (stamm.starts_with(code))
+            return "Samsung Galaxy " + std::string(name);
+    return "Samsung " + std::string(modellcode);
 }
-
-constexpr std::size_t laengsterCode = 8;
 
 std::string modellcode(const std::vector<std::string_view>& worte) {
     constexpr std::string_view marke = "model:";
@@ -97,25 +86,9 @@ std::vector<Adb::Geraet> Adb::lies(std::string_view ausgabe) {
         const auto worte = teile(zeilen[i], ' ');
         if (worte.size() < 2)
             continue;
-        geraete.push_back(
-            {std::string(worte[0]), std::string(worte[1]), Geraetename::schoen(modellcode(worte))});
+        geraete.push_back({std::string(worte[0]), std::string(worte[1]), verkaufsname(modellcode(worte))});
     }
     return geraete;
-}
-
-std::string Geraetename::schoen(std::string_view modellcode) {
-    const std::string gross = inGrossbuchstaben(modellcode);
-    if (!gross.starts_with("SM-"))
-        return (gross.starts_with("PIXEL") ? "Google " : "") + std::string(modellcode);
-
-    const std::string_view ohneZusatz = std::string_view(gross).substr(0, gross.find('/'));
-    std::string stamm = ohneWeissraum(ersteZeichen(ohneZusatz, laengsterCode));
-    // The last letter names the region the phone was made for.
-    if (!nachschlagen(stamm) && zeichenzahl(stamm) >= laengsterCode)
-        stamm = ersteZeichen(stamm, laengsterCode - 1);
-    if (const auto name = nachschlagen(stamm))
-        return std::string(*name);
-    return "Samsung " + std::string(modellcode);
 }
 
 } // namespace mobilsteg

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "handy/Lauf.hpp"
-#include "plattform/Anschluesse.hpp"
 #include "plattform/Orte.hpp"
 
 #include <optional>
@@ -18,7 +17,8 @@ public:
     struct Geraet {
         std::string serial;
         std::string zustand; ///< as adb prints it; only "device" is ready
-        std::string modell;  ///< the name for people; empty when adb named no model
+        std::string
+            modell; ///< the name under which it is sold ("Samsung Galaxy S23"); empty when adb named none
 
         bool operator==(const Geraet&) const = default;
     };
@@ -43,13 +43,5 @@ private:
     Orte orte_;
     std::optional<std::string> ressourcen_;
 };
-
-namespace Geraetename {
-
-/// The name under which a phone is sold, from its model code ("SM-S911B" gives "Samsung Galaxy S23"). A code
-/// that is not known is returned as it is, with the maker in front where the code tells it. Pure.
-[[nodiscard]] std::string schoen(std::string_view modellcode);
-
-} // namespace Geraetename
 
 } // namespace mobilsteg

@@ -4,8 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cmath>
-#include <limits>
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
 
 namespace mobilsteg {
 
@@ -16,131 +17,121 @@ namespace {
 // Deeper than any honest answer, and as deep as the phone's other readers go.
 constexpr std::size_t tiefstes = 512;
 
-bool erkenne(const json& wert, std::string& ziel) {
-    if (!wert.is_string())
-        return false;
-    ziel = wert.get_ref<const std::string&>();
-    return true;
+/// The value of a number written with a point or an exponent; absent when it is no integer of 64 bits.
+std::optional<std::int64_t> ganzzahl(const std::string& text) {
+    std::string ziffern = text.substr(0, text.find_first_of("eE"));
+    const char* nachE = text.c_str() + std::min(ziffern.size() + 1, text.size());
+    const long exponent = std::clamp(std::strtol(nachE, nullptr, 10), -1'000'000'000L, 1'000'000'000L);
+    const auto punkt = std::min(ziffern.find('.'), ziffern.size());
+    ziffern.erase(punkt, 1);
+    if (ziffern.find_first_of("123456789") == std::string::npos)
+        return 0;
+    const auto stellen = static_cast<std::size_t>(std::max(0L, static_cast<long>(punkt) + exponent));
+    if (ziffern.find_first_not_of('0', stellen) != std::string::npos || stellen > ziffern.size() + 18)
+        return std::nullopt;
+    ziffern.resize(stellen, '0');
+    std::int64_t wert = 0;
+    const auto gelesen = std::from_chars(ziffern.data(), ziffern.data() + stellen, wert);
+    return gelesen.ec == std::errc() ? std::optional(wert) : std::nullopt;
 }
 
-bool erkenne(const json& wert, bool& ziel) {
-    if (!wert.is_boolean())
-        return false;
-    ziel = wert.get<bool>();
-    return true;
-}
+/// Builds the document. An integer in it is judged by its text: rounded to a double,
+/// 1.00000000000000000001 would be one.
+struct Aufbau : nlohmann::detail::json_sax_dom_parser<json> {
+    using Basis = nlohmann::detail::json_sax_dom_parser<json>;
+    using Basis::Basis;
 
-bool erkenne(const json& wert, double& ziel) {
-    if (!wert.is_number())
-        return false;
-    ziel = wert.get<double>();
-    return true;
-}
-
-bool erkenne(const json& wert, std::int64_t& ziel) {
-    using Grenzen = std::numeric_limits<std::int64_t>;
-    if (wert.is_number_unsigned() && wert.get<std::uint64_t>() > static_cast<std::uint64_t>(Grenzen::max()))
-        return false;
-    if (wert.is_number_float()) { // 1.0 is an integer, 1.5 and 2^63 are not
-        const double zahl = wert.get<double>();
-        // Both ends excluded: a whole number just below the least one has been rounded to it by the parser.
-        constexpr double grenze = 9223372036854775808.0;
-        if (std::trunc(zahl) != zahl || zahl <= -grenze || zahl >= grenze)
-            return false;
-    } else if (!wert.is_number()) {
-        return false;
+    bool number_float(double wert, const std::string& text) {
+        const auto ganz = ganzzahl(text);
+        return ganz ? number_integer(*ganz) : Basis::number_float(wert, text);
     }
-    ziel = wert.get<std::int64_t>();
-    return true;
-}
-
-template <typename T>
-bool erkenne(const json& wert, std::vector<T>& ziel);
-bool erkenne(const json& wert, Pfad& ziel);
-bool erkenne(const json& wert, Gast& ziel);
-bool erkenne(const json& wert, Status& ziel);
-bool erkenne(const json& wert, KabelGast& ziel);
-bool erkenne(const json& wert, KabelStand& ziel);
-
-/// Reads the fields of one object; `gut` tells whether all of them fitted.
-class Felder {
-public:
-    explicit Felder(const json& objekt) : objekt_(objekt), gut(objekt.is_object()) {}
-
-    template <typename T>
-    Felder& muss(const char* name, T& ziel) {
-        const json* wert = suche(name);
-        gut = gut && wert != nullptr && erkenne(*wert, ziel);
-        return *this;
+    bool number_unsigned(std::uint64_t wert) {
+        return wert <= INT64_MAX ? Basis::number_unsigned(wert)
+                                 : Basis::number_float(static_cast<double>(wert), "");
     }
-
-    template <typename T>
-    Felder& kann(const char* name, std::optional<T>& ziel) {
-        const json* wert = suche(name);
-        if (gut && wert != nullptr && !wert->is_null())
-            gut = erkenne(*wert, ziel.emplace());
-        return *this;
-    }
-
-private:
-    const json* suche(const char* name) const {
-        if (!gut)
-            return nullptr;
-        const auto treffer = objekt_.find(name);
-        return treffer == objekt_.end() ? nullptr : &*treffer;
-    }
-
-    const json& objekt_;
-
-public:
-    bool gut;
 };
 
+/// Thrown where a field is missing or of the wrong type; caught in `ausJson`.
+struct Unpassend {};
+
 template <typename T>
-bool erkenne(const json& wert, std::vector<T>& ziel) {
-    if (!wert.is_array())
-        return false;
-    for (const json& element : wert)
-        if (!erkenne(element, ziel.emplace_back()))
-            return false;
-    return true;
+T als(const json& wert) {
+    const bool passt = std::is_same_v<T, std::string> ? wert.is_string()
+                       : std::is_same_v<T, bool>      ? wert.is_boolean()
+                       : std::is_same_v<T, double>    ? wert.is_number()
+                                                      : wert.is_number_integer();
+    return passt ? wert.get<T>() : throw Unpassend{};
 }
 
-bool erkenne(const json& wert, Pfad& ziel) {
-    return Felder(wert)
-        .muss("iface", ziel.iface)
-        .muss("healthy", ziel.healthy)
-        .muss("rtt_ms", ziel.rtt_ms)
-        .kann("rtt_ruhe_ms", ziel.rtt_ruhe_ms)
-        .gut;
+/// The field's value; null when it is missing or null.
+const json* suche(const json& objekt, const char* name) {
+    if (!objekt.is_object())
+        throw Unpassend{};
+    const auto treffer = objekt.find(name);
+    return treffer == objekt.end() || treffer->is_null() ? nullptr : &*treffer;
 }
 
-bool erkenne(const json& wert, Gast& ziel) {
-    return Felder(wert)
-        .muss("IP", ziel.IP)
-        .muss("BytesUp", ziel.BytesUp)
-        .muss("BytesDown", ziel.BytesDown)
-        .gut;
+template <typename T>
+T muss(const json& objekt, const char* name) {
+    const json* wert = suche(objekt, name);
+    return wert != nullptr ? als<T>(*wert) : throw Unpassend{};
 }
 
-bool erkenne(const json& wert, Status& ziel) {
-    return Felder(wert)
-        .kann("paths", ziel.paths)
-        .kann("alles", ziel.alles)
-        .kann("notlage", ziel.notlage)
-        .kann("notlage_grund", ziel.notlage_grund)
-        .kann("guests", ziel.guests)
-        .kann("funkloecher", ziel.funkloecher)
-        .kann("gerettet", ziel.gerettet)
-        .gut;
+template <typename T>
+std::optional<T> kann(const json& objekt, const char* name) {
+    const json* wert = suche(objekt, name);
+    return wert != nullptr ? std::optional(als<T>(*wert)) : std::nullopt;
 }
 
-bool erkenne(const json& wert, KabelGast& ziel) {
-    return Felder(wert).muss("id", ziel.id).muss("name", ziel.name).gut;
+template <typename T>
+std::vector<T> liste(const json& objekt, const char* name) {
+    const json* wert = suche(objekt, name);
+    if (wert == nullptr)
+        return {};
+    if (!wert->is_array())
+        throw Unpassend{};
+    std::vector<T> elemente;
+    for (const json& element : *wert)
+        elemente.push_back(als<T>(element));
+    return elemente;
 }
 
-bool erkenne(const json& wert, KabelStand& ziel) {
-    return Felder(wert).kann("anfrage", ziel.anfrage).kann("gast", ziel.gast).gut;
+template <>
+Pfad als(const json& w) {
+    return {muss<std::string>(w, "iface"), muss<bool>(w, "healthy"), muss<double>(w, "rtt_ms"),
+            kann<double>(w, "rtt_ruhe_ms").value_or(0)};
+}
+
+template <>
+Gast als(const json& w) {
+    return {muss<std::string>(w, "IP"), muss<std::int64_t>(w, "BytesUp"), muss<std::int64_t>(w, "BytesDown")};
+}
+
+template <>
+Status als(const json& w) {
+    return {liste<Pfad>(w, "paths"),
+            kann<bool>(w, "alles").value_or(false),
+            kann<bool>(w, "notlage").value_or(false),
+            kann<std::string>(w, "notlage_grund").value_or(""),
+            liste<Gast>(w, "guests"),
+            kann<std::int64_t>(w, "funkloecher").value_or(0),
+            kann<std::int64_t>(w, "gerettet").value_or(0)};
+}
+
+template <>
+KabelGast als(const json& w) {
+    return {muss<std::string>(w, "id"), muss<std::string>(w, "name")};
+}
+
+template <>
+KabelStand als(const json& w) {
+    return {kann<KabelGast>(w, "anfrage"), kann<KabelGast>(w, "gast")};
+}
+
+template <>
+Antwort als(const json& w) {
+    return {muss<std::string>(w, "app"), muss<std::int64_t>(w, "proxy_port"), kann<std::string>(w, "zustand"),
+            muss<KabelStand>(w, "kabel"), kann<Status>(w, "status")};
 }
 
 } // namespace
@@ -149,18 +140,13 @@ std::optional<Antwort> Antwort::ausJson(std::string_view bytes) {
     // Counted beforehand: a parser that asks at each step looks through all earlier elements each time.
     if (klammertiefe(bytes) > tiefstes)
         return std::nullopt;
+    json dokument;
+    Aufbau aufbau(dokument, false);
+    if (!json::sax_parse(bytes, &aufbau))
+        return std::nullopt;
     try {
-        const json dokument = json::parse(bytes);
-        Antwort antwort;
-        const bool gut = Felder(dokument)
-                             .muss("app", antwort.app)
-                             .muss("proxy_port", antwort.proxy_port)
-                             .kann("zustand", antwort.zustand)
-                             .muss("kabel", antwort.kabel)
-                             .kann("status", antwort.status)
-                             .gut;
-        return gut ? std::optional(std::move(antwort)) : std::nullopt;
-    } catch (const json::exception&) {
+        return als<Antwort>(dokument);
+    } catch (const Unpassend&) {
         return std::nullopt;
     }
 }

@@ -15,7 +15,7 @@ struct Pfad {
     std::string iface; ///< "wifi", "cellular" or another kind of interface
     bool healthy = false;
     double rtt_ms = 0;
-    std::optional<double> rtt_ruhe_ms; ///< on an idle line
+    double rtt_ruhe_ms = 0; ///< on an idle line; 0 when the phone does not tell
 };
 
 /// A machine that uses the phone.
@@ -25,14 +25,15 @@ struct Gast {
     std::int64_t BytesDown = 0;
 };
 
+/// What the phone leaves out has the value that stands here.
 struct Status {
-    std::optional<std::vector<Pfad>> paths;
-    std::optional<bool> alles; ///< whether all traffic is carried: first class
-    std::optional<bool> notlage;
-    std::optional<std::string> notlage_grund;
-    std::optional<std::vector<Gast>> guests;
-    std::optional<std::int64_t> funkloecher;
-    std::optional<std::int64_t> gerettet;
+    std::vector<Pfad> paths;
+    bool alles = false; ///< whether all traffic is carried: first class
+    bool notlage = false;
+    std::string notlage_grund;
+    std::vector<Gast> guests;
+    std::int64_t funkloecher = 0;
+    std::int64_t gerettet = 0;
 };
 
 struct KabelGast {

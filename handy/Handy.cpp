@@ -16,15 +16,11 @@ constexpr std::size_t laengsteAdresse = 45; // an IPv6 address with an IPv4 tail
 std::string prozentkodiert(const std::string& name) {
     constexpr std::string_view hex = "0123456789ABCDEF";
     std::string kodiert;
-    for (const char zeichen : name) {
-        const auto byte = static_cast<unsigned char>(zeichen);
-        if ((byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z')) {
-            kodiert += zeichen;
-        } else {
-            kodiert += '%';
-            kodiert += hex[byte >> 4U];
-            kodiert += hex[byte & 15U];
-        }
+    for (const unsigned char c : name) {
+        if ((c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'))
+            kodiert += static_cast<char>(c);
+        else
+            kodiert += {'%', hex[c >> 4U], hex[c & 15U]};
     }
     return kodiert;
 }
@@ -34,10 +30,6 @@ std::string prozentkodiert(const std::string& name) {
 Handy::Handy(Http& http, std::string austrittsdienst)
     : http_(http), austrittsdienst_(std::move(austrittsdienst)) {}
 
-std::string Handy::adresse(const std::string& pfad) const {
-    return "http://" + amMac(gastPort) + pfad;
-}
-
 std::optional<std::string> Handy::lade(const HttpAnfrage& anfrage) {
     auto ergebnis = http_.hole(anfrage);
     if (!ergebnis || ergebnis->status < 200 || ergebnis->status > 299)
@@ -45,56 +37,39 @@ std::optional<std::string> Handy::lade(const HttpAnfrage& anfrage) {
     return std::move(ergebnis->koerper);
 }
 
-std::optional<Antwort> Handy::hole(const HttpAnfrage& anfrage) {
-    const auto koerper = lade(anfrage);
-    if (!koerper)
-        return std::nullopt;
-    auto antwort = Antwort::ausJson(*koerper);
+std::optional<Antwort> Handy::anmelden(const std::string& id, const std::string& name,
+                                       const std::vector<std::string>& vpn) {
+    const nlohmann::json daten = {{"id", id}, {"name", name}, {"vpn", vpn}};
+    const auto koerper = lade({HttpAnfrage::Weg::direkt,
+                               "POST",
+                               "http://" + amMac(gastPort) + "/api/kabel",
+                               {{"Content-Type", "application/json"}},
+                               daten.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)});
+    auto antwort = koerper ? Antwort::ausJson(*koerper) : std::nullopt;
     // Another program may listen on the port and answer something that looks alike.
-    if (!antwort || antwort->app != "mobilsteg")
+    if (antwort && antwort->app != "mobilsteg")
         return std::nullopt;
     return antwort;
 }
 
-std::optional<Antwort> Handy::anmelden(const std::string& id, const std::string& name,
-                                       const std::vector<std::string>& vpn) {
-    const nlohmann::json koerper = {{"id", id}, {"name", name}, {"vpn", vpn}};
-    HttpAnfrage anfrage;
-    anfrage.methode = "POST";
-    anfrage.url = adresse("/api/kabel");
-    anfrage.kopf = {{"Content-Type", "application/json"}};
-    anfrage.koerper = koerper.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-    return hole(anfrage);
-}
-
 bool Handy::bericht(const std::string& name, const std::string& daten) {
-    HttpAnfrage anfrage;
-    anfrage.methode = "POST";
-    anfrage.url = adresse("/api/bericht?name=" + prozentkodiert(name));
-    anfrage.kopf = {{"Content-Type", "text/plain"}};
-    anfrage.koerper = daten;
-    return lade(anfrage).has_value();
+    return lade({HttpAnfrage::Weg::direkt,
+                 "POST",
+                 "http://" + amMac(gastPort) + "/api/bericht?name=" + prozentkodiert(name),
+                 {{"Content-Type", "text/plain"}},
+                 daten})
+        .has_value();
 }
 
 std::optional<std::string> Handy::austrittsIP() {
-    HttpAnfrage anfrage;
-    anfrage.weg = HttpAnfrage::Weg::durchProxy;
-    anfrage.url = austrittsdienst_;
-    const auto koerper = lade(anfrage);
-    if (!koerper)
-        return std::nullopt;
-    const std::string text = alsUtf8(*koerper);
+    const auto koerper = lade({HttpAnfrage::Weg::durchProxy, "GET", austrittsdienst_, {}, ""});
+    const std::string text = alsUtf8(koerper.value_or(""));
     const std::string_view ip = beschnitten(text);
     // A captive portal's page may be as short, but its lines would be several in the log, too.
-    const bool einzeilig =
-        std::none_of(ip.begin(), ip.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; });
-    if (ip.empty() || zeichenzahl(ip) > laengsteAdresse || !einzeilig)
+    const auto steuert = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
+    if (ip.empty() || zeichenzahl(ip) > laengsteAdresse || std::any_of(ip.begin(), ip.end(), steuert))
         return std::nullopt;
     return std::string(ip);
-}
-
-std::string eingebauterAustrittsdienst() {
-    return "https://api.ipify.org";
 }
 
 } // namespace mobilsteg

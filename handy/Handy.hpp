@@ -33,14 +33,14 @@ public:
 
 private:
     std::optional<std::string> lade(const HttpAnfrage& anfrage);
-    std::optional<Antwort> hole(const HttpAnfrage& anfrage);
-    [[nodiscard]] std::string adresse(const std::string& pfad) const;
 
     Http& http_;
     std::string austrittsdienst_;
 };
 
 /// Where the exit address is asked for unless a setting names another service.
-[[nodiscard]] std::string eingebauterAustrittsdienst();
+[[nodiscard]] inline std::string eingebauterAustrittsdienst() {
+    return "https://api.ipify.org";
+}
 
 } // namespace mobilsteg

@@ -7,7 +7,7 @@
 #include <fcntl.h>
 
 #include <chrono>
-#include <mutex>
+#include <memory>
 
 namespace mobilsteg {
 
@@ -15,26 +15,15 @@ namespace {
 
 using Zeit = std::chrono::steady_clock;
 
-// The phone's answers have a few kilobytes. Whoever sends more is not the phone.
+// The phone's answers have a few kilobytes.
 constexpr std::size_t groessterKoerper = 4U << 20U;
 // As many as the platform's own client follows before it gives up.
 constexpr long meisteUmleitungen = 20;
 
-struct Grenzen {
-    std::chrono::milliseconds stille; ///< longest time without a byte in either direction
-    std::chrono::milliseconds gesamt;
-};
-
-Grenzen grenzen(HttpAnfrage::Weg weg) {
-    using std::chrono::seconds;
-    return weg == HttpAnfrage::Weg::direkt ? Grenzen{seconds(3), seconds(4)}
-                                           : Grenzen{seconds(10), seconds(12)};
-}
-
 /// One request's body and signs of life.
 struct Vorgang {
     std::string koerper;
-    std::chrono::milliseconds stille{};
+    std::chrono::seconds stille{}; ///< longest time without a byte in either direction
     Zeit::time_point letztesZeichen = Zeit::now();
     curl_off_t bewegt = 0;
 };
@@ -72,96 +61,58 @@ std::size_t bemerkeKopf(const char* zeile, std::size_t eins, std::size_t anzahl,
     return eins * anzahl;
 }
 
-void bereiteCurlVor() {
-    static std::once_flag einmal;
-    std::call_once(einmal, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+/// Everything about a request but its address, headers and body.
+void richteEin(CURL* griff, HttpAnfrage::Weg weg, Vorgang& vorgang) {
+    const bool direkt = weg == HttpAnfrage::Weg::direkt;
+    vorgang.stille = std::chrono::seconds(direkt ? 3 : 10);
+    curl_easy_setopt(griff, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(griff, CURLOPT_CONNECTTIMEOUT, direkt ? 3L : 10L);
+    curl_easy_setopt(griff, CURLOPT_TIMEOUT, direkt ? 4L : 12L);
+    curl_easy_setopt(griff, CURLOPT_NOPROGRESS, 0L);
+    curl_easy_setopt(griff, CURLOPT_XFERINFOFUNCTION, pruefeStille);
+    curl_easy_setopt(griff, CURLOPT_XFERINFODATA, &vorgang);
+    curl_easy_setopt(griff, CURLOPT_WRITEFUNCTION, sammle);
+    curl_easy_setopt(griff, CURLOPT_WRITEDATA, &vorgang);
+    curl_easy_setopt(griff, CURLOPT_HEADERFUNCTION, bemerkeKopf);
+    curl_easy_setopt(griff, CURLOPT_HEADERDATA, &vorgang);
+    curl_easy_setopt(griff, CURLOPT_SOCKOPTFUNCTION, markiereSocket);
+    curl_easy_setopt(griff, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(griff, CURLOPT_MAXREDIRS, meisteUmleitungen);
+    curl_easy_setopt(griff, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(griff, CURLOPT_ACCEPT_ENCODING, "");
+    // Set in both cases: an unset proxy or exception list would be read from the environment.
+    curl_easy_setopt(griff, CURLOPT_PROXY, direkt ? "" : ("socks5h://" + amMac(socksPort)).c_str());
+    curl_easy_setopt(griff, CURLOPT_NOPROXY, direkt ? "*" : "");
 }
 
 } // namespace
 
-struct CurlHttp::Sitzung {
-    explicit Sitzung(HttpAnfrage::Weg w) : weg(w), griff(curl_easy_init()) {}
-    ~Sitzung() {
-        if (griff != nullptr)
-            curl_easy_cleanup(griff);
-    }
-    Sitzung(const Sitzung&) = delete;
-    Sitzung& operator=(const Sitzung&) = delete;
-
-    void richteEin(Vorgang& vorgang) const {
-        const Grenzen g = grenzen(weg);
-        vorgang.stille = g.stille;
-        curl_easy_reset(griff); // forgets the last request
-        curl_easy_setopt(griff, CURLOPT_NOSIGNAL, 1L);
-        curl_easy_setopt(griff, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(g.stille.count()));
-        curl_easy_setopt(griff, CURLOPT_TIMEOUT_MS, static_cast<long>(g.gesamt.count()));
-        curl_easy_setopt(griff, CURLOPT_NOPROGRESS, 0L);
-        curl_easy_setopt(griff, CURLOPT_XFERINFOFUNCTION, pruefeStille);
-        curl_easy_setopt(griff, CURLOPT_XFERINFODATA, &vorgang);
-        curl_easy_setopt(griff, CURLOPT_WRITEFUNCTION, sammle);
-        curl_easy_setopt(griff, CURLOPT_WRITEDATA, &vorgang);
-        curl_easy_setopt(griff, CURLOPT_HEADERFUNCTION, bemerkeKopf);
-        curl_easy_setopt(griff, CURLOPT_HEADERDATA, &vorgang);
-        curl_easy_setopt(griff, CURLOPT_SOCKOPTFUNCTION, markiereSocket);
-        curl_easy_setopt(griff, CURLOPT_FOLLOWLOCATION, 1L);
-        curl_easy_setopt(griff, CURLOPT_MAXREDIRS, meisteUmleitungen);
-        curl_easy_setopt(griff, CURLOPT_PROTOCOLS_STR, "http,https");
-        curl_easy_setopt(griff, CURLOPT_ACCEPT_ENCODING, "");
-        // A connection kept from an earlier request may still lead to the phone that was plugged in then, and
-        // proves nothing about the path of now.
-        curl_easy_setopt(griff, CURLOPT_FRESH_CONNECT, 1L);
-        curl_easy_setopt(griff, CURLOPT_FORBID_REUSE, 1L);
-        // Set in both cases: an unset proxy or exception list would be read from the environment.
-        if (weg == HttpAnfrage::Weg::direkt) {
-            curl_easy_setopt(griff, CURLOPT_PROXY, "");
-            curl_easy_setopt(griff, CURLOPT_NOPROXY, "*");
-        } else {
-            curl_easy_setopt(griff, CURLOPT_PROXY, ("socks5h://" + amMac(socksPort)).c_str());
-            curl_easy_setopt(griff, CURLOPT_NOPROXY, "");
-        }
-    }
-
-    HttpAnfrage::Weg weg;
-    CURL* griff;
-};
-
-CurlHttp::CurlHttp() {
-    bereiteCurlVor();
-}
-
-CurlHttp::~CurlHttp() = default;
-
-CurlHttp::Sitzung& CurlHttp::sitzung(HttpAnfrage::Weg weg) {
-    auto& platz = weg == HttpAnfrage::Weg::direkt ? direkt_ : durchProxy_;
-    if (!platz)
-        platz = std::make_unique<Sitzung>(weg);
-    return *platz;
-}
-
 std::optional<HttpErgebnis> CurlHttp::hole(const HttpAnfrage& anfrage) {
-    const Sitzung& s = sitzung(anfrage.weg);
-    if (s.griff == nullptr)
+    static const CURLcode vorbereitet = curl_global_init(CURL_GLOBAL_DEFAULT);
+    // A handle of its own for each request: a connection kept from an earlier one may still lead to the phone
+    // that was plugged in then, and proves nothing about the path of now.
+    const std::unique_ptr<CURL, void (*)(CURL*)> besitz(curl_easy_init(), curl_easy_cleanup);
+    CURL* griff = besitz.get();
+    if (vorbereitet != CURLE_OK || griff == nullptr)
         return std::nullopt;
     Vorgang vorgang;
-    s.richteEin(vorgang);
-    curl_easy_setopt(s.griff, CURLOPT_URL, anfrage.url.c_str());
+    richteEin(griff, anfrage.weg, vorgang);
+    curl_easy_setopt(griff, CURLOPT_URL, anfrage.url.c_str());
 
-    // Without "Expect:" curl would wait a second for a leave to send larger bodies that the phone never
-    // gives.
+    // Empty, or curl would wait a second for the phone's leave to send a larger body.
     curl_slist* kopf = curl_slist_append(nullptr, "Expect:");
     for (const auto& [name, wert] : anfrage.kopf)
         kopf = curl_slist_append(kopf, (name + ": " + wert).c_str());
-    curl_easy_setopt(s.griff, CURLOPT_HTTPHEADER, kopf);
+    curl_easy_setopt(griff, CURLOPT_HTTPHEADER, kopf);
     if (anfrage.methode == "POST") {
-        curl_easy_setopt(s.griff, CURLOPT_POST, 1L);
-        curl_easy_setopt(s.griff, CURLOPT_POSTFIELDSIZE_LARGE,
-                         static_cast<curl_off_t>(anfrage.koerper.size()));
-        curl_easy_setopt(s.griff, CURLOPT_POSTFIELDS, anfrage.koerper.data());
+        curl_easy_setopt(griff, CURLOPT_POST, 1L);
+        curl_easy_setopt(griff, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(anfrage.koerper.size()));
+        curl_easy_setopt(griff, CURLOPT_POSTFIELDS, anfrage.koerper.data());
     }
-    const CURLcode ausgang = curl_easy_perform(s.griff);
+    const CURLcode ausgang = curl_easy_perform(griff);
     curl_slist_free_all(kopf);
     long status = 0;
-    curl_easy_getinfo(s.griff, CURLINFO_RESPONSE_CODE, &status);
+    curl_easy_getinfo(griff, CURLINFO_RESPONSE_CODE, &status);
     if (ausgang != CURLE_OK || status == 0)
         return std::nullopt;
     return HttpErgebnis{static_cast<int>(status), std::move(vorgang.koerper)};

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -37,20 +36,10 @@ public:
     [[nodiscard]] virtual std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) = 0;
 };
 
-/// HTTP by libcurl. Keeps one session per way; nothing (cookies, cache, credentials) reaches the disk.
-/// One caller at a time.
+/// HTTP by libcurl. Each request stands alone: nothing (connections, cookies, cache, credentials) is kept.
 class CurlHttp final : public Http {
 public:
-    CurlHttp();
-    ~CurlHttp() override;
     [[nodiscard]] std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
-
-private:
-    struct Sitzung;
-    Sitzung& sitzung(HttpAnfrage::Weg weg);
-
-    std::unique_ptr<Sitzung> direkt_;
-    std::unique_ptr<Sitzung> durchProxy_;
 };
 
 } // namespace mobilsteg

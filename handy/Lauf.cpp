@@ -34,53 +34,30 @@ bool lieseAus(const Deskriptor& rohr, std::string& bytes) {
     return n > 0 || (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR));
 }
 
-/// Accompanies one process from its start to the end of its outputs.
-class Begleitung {
-public:
-    explicit Begleitung(Kindprozess& kind) : kind_(kind) {}
+/// Reads what the outputs bring until `ende` or one of them says something, or the time is up.
+void warte(Kindprozess& kind, Ergebnis& ergebnis, int ende, int millisekunden) {
+    // poll passes over negative descriptors, so a closed output needs no case of its own.
+    std::array<pollfd, 3> faelle = {pollfd{kind.ausgabe.nummer(), POLLIN, 0},
+                                    pollfd{kind.fehler.nummer(), POLLIN, 0}, pollfd{ende, POLLIN, 0}};
+    if (::poll(faelle.data(), faelle.size(), millisekunden) <= 0)
+        return;
+    if (faelle[0].revents != 0 && !lieseAus(kind.ausgabe, ergebnis.ausgabe))
+        kind.ausgabe.schliesse();
+    if (faelle[1].revents != 0 && !lieseAus(kind.fehler, ergebnis.fehler))
+        kind.fehler.schliesse();
+}
 
-    /// Drains both outputs until the process has ended (and then no longer) or `frist` has come.
-    /// True: it has ended.
-    bool bisEnde(Zeit::time_point frist) {
-        while (!kind_.istBeendet()) {
-            const auto rest = std::chrono::ceil<std::chrono::milliseconds>(frist - Zeit::now()).count();
-            if (rest <= 0)
-                return false;
-            const int warten = static_cast<int>(std::min<long long>(rest, kind_.ende ? 60'000 : nachfrageMs));
-            warte(kind_.ende.nummer(), warten);
-        }
-        return true;
+/// Reads the outputs until the process has ended (true) or the time is up.
+bool bisEnde(Kindprozess& kind, Ergebnis& ergebnis, std::chrono::duration<double> dauer) {
+    const auto frist = Zeit::now() + std::chrono::duration_cast<Zeit::duration>(dauer);
+    while (!kind.istBeendet()) {
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(frist - Zeit::now()).count();
+        if (rest <= 0)
+            return false;
+        const int hoechstens = kind.ende ? 60'000 : nachfrageMs;
+        warte(kind, ergebnis, kind.ende.nummer(), static_cast<int>(std::min<long long>(rest, hoechstens)));
     }
-
-    /// Drains both outputs to their end, however long that takes.
-    void bisAusgabenZu() {
-        while (kind_.ausgabe || kind_.fehler)
-            warte(-1, -1);
-    }
-
-    std::string ausgabe;
-    std::string fehler;
-
-private:
-    void warte(int ende, int millisekunden) {
-        // poll passes over negative descriptors, so a closed output needs no case of its own.
-        std::array<pollfd, 3> faelle = {pollfd{kind_.ausgabe.nummer(), POLLIN, 0},
-                                        pollfd{kind_.fehler.nummer(), POLLIN, 0}, pollfd{ende, POLLIN, 0}};
-        if (::poll(faelle.data(), faelle.size(), millisekunden) <= 0)
-            return;
-        if (faelle[0].revents != 0 && !lieseAus(kind_.ausgabe, ausgabe))
-            kind_.ausgabe.schliesse();
-        if (faelle[1].revents != 0 && !lieseAus(kind_.fehler, fehler))
-            kind_.fehler.schliesse();
-    }
-
-    Kindprozess& kind_;
-};
-
-Zeit::time_point fristIn(double sekunden) {
-    // A limit beyond a day means none; the cap keeps the conversion within range.
-    const double begrenzt = std::clamp(sekunden, 0.0, 86'400.0);
-    return Zeit::now() + std::chrono::duration_cast<Zeit::duration>(std::chrono::duration<double>(begrenzt));
+    return true;
 }
 
 } // namespace
@@ -90,16 +67,16 @@ Ergebnis lauf(const std::string& programm, const std::vector<std::string>& argum
     if (!versuch.kind)
         return {-1, "", versuch.grund};
     Kindprozess& kind = *versuch.kind;
-    Begleitung begleitung(kind);
-    if (!begleitung.bisEnde(fristIn(sekunden))) {
+    Ergebnis ergebnis;
+    if (!bisEnde(kind, ergebnis, std::chrono::duration<double>(sekunden))) {
         kind.bitteUmEnde();
-        begleitung.bisEnde(Zeit::now() + gnadenfrist);
+        bisEnde(kind, ergebnis, gnadenfrist);
     }
-    begleitung.bisAusgabenZu();
-    begleitung.bisEnde(Zeit::now() + nachlauf);
-    // Still running with both outputs closed: it was asked to go and will; nobody waits for it.
-    const int status = kind.ernte().value_or(SIGTERM);
-    return {status, alsUtf8(begleitung.ausgabe), alsUtf8(begleitung.fehler)};
+    while (kind.ausgabe || kind.fehler)
+        warte(kind, ergebnis, -1, -1);
+    bisEnde(kind, ergebnis, nachlauf);
+    // Still running with both outputs closed: it was asked to go and will.
+    return {kind.ernte().value_or(SIGTERM), alsUtf8(ergebnis.ausgabe), alsUtf8(ergebnis.fehler)};
 }
 
 } // namespace mobilsteg

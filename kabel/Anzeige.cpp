@@ -2,61 +2,45 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
 
 namespace mobilsteg {
 
 namespace {
 
-/// `wert` without its fraction; absent when it does not fit.
-std::optional<std::int64_t> ganzzahl(double wert) {
+bool istUnmoeglich(const Pfad& pfad) {
     constexpr double grenze = 9223372036854775808.0;
-    if (!(wert >= -grenze && wert < grenze)) // also refuses what is no number
-        return std::nullopt;
-    return static_cast<std::int64_t>(wert);
+    return pfad.healthy && !(pfad.rtt_ms >= -grenze && pfad.rtt_ms < grenze);
 }
 
 std::string mitKomma(const char* muster, double wert) {
-    std::array<char, 400> text{}; // the largest double has 309 digits
+    std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), muster, wert);
-    std::string geformt = text.data();
-    std::replace(geformt.begin(), geformt.end(), '.', ',');
-    return geformt;
+    std::replace(text.begin(), text.end(), '.', ',');
+    return text.data();
 }
 
-std::string bezeichnung(const std::string& iface) {
-    if (iface == "wifi")
-        return "WLAN";
-    return iface == "cellular" ? "Mobilfunk" : iface;
+std::string gleis(const Pfad& pfad) {
+    const auto& art = pfad.iface;
+    const std::string name = art == "wifi" ? "WLAN" : art == "cellular" ? "Mobilfunk" : art;
+    return name + " · " +
+           (pfad.healthy ? std::to_string(static_cast<std::int64_t>(pfad.rtt_ms)) + " ms" : "weg");
 }
 
-std::optional<std::string> gleis(const Pfad& pfad) {
-    if (!pfad.healthy)
-        return bezeichnung(pfad.iface) + " · weg";
-    const auto laufzeit = ganzzahl(pfad.rtt_ms);
-    if (!laufzeit)
-        return std::nullopt;
-    return bezeichnung(pfad.iface) + " · " + std::to_string(*laufzeit) + " ms";
-}
-
-std::string rettungstext(const std::optional<Status>& status) {
-    const std::int64_t loecher = status ? status->funkloecher.value_or(0) : 0;
-    if (loecher == 0)
+std::string rettungstext(const Status& status) {
+    if (status.funkloecher == 0)
         return "";
-    const std::int64_t gerettet = status->gerettet.value_or(0);
-    return std::to_string(loecher) + (loecher == 1 ? " Funkloch" : " Funklöcher") + " überstanden · " +
-           std::to_string(gerettet) + (gerettet == 1 ? " Verbindung" : " Verbindungen") + " gerettet";
+    return std::to_string(status.funkloecher) + (status.funkloecher == 1 ? " Funkloch" : " Funklöcher") +
+           " überstanden · " + std::to_string(status.gerettet) +
+           (status.gerettet == 1 ? " Verbindung" : " Verbindungen") + " gerettet";
 }
 
 } // namespace
 
-std::optional<std::int64_t> kabelBytes(const std::optional<Status>& status, std::string_view name) {
+std::optional<std::int64_t> kabelBytes(const Status& status, std::string_view name) {
     std::int64_t summe = 0;
-    if (!status || !status->guests)
-        return summe;
     const std::string eigener = "kabel:" + std::string(name);
-    for (const Gast& gast : *status->guests) {
+    for (const Gast& gast : status.guests) {
         if (gast.IP != eigener)
             continue;
         std::int64_t dieser = 0;
@@ -76,29 +60,17 @@ void Anzeigewerte::trageEin(Lage& lage) const {
 }
 
 std::optional<Anzeigewerte> Anzeige::zeige(const Antwort& antwort, std::string_view name, Dauer jetzt) {
-    const auto& status = antwort.status;
-    Anzeigewerte werte;
-    werte.klasse = status && status->alles.value_or(false) ? "1. Klasse" : "2. Klasse";
-    if (status && status->paths) {
-        for (const Pfad& pfad : *status->paths) {
-            const auto zeile = gleis(pfad);
-            if (!zeile)
-                return std::nullopt;
-            werte.gleise.push_back(*zeile);
-        }
-    }
-    werte.notlage = status && status->notlage.value_or(false);
-    werte.rettung = rettungstext(status);
-
+    static const Status ohne;
+    const Status& status = antwort.status ? *antwort.status : ohne;
+    const auto& pfade = status.paths;
     const auto summe = kabelBytes(status, name);
-    if (!summe)
+    if (!summe || std::any_of(pfade.begin(), pfade.end(), istUnmoeglich))
         return std::nullopt;
     messe(*summe, jetzt);
-    const auto rate = rateText(letzteRate_);
-    if (!rate)
-        return std::nullopt;
-    werte.menge = mengeText(*summe) + *rate;
-    return werte;
+    std::vector<std::string> gleise;
+    std::transform(pfade.begin(), pfade.end(), std::back_inserter(gleise), gleis);
+    return Anzeigewerte{status.alles ? "1. Klasse" : "2. Klasse", std::move(gleise), status.notlage,
+                        mengeText(*summe) + rateText(letzteRate_), rettungstext(status)};
 }
 
 void Anzeige::messe(std::int64_t summe, Dauer jetzt) {
@@ -123,10 +95,8 @@ std::string Anzeige::mengeText(std::int64_t bytes) {
     return mitKomma("%.2f GB", static_cast<double>(bytes) / 1e9);
 }
 
-std::optional<std::string> Anzeige::rateText(double rate) {
+std::string Anzeige::rateText(double rate) {
     constexpr double kilo = 1024;
-    if (!std::isfinite(rate))
-        return std::nullopt;
     if (rate < kilo)
         return "";
     if (rate < kilo * kilo)

@@ -25,22 +25,22 @@ struct Anzeigewerte {
 };
 
 /// Bytes that this Mac, known to the phone as `name`, has moved through it. Absent: the sum leaves 64 bits.
-[[nodiscard]] std::optional<std::int64_t> kabelBytes(const std::optional<Status>& status,
-                                                     std::string_view name);
+[[nodiscard]] std::optional<std::int64_t> kabelBytes(const Status& status, std::string_view name);
 
 /// Turns answers into texts, and keeps the samples from which the rate is told. Work queue only; never
 /// blocks.
 class Anzeige {
 public:
-    /// `jetzt` is a monotonic time. Absent: the phone sent numbers that no phone can have.
+    /// `jetzt` is a monotonic time. Absent: the phone sent numbers that no phone can have, and the program
+    /// is to end.
     [[nodiscard]] std::optional<Anzeigewerte> zeige(const Antwort& antwort, std::string_view name,
                                                     Dauer jetzt);
 
     /// A number of bytes in units of 1000.
     [[nodiscard]] static std::string mengeText(std::int64_t bytes);
 
-    /// Bytes per second in units of 1024, with its dot in front; empty below one kB/s. Absent: out of range.
-    [[nodiscard]] static std::optional<std::string> rateText(double rate);
+    /// Bytes per second in units of 1024, with its dot in front; empty below one kB/s.
+    [[nodiscard]] static std::string rateText(double rate);
 
 private:
     void messe(std::int64_t summe, Dauer jetzt);

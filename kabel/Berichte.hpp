@@ -41,7 +41,6 @@ public:
     void sende(Handy& handy, const Angaben& angaben);
 
 private:
-    void sendeProtokolle(Handy& handy, const Angaben& angaben);
     [[nodiscard]] std::string diagnose(const Angaben& angaben) const;
     [[nodiscard]] std::string ausgabe(const std::string& werkzeug, const std::vector<std::string>& argumente,
                                       double sekunden) const;

@@ -2,6 +2,7 @@
 
 #include "plattform/Text.hpp"
 
+#include <algorithm>
 #include <utility>
 
 namespace mobilsteg {
@@ -10,21 +11,18 @@ namespace {
 
 std::string symbol(const Zustand& z) {
     const bool faehrt = z.phase == Phase::Art::faehrt;
-    if (z.profilIstVpn()) {
-        if (!faehrt || !z.volltunnelLaeuft)
-            return "shield.slash";
-        return z.vpnsGesichert.empty() ? "shield" : "lock.shield.fill";
-    }
-    if (!faehrt)
-        return "cable.connector.slash";
-    return z.volltunnelLaeuft ? "tram.tunnel.fill" : "cable.connector";
+    const bool tunnel = faehrt && z.volltunnelLaeuft;
+    if (z.profilIstVpn())
+        return !tunnel ? "shield.slash" : z.vpnsGesichert.empty() ? "shield" : "lock.shield.fill";
+    return tunnel ? "tram.tunnel.fill" : faehrt ? "cable.connector" : "cable.connector.slash";
 }
 
 std::string gleisKuerzel(const std::string& gleis) {
     const std::string art = gleis.starts_with("WLAN") ? "W" : "M";
     if (gleis.find("weg") != std::string::npos)
         return art + "✕";
-    const auto worte = teile(gleis, ' ');
+    auto worte = teile(gleis, ' ');
+    std::erase(worte, "·");
     return worte.size() < 2 ? art : art + std::string(worte[1]);
 }
 
@@ -35,18 +33,14 @@ std::vector<std::string> stuecke(const Zustand& z) {
     constexpr std::string_view punkt = "·";
     if (const auto letzter = z.menge.rfind(punkt); letzter != std::string::npos)
         liste.emplace_back(ohneRandblanks(std::string_view(z.menge).substr(letzter + punkt.size())));
-    if (!z.gleise.empty()) {
-        std::vector<std::string> kuerzel;
-        for (const auto& gleis : z.gleise)
-            kuerzel.push_back(gleisKuerzel(gleis));
+    std::vector<std::string> kuerzel;
+    std::transform(z.gleise.begin(), z.gleise.end(), std::back_inserter(kuerzel), gleisKuerzel);
+    if (!kuerzel.empty())
         liste.push_back(verbunden(kuerzel, " "));
-    }
-    if (z.volltunnelLaeuft) {
-        if (z.profilIstVpn())
-            liste.emplace_back(z.vpnsGesichert.empty() ? "kein VPN" : "VPN gesichert");
-        else
-            liste.emplace_back("Volltunnel");
-    }
+    if (z.volltunnelLaeuft)
+        liste.emplace_back(!z.profilIstVpn()         ? "Volltunnel"
+                           : z.vpnsGesichert.empty() ? "kein VPN"
+                                                     : "VPN gesichert");
     return liste;
 }
 
@@ -59,38 +53,27 @@ Phase Phase::proxyFehler(std::string grund) {
 }
 
 std::string Phase::text() const {
-    switch (art) {
-    case Art::proxyFehler:
-        return grund;
-    case Art::start:
-        return "Starte …";
-    case Art::keinAdb:
-        return "adb nicht gefunden — Android-Platform-Tools installieren (brew install --cask "
-               "android-platform-tools)";
-    case Art::keinHandy:
-        return "Kein Handy am Kabel — USB-Debugging an?";
-    case Art::nichtAutorisiert:
-        return "Am Handy „USB-Debugging zulassen“ bestätigen";
-    case Art::weitergabeAus:
-        return "In Mobilsteg: 2. oder 1. Klasse, Weitergabe an, Losfahren";
-    case Art::wartetAufHandy:
-        return "Warte auf das Ja am Handy …";
-    case Art::abgelehnt:
-        return "Am Handy abgelehnt";
-    case Art::pruefung:
-        return "Prüfe den Weg durch das Handy …";
-    case Art::faehrt:
-        return "Fährt mit";
-    }
-    return "";
+    static constexpr std::pair<Art, const char*> texte[] = {
+        {Art::start, "Starte …"},
+        {Art::keinAdb, "adb nicht gefunden — Android-Platform-Tools installieren (brew install --cask "
+                       "android-platform-tools)"},
+        {Art::keinHandy, "Kein Handy am Kabel — USB-Debugging an?"},
+        {Art::nichtAutorisiert, "Am Handy „USB-Debugging zulassen“ bestätigen"},
+        {Art::weitergabeAus, "In Mobilsteg: 2. oder 1. Klasse, Weitergabe an, Losfahren"},
+        {Art::wartetAufHandy, "Warte auf das Ja am Handy …"},
+        {Art::abgelehnt, "Am Handy abgelehnt"},
+        {Art::pruefung, "Prüfe den Weg durch das Handy …"},
+        {Art::faehrt, "Fährt mit"},
+    };
+    for (const auto& [a, text] : texte)
+        if (a == art)
+            return text;
+    return grund;
 }
 
 Menueleiste menueleiste(const Zustand& zustand, std::uint64_t rotation) {
     Menueleiste leiste{symbol(zustand), ""};
-    if (!(zustand.phase == Phase::Art::faehrt))
-        return leiste;
-    const auto liste = stuecke(zustand);
-    if (!liste.empty())
+    if (const auto liste = stuecke(zustand); zustand.phase == Phase::Art::faehrt && !liste.empty())
         leiste.kurz = liste[rotation % liste.size()];
     return leiste;
 }

@@ -23,7 +23,7 @@ public:
         bool operator==(const Vpns&) const = default;
     };
 
-    /// Looks for VPNs; remembers the secured ones' addresses in `vpnZieleIntern`. Blocks for up to 8 s; work
+    /// Looks for VPNs; remembers the secured ones' addresses in `vpnZieleIntern`. Blocks up to 8 s; work
     /// queue only.
     [[nodiscard]] Vpns vpns(bool tunnelLaeuft);
 

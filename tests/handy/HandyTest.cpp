@@ -12,7 +12,7 @@ namespace {
 
 class HandyTest : public testing::Test {
 protected:
-    /// The last request in one line.
+    /// The last request's first lines.
     [[nodiscard]] std::string zeile() const {
         const HttpAnfrage& anfrage = http.gesendet.back();
         std::string z = anfrage.weg == HttpAnfrage::Weg::direkt ? "direkt " : "durchProxy ";
@@ -26,23 +26,19 @@ protected:
     Handy handy{http, "https://austritt.example/"};
 };
 
-std::string dokument(const std::string& app) {
-    return R"({"app":")" + app + R"(","proxy_port":1080,"kabel":{}})";
-}
-
 TEST_F(HandyTest, glaubtNurErfolgUndNurDerApp) {
-    for (const auto& [antwort, gilt] : std::vector<std::pair<std::optional<HttpErgebnis>, bool>>{
-             {HttpErgebnis{200, dokument("mobilsteg")}, true},
-             {HttpErgebnis{299, dokument("mobilsteg")}, true},
-             {HttpErgebnis{199, dokument("mobilsteg")}, false},
-             {HttpErgebnis{300, dokument("mobilsteg")}, false},
-             {HttpErgebnis{503, dokument("mobilsteg")}, false},
-             {HttpErgebnis{200, dokument("Mobilsteg")}, false},
-             {HttpErgebnis{200, "<html>"}, false},
-             {std::nullopt, false}}) {
+    const std::string gut = R"({"app":"mobilsteg","proxy_port":1080,"kabel":{}})";
+    const std::string fremd = R"({"app":"Mobilsteg","proxy_port":1080,"kabel":{}})";
+    for (const auto& [antwort, gilt] : std::vector<std::pair<HttpErgebnis, bool>>{{{200, gut}, true},
+                                                                                  {{299, gut}, true},
+                                                                                  {{199, gut}, false},
+                                                                                  {{300, gut}, false},
+                                                                                  {{200, fremd}, false}}) {
         http.antwort = antwort;
-        EXPECT_EQ(handy.anmelden("a", "b", {}).has_value(), gilt) << (antwort ? antwort->koerper : "");
+        EXPECT_EQ(handy.anmelden("a", "b", {}).has_value(), gilt) << antwort.status << antwort.koerper;
     }
+    http.antwort.reset();
+    EXPECT_FALSE(handy.anmelden("a", "b", {}));
 }
 
 TEST_F(HandyTest, meldetSichMitKennungNamenUndServernAn) {
@@ -68,16 +64,16 @@ TEST_F(HandyTest, laedtBerichteUnveraendertHoch) {
 
 TEST_F(HandyTest, nimmtNurWasEineAdresseSeinKann) {
     const std::string lang(45, '1');
-    for (const auto& [koerper, soll] : std::vector<std::pair<std::string, std::optional<std::string>>>{
-             {"203.0.113.7\n", "203.0.113.7"},
-             {"\r\n\t 2001:db8::1 \u00A0", "2001:db8::1"},
-             {lang + "\n", lang},
-             {lang + "1", std::nullopt},
-             {" \n", std::nullopt},
-             {"", std::nullopt},
-             {"a\xFF", "a\uFFFD"}}) {
+    for (const auto& [koerper, soll] :
+         std::map<std::string, std::string>{{"203.0.113.7\n", "203.0.113.7"},
+                                            {"\r\n\t 2001:db8::1 \u00A0", "2001:db8::1"},
+                                            {lang + "\n", lang},
+                                            {lang + "1", "-"},
+                                            {"10.0.0.1\n10.0.0.2", "-"},
+                                            {" \n", "-"},
+                                            {"a\xFF", "a\uFFFD"}}) {
         http.antwort = HttpErgebnis{200, koerper};
-        EXPECT_EQ(handy.austrittsIP(), soll) << koerper;
+        EXPECT_EQ(handy.austrittsIP().value_or("-"), soll) << koerper;
     }
     EXPECT_EQ(zeile(), "durchProxy GET https://austritt.example/");
     http.antwort->status = 502;

@@ -30,30 +30,22 @@ TEST(Erhebung, vpnsAusTunnelberichtUndSystem) {
     };
     helferNennt(
         R"J({"vpns":[{"dienst":"Firma (Büro)","server":"10.1.2.3"},{"server":"10.0.0.9"},{"dienst":"X"},
-                   {"dienst":"Y","server":"2001:db8::1"},{"dienst":"Z","server":"10.1.2.3"}]})J");
-    w.laufeBisSekunde(4);
-    EXPECT_THAT(w.zustand().vpnsGesichert, ElementsAre("Firma (Büro) · 10.1.2.3", "VPN · 10.0.0.9", "X",
-                                                       "Y · 2001:db8::1", "Z · 10.1.2.3"));
-    EXPECT_THAT(w.zustand().vpnsOffen, ElementsAre("Firma (Zürich)", "OpenVPN"))
-        << "„Firma“ is known as secured";
+                             {"dienst":"Z","server":"10.1.2.3"}]})J");
     w.laufeBisSekunde(6.5);
+    EXPECT_THAT(w.zustand().vpnsGesichert,
+                ElementsAre("Firma (Büro) · 10.1.2.3", "VPN · 10.0.0.9", "X", "Z · 10.1.2.3"));
+    // „Firma“ is known as secured.
+    EXPECT_THAT(w.zustand().vpnsOffen, ElementsAre("Firma (Zürich)", "OpenVPN"));
     EXPECT_THAT(w.anmeldungen.back(), HasSubstr(R"("vpn":["10.0.0.9","10.1.2.3"])"));
 
     helferNennt(R"J({"vpns":[{"dienst":"OpenVPN (Büro)"}]})J");
     w.laufeBisSekunde(10);
-    EXPECT_THAT(w.zustand().vpnsGesichert, ElementsAre("OpenVPN (Büro)"));
     EXPECT_THAT(w.zustand().vpnsOffen, ElementsAre("Firma (Zürich)", "Firma"));
-
-    helferNennt(R"({"vpns":[{"dienst":5}]})");
-    w.ausgaben.clear();
-    w.laufeBisSekunde(16);
-    EXPECT_THAT(w.zustand().vpnsGesichert, IsEmpty());
-    EXPECT_THAT(w.zustand().vpnsOffen, IsEmpty());
 }
 
 TEST(Erhebung, fremdeTexteJederArt) {
-    for (const char* bericht :
-         {"", "[]", "{", R"({"vpns":{}})", R"({"vpns":[1]})", R"({"vpns":[{"a":null}]})"})
+    for (const char* bericht : {"", "[]", "{", R"({"vpns":{}})", R"({"vpns":[1]})",
+                                R"({"vpns":[{"a":null}]})", R"({"vpns":[{"dienst":5}]})"})
         EXPECT_THAT(Erhebung::liesTunnelbericht(bericht).eintraege, IsEmpty()) << bericht;
     EXPECT_THAT(Erhebung::liste_ips({"A · 10.1.2.3", "B · vpn.firma.example.com", "10.0.0.1", "C",
                                      "D · 1.2.3", "E · a · .1..2.3.4."}),
@@ -70,17 +62,15 @@ TEST(Erhebung, verbindungenZaehlen) {
         zeile("ssh", "100.64.0.1:22") + zeile("node", "127.0.0.1:3000") +
         zeile("MobilstegX", "198.51.100.1:1") + zeile("adb", "198.51.100.1:1") +
         "kurz 1 2 3 4 5 6 ESTABLISHED\nMail 1 anna 8u IPv4 0x1 0t0 TCP 1:5->198.51.100.2:1 (CLOSE_WAIT)\n";
-    auto ergebnis = Erhebung::liesVerbindungen(lsof);
+    const auto ergebnis = Erhebung::liesVerbindungen(lsof);
     EXPECT_THAT(ergebnis.durch, ElementsAre("Google Chrome H (1)"));
     EXPECT_THAT(ergebnis.vorbei, ElementsAre("Mail (2)"));
     lsof.clear();
     for (int programm = 0; programm < 10; ++programm)
         for (int n = 0; n <= programm; ++n)
             lsof += zeile("P" + std::to_string(programm), "198.51.100.1:1");
-    ergebnis = Erhebung::liesVerbindungen(lsof);
-    ASSERT_EQ(ergebnis.vorbei.size(), 8U);
-    EXPECT_EQ(ergebnis.vorbei.front(), "P9 (10)");
-    EXPECT_EQ(ergebnis.vorbei.back(), "P2 (3)");
+    EXPECT_THAT(Erhebung::liesVerbindungen(lsof).vorbei,
+                ElementsAre("P9 (10)", "P8 (9)", "P7 (8)", "P6 (7)", "P5 (6)", "P4 (5)", "P3 (4)", "P2 (3)"));
 }
 
 TEST(Erhebung, nurWannSieGebrauchtWird) {
@@ -136,10 +126,8 @@ TEST(Berichte, jedenHundertstenTaktUndBeiAerger) {
 
     HandyWelt aerger;
     aerger.handys[0].austritt.reset();
-    aerger.starteBis(1);
-    EXPECT_EQ(aerger.berichte.size(), 2U) << "once, after the tick";
-    aerger.laufeBisSekunde(4);
-    EXPECT_EQ(aerger.berichte.size(), 3U) << "the log has nothing new";
+    aerger.starteBis(4);
+    EXPECT_EQ(aerger.berichte.size(), 3U) << "after each tick; the log has nothing new at the second";
     aerger.handys[0].teilt = false;
     aerger.laufeBisSekunde(300);
     EXPECT_EQ(aerger.berichte.size(), 3U) << "none without the phone's answer";
@@ -172,6 +160,10 @@ TEST(Berichte, protokolleInStuecken) {
         {langes, 11, langes.substr(langes.size() - 1'500'000), 3'000'011},
     };
     KabelWelt w;
+    w.buendelkennung = "de.mobilsteg.vpnlotse";
+    w.version = "2.1";
+    w.bauversion.reset();
+    w.einstellungen.werte = {{"volltunnel", false}};
     w.starteBis(0.1);
     for (const auto& s : schritte) {
         w.ordner.lege("/heim/Library/Logs/MobilstegVolltunnel.log", s.log);
@@ -179,25 +171,9 @@ TEST(Berichte, protokolleInStuecken) {
         w.berichte.clear();
         melde(w);
         const std::string kopf = "# mac-volltunnel.log ab Byte " + std::to_string(s.ab) + ", Testmac (" +
-                                 w.kabel->id().substr(0, 8) + "), Mobilsteg Bordlotse 1.0 (1)\n";
+                                 w.kabel->id().substr(0, 8) + "), Mobilsteg VPN-Lotse 2.1 (?)\n";
         EXPECT_EQ(bericht(w, "mac%2Dvolltunnel%2Elog"), s.ab < 0 ? "" : kopf + s.gesendet);
         EXPECT_EQ(w.einstellungen.tabelle("bericht.stand").value()["mac-volltunnel.log"], s.stand);
-    }
-}
-
-TEST(Berichte, derKopfNenntAusgabeUndVersion) {
-    using Vielleicht = std::optional<std::string>;
-    for (const auto& [kennung, profil, version, bauversion, ende] :
-         std::vector<std::tuple<std::string, std::string, Vielleicht, Vielleicht, std::string>>{
-             {"de.mobilsteg.bordlotse", "vpn", "2.1", {}, "Mobilsteg Bordlotse · VPN 2.1 (?)"},
-             {"de.mobilsteg.vpnlotse", "reise", {}, "77", "Mobilsteg VPN-Lotse ? (77)"},
-             {"", "reise", {}, {}, "Mobilsteg Bordlotse ? (?)"}}) {
-        KabelWelt w;
-        std::tie(w.buendelkennung, w.version, w.bauversion) = std::tie(kennung, version, bauversion);
-        w.einstellungen.werte = {{"profil", profil}, {"volltunnel", false}};
-        w.starte();
-        melde(w);
-        EXPECT_THAT(bericht(w, "mac%2Dbordlotse%2Elog"), HasSubstr("), " + ende + "\n"));
     }
 }
 
@@ -243,13 +219,6 @@ TEST(Berichte, diagnose) {
         else
             ++anzahlen.back();
     EXPECT_THAT(anzahlen, ElementsAre(0, 2, 20, 12, 16, 8, 14));
-
-    KabelWelt ohne; // every tool silent: the headings stay
-    ohne.schnittstelle = "";
-    ohne.starte();
-    melde(ohne);
-    EXPECT_THAT(bericht(ohne, "mac%2Ddiagnose%2Etxt"),
-                EndsWith("false\n## route default\n## routen (Auszug)\n\n## dns\n\n## schnittstellen\n\n"));
 }
 
 } // namespace

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <unistd.h>
-
 using namespace mobilsteg;
 using namespace std::chrono_literals;
 
@@ -17,26 +15,22 @@ TEST(Protokoll, schreibtZeilenUndLaesstWiederholungenWeg) {
     VirtuelleWelt welt;
     const std::string pfad = ordner.pfad() + "/fehlt/noch/b.log";
     Protokoll(pfad, welt.uhr()).schreibe("alt");
-    Protokoll protokoll(pfad, welt.uhr()); // appends to what is there
-    protokoll.schreibe("Fährt mit");
-    protokoll.schreibe("Fährt mit");
     welt.laufe(24h);
-    protokoll.schreibe("B");
-    protokoll.schreibe("Fährt mit");
+    Protokoll protokoll(pfad, welt.uhr()); // appends to what is there
+    for (const auto* text : {"Fährt mit", "Fährt mit", "B", "Fährt mit"})
+        protokoll.schreibe(text);
     EXPECT_EQ(ordner.lies("/fehlt/noch/b.log"), "14.03.2025 09:41:07  alt\n"
-                                                "14.03.2025 09:41:07  Fährt mit\n"
+                                                "15.03.2025 09:41:07  Fährt mit\n"
                                                 "15.03.2025 09:41:07  B\n"
                                                 "15.03.2025 09:41:07  Fährt mit\n");
 }
 
-TEST(Protokoll, unbeschreiblicherOrtStoertNiemand) {
+TEST(Protokoll, ueberstehtEinenUnbeschreiblichenOrt) {
     const Ordner ordner;
     VirtuelleWelt welt;
     ordner.lege("/belegt", "eine Datei, kein Ordner");
-    Protokoll protokoll(ordner.pfad() + "/belegt/b.log", welt.uhr());
-    protokoll.schreibe("verloren");
+    Protokoll(ordner.pfad() + "/belegt/b.log", welt.uhr()).schreibe("verloren");
     EXPECT_EQ(ordner.lies("/belegt"), "eine Datei, kein Ordner");
-
     // A folder under the log's own name can be neither opened nor replaced.
     std::filesystem::create_directory(ordner.pfad() + "/b.log");
     Protokoll(ordner.pfad() + "/b.log", welt.uhr()).schreibe("verloren");
