@@ -28,8 +28,12 @@ class Server {
 public:
     explicit Server(const std::function<void(tcp::socket&)>& bediene, std::uint16_t port = 0)
         : horcher_(kontext_, {asio::ip::address_v4::loopback(), port}), faden_([this, bediene] {
-              for (auto kunde = horcher_.accept(); !ende_; kunde = horcher_.accept())
+              while (true) {
+                  auto kunde = horcher_.accept();
+                  if (ende_)
+                      return;
                   bediene(kunde);
+              }
           }) {}
     ~Server() {
         ende_ = true;
@@ -106,8 +110,10 @@ std::string hole(const std::string& pfad, const std::string& koerper = "",
         const auto treffer = antworten.find(anfrage.substr(ab, anfrage.find(' ', ab) - ab));
         if (treffer != antworten.end())
             asio::write(socket, asio::buffer(treffer->second), egal);
-        if (anfragen != nullptr)
-            anfragen->push_back(anfrage);
+        if (anfragen != nullptr) // without the body, which is long
+            anfragen->push_back(anfrage.ends_with(koerper)
+                                    ? anfrage.substr(0, anfrage.size() - koerper.size()) + "[...]"
+                                    : anfrage.substr(0, 1000));
     });
     const auto ergebnis = CurlHttp().hole({HttpAnfrage::Weg::direkt,
                                            koerper.empty() ? "GET" : "POST",
@@ -135,7 +141,7 @@ TEST(CurlHttp, sendetDenKoerperUndLaesstIhnNurBei302Fallen) {
     hole("/307", koerper, &anfragen);
     const auto post = [&](const std::string& pfad) {
         return AllOf(StartsWith("POST " + pfad + " HTTP/1.1\r\n"), Not(HasSubstr("Expect:")),
-                     HasSubstr("\r\nContent-Type: text/plain\r\n"), EndsWith("\r\n\r\n" + koerper));
+                     HasSubstr("\r\nContent-Type: text/plain\r\n"), EndsWith("\r\n\r\n[...]"));
     };
     const auto get = AllOf(StartsWith("GET /gut "), EndsWith("\r\n\r\n"));
     EXPECT_THAT(anfragen, ElementsAre(post("/302"), get, post("/307"), post("/gut")));
@@ -146,7 +152,7 @@ TEST(CurlHttp, fragtDenProxyDesHandysNachDemNamen) {
     std::string anfrage;
     const HttpAnfrage frage{
         HttpAnfrage::Weg::durchProxy, "GET", "http://nur-am-handy.invalid:8123/ip", {}, ""};
-    for (const std::string leave : {"\x05\x00"s, "\x05\xFF"s}) {
+    for (const auto& leave : {"\x05\x00"s, "\x05\xFF"s}) {
         const Server proxy(
             [&](tcp::socket& s) {
                 (void)lies(s, static_cast<unsigned char>(lies(s, 2).back())); // the ways to log in
