@@ -80,6 +80,8 @@ void richteEin(CURL* griff, HttpAnfrage::Weg weg, Vorgang& vorgang) {
     curl_easy_setopt(griff, CURLOPT_MAXREDIRS, meisteUmleitungen);
     curl_easy_setopt(griff, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(griff, CURLOPT_ACCEPT_ENCODING, "");
+    // A redirect asks anew: the server may be closing the connection that it answered on.
+    curl_easy_setopt(griff, CURLOPT_FORBID_REUSE, 1L);
     // Set in both cases: an unset proxy or exception list would be read from the environment.
     curl_easy_setopt(griff, CURLOPT_PROXY, direkt ? "" : ("socks5h://" + amMac(socksPort)).c_str());
     curl_easy_setopt(griff, CURLOPT_NOPROXY, direkt ? "*" : "");
