@@ -59,44 +59,15 @@ TEST(Erststart, fragtWasNochNichtBeantwortetIst) {
         w.einstellungen.werte = fall.vorher;
         w.antworten = fall.antworten;
         w.baue();
-        w.haupt.sync([&] { erststart(*w.kabel, w.einstellungen, w.dialog); });
+        w.haupt.sync([&] { erststart(*w.kabel, w.einstellungen, w); });
         EXPECT_EQ(w.fragen, fall.fragen);
         w.einstellungen.werte.erase("kabel.id");
         EXPECT_EQ(w.einstellungen.werte, mit(fall.vorher, fall.nachher));
         EXPECT_THAT(w.aufrufe, testing::IsEmpty());
         // The second start asks nothing more.
         const auto gestellt = w.fragen.size();
-        w.haupt.sync([&] { erststart(*w.kabel, w.einstellungen, w.dialog); });
+        w.haupt.sync([&] { erststart(*w.kabel, w.einstellungen, w); });
         EXPECT_EQ(w.fragen.size(), gestellt);
-    }
-}
-
-/// To the character, with the line breaks.
-TEST(Erststart, wasDieFragenSagen) {
-    const std::tuple<Frage, std::string, std::vector<std::string>> fragen[] = {
-        {profilfrage(),
-         "Ja: Der Lotse schützt deinen VPN vor Funklöchern — er fährt über das Handy, das WLAN und Mobilfunk "
-         "bündelt, und bleibt verbunden, wenn ein Weg ausfällt. Das steht dann im Vordergrund.\n\nNein: Du "
-         "bekommst den Bordlotse für schnelleres Internet unterwegs; die VPN-Themen bleiben ausgeblendet. "
-         "Umschalten geht jederzeit im Expertenmodus.",
-         {"Ja, VPN schützen", "Nein, nur schneller unterwegs"}},
-        {willkommen("X"),
-         "Der VPN-Lotse verbindet Ihren Mac über das USB-Kabel mit der Mobilsteg-App auf dem Handy. Das "
-         "Handy bündelt WLAN und Mobilfunk; fällt eines aus, läuft Ihr VPN auf dem anderen weiter — ohne "
-         "Abbruch, ohne neue Anmeldung.\n\nDafür legt der Lotse einmal pro Fahrt mit Administratorrechten "
-         "eine Netzwerkschnittstelle an (macOS fragt nach Ihrem Passwort). Ihren VPN verbinden Sie danach "
-         "wie gewohnt; der Aufklapper zeigt, ob er gesichert fährt.",
-         {"Verstanden"}},
-        {tunnelerklaerung(),
-         "Der Volltunnel legt eine eigene Netzwerkschnittstelle an und setzt Routen und DNS, damit alles vom "
-         "Mac durch das Handy fährt — nicht nur Programme, die den System-Proxy beachten. Das darf nur ein "
-         "Administrator, deshalb die Abfrage (einmal je Aktivierung). Beim Abstecken, Ausschalten oder "
-         "Beenden baut der Bordlotse alles wieder zurück; kommt kein Netz durch den Tunnel, baut er sich "
-         "nach 15 Sekunden selbst zurück.",
-         {"Weiter", "Abbrechen"}}};
-    for (const auto& [frage, erlaeuterung, knoepfe] : fragen) {
-        EXPECT_EQ(frage.erlaeuterung, erlaeuterung);
-        EXPECT_EQ(frage.knoepfe, knoepfe);
     }
 }
 

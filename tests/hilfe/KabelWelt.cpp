@@ -6,17 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace mobilsteg {
 
 KabelWelt::KabelWelt(std::uint64_t samen) : welt(samen) {
     ordner.lege("/wurzel/opt/homebrew/bin/adb", "#!", true);
     ordner.lege("/Resources/mobilsteg-volltunnel", "#!", true);
-}
-
-KabelWelt::~KabelWelt() {
-    welt.beende();
 }
 
 Kabel& KabelWelt::baue() {
@@ -27,16 +22,20 @@ Kabel& KabelWelt::baue() {
     const Orte orte{ordner.pfad() + "/heim", ordner.pfad() + "/wurzel"};
     kabel = std::make_unique<Kabel>(
         Kabel::Anschluesse{haupt, *q, welt.schlange("volltunnel.start"), welt.uhr(), laeufer, *this,
-                           einstellungen, standdienst, skript, dialog, [this] { return browser; },
+                           einstellungen, standdienst, *this, *this, [this] { return browser; },
                            [this](const BrowserFund& fund) { geoeffnet.push_back(fund.name); }, buendel, orte,
                            "Testmac", [this](const std::string& warum) { brichAb(warum); }});
     return *kabel;
 }
 
-Kabel& KabelWelt::starte() {
+void KabelWelt::starte() {
     baue();
     haupt.sync([this] { kabel->start(); });
-    return *kabel;
+}
+
+void KabelWelt::stuerzeAb() {
+    welt.begrabe();
+    kabel.reset();
 }
 
 void KabelWelt::starteBis(double sekunden) {
@@ -84,8 +83,6 @@ Ergebnis KabelWelt::werkzeug(const std::string& programm, const std::vector<std:
     const std::string name = programm.substr(programm.rfind('/') + 1);
     aufrufe.push_back(name + " " + verbunden(argumente, " "));
     fristen[aufrufe.back()] = sekunden;
-    if (vorWerkzeug)
-        vorWerkzeug(aufrufe.back());
     if (auto anderes = stattWerkzeug ? stattWerkzeug(aufrufe.back()) : std::nullopt)
         return *anderes;
     if (dauerWerkzeug > Dauer{})
@@ -111,41 +108,36 @@ Ergebnis KabelWelt::adb(const std::vector<std::string>& worte) {
                      (h.modell.empty() ? "" : " model:" + h.modell) + " transport_id:1\n";
         return {0, liste + "\n", ""};
     }
-    const auto port = [&](const std::string& wort) { return std::atoi(wort.c_str() + 4); }; // behind "tcp:"
     const std::string& serial = worte.at(1);
-    if (worte.at(3) == "--remove") {
-        const bool da = forwards.erase(port(worte.at(4))) > 0;
-        return da ? Ergebnis{0, "", ""} : Ergebnis{1, "", "adb: error: listener 'tcp:' not found"};
-    }
-    const bool da = std::any_of(handys.begin(), handys.end(),
-                                [&](const auto& h) { return h.serial == serial && h.zustand == "device"; });
-    if (!da)
+    const auto port = [&](std::size_t wort) {
+        return std::atoi(worte.at(wort).c_str() + 4);
+    }; // behind "tcp:"
+    if (worte.at(3) == "--remove")
+        return forwards.erase(port(4)) > 0 ? Ergebnis{0, "", ""}
+                                           : Ergebnis{1, "", "adb: error: listener 'tcp:' not found"};
+    if (bereites(serial) == nullptr)
         return {1, "", "adb: error: device '" + serial + "' not found"};
-    const int lokal = port(worte.at(3));
     if (!forwardFehler.empty())
         return {1, "", forwardFehler};
-    if (belegtePorts.contains(lokal))
+    if (belegtePorts.contains(port(3)))
         return {1, "", "adb: error: cannot bind listener: Address already in use"};
-    forwards[lokal] = serial;
-    return {0, std::to_string(lokal) + "\n", ""};
+    forwards[port(3)] = serial;
+    return {0, std::to_string(port(3)) + "\n", ""};
 }
 
 Ergebnis KabelWelt::networksetup(const std::vector<std::string>& worte) {
     if (worte.front() == "-listnetworkserviceorder")
         return {0, "An asterisk (*) denotes that a network service is disabled.\n" + dienste, ""};
-    if (("\n" + dienste).find(") " + worte.at(1) + "\n") == std::string::npos)
-        return {4,
-                worte.at(1) +
-                    " is not a recognized network service.\n** Error: The parameters were not valid.\n",
-                ""};
     const std::string& dienst = worte.at(1);
+    const std::string unbekannt =
+        dienst + " is not a recognized network service.\n** Error: The parameters were not valid.\n";
+    if (("\n" + dienste).find(") " + dienst + "\n") == std::string::npos)
+        return {4, unbekannt, ""};
     if (worte.front() == "-getsocksfirewallproxy") {
-        const auto an = socksAn.find(dienst);
+        const std::string an = socksAn.contains(dienst) && socksAn.at(dienst) ? "Yes" : "No";
         const auto& [adresse, port] = socksZiel[dienst];
-        return {0,
-                std::string("Enabled: ") + (an != socksAn.end() && an->second ? "Yes" : "No") + "\nServer: " +
-                    adresse + "\nPort: " + std::to_string(port) + "\nAuthenticated Proxy Enabled: 0\n",
-                ""};
+        const auto ziel = "\nServer: " + adresse + "\nPort: " + std::to_string(port);
+        return {0, "Enabled: " + an + ziel + "\nAuthenticated Proxy Enabled: 0\n", ""};
     }
     if (!networksetupFehler.empty())
         return {4, networksetupFehler + "\n", ""};
@@ -161,7 +153,7 @@ std::string KabelWelt::stoppPfad() const {
     return ordner.pfad() + "/heim/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp";
 }
 
-std::optional<Skriptfehler> KabelWelt::fuehreSkriptAus(const std::string& quelle) {
+std::optional<Skriptfehler> KabelWelt::fuehreAus(const std::string& quelle) {
     EXPECT_TRUE(haupt.istHier()) << "the platform runs scripts on the main thread only";
     skripte.push_back(quelle);
     if (tunnel.passwort > Dauer{})
@@ -169,44 +161,33 @@ std::optional<Skriptfehler> KabelWelt::fuehreSkriptAus(const std::string& quelle
     if (tunnel.skriptfehler)
         return tunnel.skriptfehler;
     meisteHelfer = std::max(meisteHelfer, ++helfer);
-    helferLebt(welt.jetzt() + tunnel.bisLaeuft);
+    // A helper of its own looks at the files ten times a second, as the real one does.
+    auto leben = [this, art = tunnel, bereitAb = welt.jetzt() + tunnel.bisLaeuft, platz = helferleben.size(),
+                  gebeten = std::optional<Dauer>()]() mutable {
+        const bool marke = existiert(stoppPfad() + ".laeuft");
+        if (!gebeten && !art.taub && existiert(stoppPfad()))
+            gebeten = welt.jetzt();
+        if (gebeten ? marke && welt.jetzt() - *gebeten < art.bisWeg : welt.jetzt() < bereitAb)
+            return;
+        if (gebeten || art.zurueckgebaut)
+            beendeHelfer(platz, gebeten ? "" : *art.zurueckgebaut);
+        else if (!art.stumm && !marke)
+            schreibeAtomar(stoppPfad() + ".laeuft", "", Haltbarkeit::fluechtig);
+    };
+    constexpr Dauer abstand = std::chrono::milliseconds(100);
+    helferleben.push_back(welt.schlange("helfer").wiederhole(abstand / 2, abstand, leben));
     return std::nullopt;
 }
 
-/// A helper of its own, looking at the files ten times a second as the real one does.
-void KabelWelt::helferLebt(Dauer bereitAb) {
-    const auto art = tunnel;
-    const auto platz = helferleben.size();
-    auto leben = [this, art, bereitAb, platz, seit = std::optional<Dauer>()]() mutable {
-        const bool gerufen = seit || (!art.taub && existiert(stoppPfad()));
-        if (gerufen && existiert(stoppPfad() + ".laeuft")) {
-            seit = seit.value_or(welt.jetzt());
-            if (welt.jetzt() - *seit < art.bisWeg)
-                return;
-        }
-        if (!gerufen && art.zurueckgebaut && welt.jetzt() >= bereitAb)
-            schreibeAtomar(stoppPfad() + ".fehler", *art.zurueckgebaut, Haltbarkeit::fluechtig);
-        if (gerufen || (art.zurueckgebaut && welt.jetzt() >= bereitAb)) {
-            std::filesystem::remove(stoppPfad() + ".laeuft");
-            --helfer;
-            helferleben[platz].reset();
-        } else if (!art.stumm && welt.jetzt() >= bereitAb && !existiert(stoppPfad() + ".laeuft")) {
-            schreibeAtomar(stoppPfad() + ".laeuft", "", Haltbarkeit::fluechtig);
-        }
-    };
-    helferleben.push_back(welt.schlange("helfer").wiederhole(std::chrono::milliseconds(50),
-                                                             std::chrono::milliseconds(100), leben));
-}
-
-void KabelWelt::helferBautZurueck(const std::string& grund) {
-    helferleben.back().reset();
+void KabelWelt::beendeHelfer(std::size_t platz, const std::string& grund) {
+    helferleben[platz].reset();
     --helfer;
     if (!grund.empty())
         schreibeAtomar(stoppPfad() + ".fehler", grund, Haltbarkeit::fluechtig);
     std::filesystem::remove(stoppPfad() + ".laeuft");
 }
 
-int KabelWelt::beantworte(const Frage& frage) {
+int KabelWelt::frage(const Frage& frage) {
     EXPECT_TRUE(haupt.istHier());
     fragen.push_back(frage.nachricht);
     if (antworten.empty()) {
@@ -218,12 +199,9 @@ int KabelWelt::beantworte(const Frage& frage) {
     return antwort;
 }
 
-const Modellhandy* KabelWelt::handyHinter(int port) const {
-    const auto forward = forwards.find(port);
-    if (forward == forwards.end())
-        return nullptr;
+const Modellhandy* KabelWelt::bereites(const std::string& serial) const {
     const auto handy = std::find_if(handys.begin(), handys.end(), [&](const auto& h) {
-        return h.serial == forward->second && h.zustand == "device" && h.teilt;
+        return h.serial == serial && h.zustand == "device";
     });
     return handy == handys.end() ? nullptr : &*handy;
 }
@@ -231,16 +209,14 @@ const Modellhandy* KabelWelt::handyHinter(int port) const {
 std::optional<HttpErgebnis> KabelWelt::hole(const HttpAnfrage& anfrage) {
     if (dauerHttp > Dauer{})
         welt.uhr().schlafe(dauerHttp);
-    if (anfrage.weg == HttpAnfrage::Weg::durchProxy) {
-        const auto* handy = handyHinter(socksPort);
-        if (handy == nullptr || !handy->austritt)
-            return std::nullopt;
-        return HttpErgebnis{200, *handy->austritt};
-    }
-    const auto* handy =
-        handyHinter(kabel ? std::atoi(anfrage.url.c_str() + std::string("http://127.0.0.1:").size()) : 0);
-    if (handy == nullptr)
+    const bool durchProxy = anfrage.weg == HttpAnfrage::Weg::durchProxy;
+    const auto hinPort = std::string("http://127.0.0.1:").size();
+    const auto forward = forwards.find(durchProxy ? socksPort : std::atoi(anfrage.url.c_str() + hinPort));
+    const auto* handy = forward == forwards.end() ? nullptr : bereites(forward->second);
+    if (handy == nullptr || !handy->teilt || (durchProxy && !handy->austritt))
         return std::nullopt;
+    if (durchProxy)
+        return HttpErgebnis{200, *handy->austritt};
     if (const auto bericht = anfrage.url.find("/api/bericht?name="); bericht != std::string::npos) {
         berichte.emplace_back(anfrage.url.substr(bericht + 18), anfrage.koerper);
         return HttpErgebnis{nimmtBerichte ? 200 : 503, ""};

@@ -41,19 +41,20 @@ struct Modelltunnel {
 };
 
 /// The real controller over a small model of adb, phones and the Mac's tools, all in virtual time.
-class KabelWelt : public Http {
+class KabelWelt : public Http, public Adminskript, public Dialog {
 public:
     explicit KabelWelt(std::uint64_t samen = 1);
-    ~KabelWelt() override;
+    ~KabelWelt() override { welt.beende(); }
 
     /// Makes the controller (again: as after a restart of the program) without starting its clock.
     Kabel& baue();
-    /// Makes it and starts its clock.
-    Kabel& starte();
-    /// The same, and lets the world go on until that second.
+    /// Makes it and starts its clock; and lets the world go on until that second.
+    void starte();
     void starteBis(double sekunden);
     /// Makes one that has come to `faehrt` with its first tick.
     void fahreLos();
+    /// The process is killed; what it left stays.
+    void stuerzeAb();
     /// Lets the world go on until the tick at `sekunden` after the clock's start is over.
     void laufeBisSekunde(double sekunden);
     /// The same, and what the panel says then.
@@ -68,18 +69,14 @@ public:
 
     // The world, for the test to change at any time.
     std::vector<Modellhandy> handys;
-    std::set<int> belegtePorts;        ///< held by other programs
-    std::string forwardFehler;         ///< not empty: adb forward fails with it
-    std::string schnittstelle = "en0"; ///< of the default route; empty: none
+    std::set<int> belegtePorts;                    ///< held by other programs
+    std::string forwardFehler, networksetupFehler; ///< not empty: adb forward, a change fails with it
+    std::string schnittstelle = "en0";             ///< of the default route; empty: none
     std::string dienste = "(1) USB LAN\n(Hardware Port: USB LAN, Device: en7)\n\n"
                           "(2) Wi-Fi\n(Hardware Port: Wi-Fi, Device: en0)\n";
-    std::string networksetupFehler; ///< not empty: changes fail with it
-    Dauer dauerWerkzeug{};          ///< how long each tool takes
-    Dauer dauerHttp{};              ///< how long each request takes
+    Dauer dauerWerkzeug{}, dauerHttp{}; ///< how long each tool and each request takes
     std::string buendelkennung = "de.mobilsteg.bordlotse";
-    std::optional<std::string> version = "1.0";
-    std::optional<std::string> bauversion = "1";
-    std::function<void(const std::string&)> vorWerkzeug; ///< told of each call before it acts
+    std::optional<std::string> version = "1.0", bauversion = "1";
     /// What a call ends with instead; absent: as always.
     std::function<std::optional<Ergebnis>(const std::string&)> stattWerkzeug;
     Modelltunnel tunnel;
@@ -93,13 +90,12 @@ public:
     std::map<std::string, bool> socksAn;                          ///< network service → proxy on
     std::map<std::string, std::pair<std::string, int>> socksZiel; ///< service → address and port
     std::vector<std::string> aufrufe;                             ///< every tool call, its name and arguments
-    std::map<std::string, double> fristen;                     ///< the seconds that each such call was given
-    std::vector<std::string> anmeldungen;                      ///< bodies of the registrations
-    std::vector<std::string> skripte;                          ///< every AppleScript source that was run
-    std::vector<std::string> fragen;                           ///< every question's first line
-    int helfer = 0;                                            ///< helpers that live now
-    int meisteHelfer = 0;                                      ///< at the same time, ever
-    std::vector<std::string> geoeffnet;                        ///< browsers opened at the extension's page
+    std::map<std::string, double> fristen; ///< the seconds that each such call was given
+    std::vector<std::string> anmeldungen;  ///< bodies of the registrations
+    std::vector<std::string> skripte;      ///< every AppleScript source that was run
+    std::vector<std::string> fragen;       ///< every question's first line
+    int helfer = 0, meisteHelfer = 0;      ///< that live now; that lived at the same time, ever
+    std::vector<std::string> geoeffnet;    ///< browsers opened at the extension's page
     std::vector<std::pair<std::string, std::string>> berichte; ///< uploads: encoded name and body
     std::string abgebrochen; ///< the programming error that ended the program
 
@@ -111,7 +107,6 @@ public:
     std::vector<Zeitgeber> helferleben;
     std::unique_ptr<Kabel> kabel;
 
-    /// The status service's side.
     struct Ausgabe final : Standausgabe {
         void starte() override { ++starts; }
         void setzeDokument(std::string bytes) override {
@@ -124,40 +119,25 @@ public:
         std::string dokument = "{}";
     } standdienst;
 
-    struct Skript final : Adminskript {
-        explicit Skript(KabelWelt& w) : welt(w) {}
-        std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override {
-            return welt.fuehreSkriptAus(quelle);
-        }
-        KabelWelt& welt;
-    } skript{*this};
-
-    struct Fragender final : Dialog {
-        explicit Fragender(KabelWelt& w) : welt(w) {}
-        int frage(const Frage& f) override { return welt.beantworte(f); }
-        KabelWelt& welt;
-    } dialog{*this};
-
     /// The helper goes by itself and leaves that reason; empty: none.
-    void helferBautZurueck(const std::string& grund);
+    void helferBautZurueck(const std::string& grund) { beendeHelfer(helferleben.size() - 1, grund); }
     [[nodiscard]] std::string stoppPfad() const;
 
-    // The phone's side.
+    // The controller's ports: the phone, the password dialog, the questions, the tools, the program's end.
     [[nodiscard]] std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
-
-protected:
-    /// Every tool call of the controller ends here.
+    std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override;
+    int frage(const Frage& frage) override;
     virtual Ergebnis werkzeug(const std::string& programm, const std::vector<std::string>& argumente,
                               double sekunden);
-    virtual std::optional<Skriptfehler> fuehreSkriptAus(const std::string& quelle);
-    virtual int beantworte(const Frage& frage);
     virtual void brichAb(const std::string& warum) { abgebrochen = warum; }
+
+protected:
+    [[nodiscard]] const Modellhandy* bereites(const std::string& serial) const; ///< null: adb cannot use it
 
 private:
     Ergebnis adb(const std::vector<std::string>& worte);
     Ergebnis networksetup(const std::vector<std::string>& worte);
-    void helferLebt(Dauer bereitAb);
-    [[nodiscard]] const Modellhandy* handyHinter(int port) const;
+    void beendeHelfer(std::size_t platz, const std::string& grund);
 };
 
 /// The same, with a willing phone on its cable.
