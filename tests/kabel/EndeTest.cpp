@@ -10,27 +10,37 @@ using namespace testing;
 
 namespace {
 
-TEST(Ende, nachEinemAbsturzRaeumtDerNaechsteStartAufVorDemErstenTakt) {
-    KabelWelt w;
-    w.fahreLos();
-    w.welt.laufe(1s);
-    w.kabel->q().sync([&] {}); // between two ticks the process dies
-    Kabel* const alter = w.kabel.release();
-    w.handys.clear();
-    w.aufrufe.clear();
-    const auto versatz = w.welt.jetzt();
-    w.starte();
-    w.welt.laufe(100ms);
-    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
-    EXPECT_THAT(w.aufrufe, Contains("networksetup -setsocksfirewallproxystate Wi-Fi off"));
-    EXPECT_LT(w.welt.jetzt() - versatz, 200ms);
-    EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
-    w.welt.beende();
-    delete alter;
+/// The second and the third are in the middle of switching the proxy on, which is on by then.
+TEST(Ende, woDerProzessAuchStirbtDerNaechsteStartNimmtDenProxyVorDemErstenTakt) {
+    for (const std::string beim :
+         {"adb devices -l", "networksetup -setsocksfirewallproxy Wi-Fi 127.0.0.1 1080",
+          "networksetup -setsocksfirewallproxystate Wi-Fi on"}) {
+        SCOPED_TRACE(beim);
+        HandyWelt w;
+        w.stattWerkzeug = [&](const std::string& aufruf) -> std::optional<Ergebnis> {
+            if (aufruf == beim && aufruf.ends_with(" 1080")) {
+                w.socksAn["Wi-Fi"] = true;
+                w.socksZiel["Wi-Fi"] = {"127.0.0.1", 1080};
+            }
+            if (aufruf == beim && w.socksAn["Wi-Fi"])
+                w.welt.stirb();
+            return std::nullopt;
+        };
+        w.starteBis(4);
+        ASSERT_TRUE(w.socksAn["Wi-Fi"]);
+        w.stuerzeAb();
+        w.stattWerkzeug = nullptr;
+        w.starte();
+        w.welt.laufe(100ms);
+        EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+        EXPECT_FALSE(w.einstellungen.werte.contains("proxy.dienst"));
+        EXPECT_FALSE(w.einstellungen.werte.contains("proxy.ungewiss"));
+    }
 }
 
 TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
     KabelWelt w;
+    w.einstellungen.werte["volltunnel.erklaert"] = true;
     w.belegtePorts = {8080};
     w.fahreLos();
     w.aufrufe.clear();
@@ -40,9 +50,13 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
                                        "adb -s R5CT1 forward --remove tcp:18080"));
     EXPECT_TRUE(w.forwards.empty());
     // The process may still live for a tick or a click.
-    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
+    w.bediene([](Kabel& k) {
+        k.proxyUmschalten();
+        k.setzeVolltunnelAn(true);
+    });
     w.welt.laufe(10s);
     EXPECT_EQ(w.aufrufe.size(), 3U);
+    EXPECT_THAT(w.skripte, IsEmpty());
 }
 
 /// A call that was cut off at its limit may have done its work, or none.
@@ -50,8 +64,7 @@ TEST(Ende, einAndererPortWirdNichtVergessenWennAdbHaengt) {
     for (const std::string haengt :
          {"adb -s R5CT1 forward tcp:18080 tcp:8080", "adb -s R5CT1 forward --remove tcp:18080"}) {
         SCOPED_TRACE(haengt);
-        KabelWelt w;
-        w.handys = {Modellhandy{}};
+        HandyWelt w;
         w.belegtePorts = {8080};
         w.stattWerkzeug = [&](const std::string& aufruf) -> std::optional<Ergebnis> {
             if (aufruf != haengt)
@@ -59,8 +72,7 @@ TEST(Ende, einAndererPortWirdNichtVergessenWennAdbHaengt) {
             w.forwards[18080] = "R5CT1";
             return Ergebnis{15, "", ""};
         };
-        w.starte();
-        w.laufeBisSekunde(1);
+        w.starteBis(1);
         w.raeumeAuf();
         w.stattWerkzeug = nullptr;
         w.belegtePorts.clear();
@@ -80,7 +92,7 @@ TEST(Ende, dieForwardsGehenAuchWennAdbDasHandyGeradeNichtNennt) {
     EXPECT_TRUE(w.forwards.empty());
 }
 
-/// The process is gone right after, and with it whoever would stop a helper that comes up later.
+/// The process is gone right after; nothing would stop a helper that comes up later.
 TEST(Ende, keinHelferKommtMehrHoch) {
     for (std::uint64_t samen = 0; samen < 40; ++samen) {
         KabelWelt w(samen);
@@ -96,12 +108,21 @@ TEST(Ende, keinHelferKommtMehrHoch) {
     }
 }
 
+TEST(Ende, einHelferDerErstNachVierzigSekundenHochkommtMussWiederGehen) {
+    HandyWelt w;
+    w.einstellungen.werte = {{"volltunnel.erklaert", true}, {"volltunnel", true}};
+    w.tunnel.bisLaeuft = 42s;
+    w.starteBis(41.5);
+    EXPECT_FALSE(w.zustand().volltunnelAn);
+    w.laufeBisSekunde(45);
+    EXPECT_EQ(w.helfer, 0);
+}
+
 TEST(Ende, aufraeumenWartetDenLaufendenTaktAb) {
     HandyWelt w;
     w.dauerHttp = 2s;
-    w.starte();
-    EXPECT_EQ(w.phaseBei(3), Phase::Art::pruefung) << "in the middle of the proof";
-    w.raeumeAuf();
+    w.starteBis(3);
+    w.raeumeAuf(); // in the middle of the proof
     EXPECT_FALSE(w.socksAn["Wi-Fi"]);
     EXPECT_TRUE(w.forwards.empty());
     EXPECT_EQ(w.welt.verklemmte(), 0U);
