@@ -112,6 +112,9 @@ SystemProxy::Ziel SystemProxy::ziel(const std::string& dienst) const {
     const auto antwort = networksetup({"-getsocksfirewallproxy", dienst}, fragenSekunden);
     if (antwort.status != 0)
         return kenntDienstNicht(antwort) ? Ziel::keinDienst : Ziel::unbekannt;
+    const auto port = antwort.ausgabe.find("\nPort:");
+    if (port == std::string::npos || antwort.ausgabe.find('\n', port + 1) == std::string::npos)
+        return Ziel::unbekannt; // half an answer; the proxy may be ours all the same
     return zeigtAufUns(antwort.ausgabe) ? Ziel::wir : Ziel::andere;
 }
 
