@@ -38,7 +38,7 @@ bool Zufallswelt::unser(const std::string& dienst) const {
 
 /// On the work queue, right when a tick has written its document.
 void Zufallswelt::pruefeTick() {
-    ++zaehler.ticks;
+    ++zaehler["Ticks"];
     ++ticksOhneStoerung_;
     ticksOhneWeg_ = wegGueltig() ? 0 : ticksOhneWeg_ + 1;
     const auto dokument = nlohmann::json::parse(standdienst.dokument);
@@ -50,7 +50,7 @@ void Zufallswelt::pruefeTick() {
     if (austritt.empty() || ticksOhneWeg_ >= 2)
         bewiesenBis_ = std::min(bewiesenBis_, welt.jetzt());
     if (dokument["faehrt"]) {
-        ++zaehler.fahrten;
+        ++zaehler["Ticks in „Fährt mit“"];
         pruefe(phase == "Fährt mit" && !austritt.empty(), "„Fährt mit“ nur mit Austrittsadresse");
         // The tick under way when the way was lost may still end well.
         pruefe(ticksOhneWeg_ < 2, "„Fährt mit“ nur, solange das Handy teilt und erlaubt");

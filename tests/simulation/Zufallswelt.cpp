@@ -25,23 +25,19 @@ Zufallswelt::Zufallswelt(std::uint64_t samen)
 }
 
 void Zufallswelt::erzaehle(const std::string& was) {
-    constexpr std::size_t laengste = 60;
-    char zeit[32];
-    std::snprintf(zeit, sizeof zeit, "%9.3f s  ", std::chrono::duration<double>(welt.jetzt()).count());
-    geschichte.push_back(zeit + was);
-    if (geschichte.size() > laengste)
-        geschichte.pop_front();
+    if (erzaehlt)
+        std::printf("%9.3f s  %s\n", std::chrono::duration<double>(welt.jetzt()).count(), was.c_str());
 }
 
 // --- the process's lives ---------------------------------------------------------------------------------
 
 void Zufallswelt::lebe(int ticks) {
     ereignisse_ = welt.schlange("ereignisse").wiederhole(350ms, 700ms, [this] { ereignis(); });
-    while (zaehler.ticks < ticks && verstoss.empty()) {
+    while (zaehler["Ticks"] < ticks && verstoss.empty()) {
         bisTod_ = wuerfel(70) ? 1 + static_cast<int>(waehle(600)) : 0;
         starteProzess();
-        const int bis = std::min(zaehler.ticks + 1 + static_cast<int>(waehle(60)), ticks);
-        while (kabel && zaehler.ticks < bis && verstoss.empty())
+        const int bis = std::min(zaehler["Ticks"] + 1 + static_cast<int>(waehle(60)), ticks);
+        while (kabel && zaehler["Ticks"] < bis && verstoss.empty())
             laufe(3s);
         if (kabel)
             beendeProzess(true);
@@ -76,7 +72,7 @@ void Zufallswelt::lebe(int ticks) {
 }
 
 void Zufallswelt::starteProzess() {
-    ++zaehler.starts;
+    ++zaehler["Starts"];
     erzaehle("das Programm startet");
     nachTick_ = false;
     ticksOhneBeweis_ = 0;
@@ -93,7 +89,7 @@ void Zufallswelt::beendeProzess(bool inOrdnung) {
     if (inOrdnung) {
         erzaehle("das Programm endet");
         endet_ = true;
-        const int stoerungen = zaehler.stoerungen;
+        const int stoerungen = zaehler["Störungen"];
         bool fertig = false;
         welt.schlange("signal").async([&] {
             q->sync([this] { kabel->aufraeumen(); });
@@ -101,7 +97,7 @@ void Zufallswelt::beendeProzess(bool inOrdnung) {
         });
         // A dialog may stand open, and every tool may hang to its limit.
         pruefe(welt.laufeBis([&] { return fertig || bisTod_ == -1; }, 400s), "das Aufräumen endet");
-        pruefe(!fertig || zaehler.stoerungen > stoerungen || !proxyAn(), "am Ende ist kein Proxy gesetzt");
+        pruefe(!fertig || zaehler["Störungen"] > stoerungen || !proxyAn(), "am Ende ist kein Proxy gesetzt");
     }
     stuerzeAb();
     bisTod_ = offeneKlicks_ = 0;
@@ -130,7 +126,7 @@ void Zufallswelt::portaufruf(const std::string& was) {
     if (bisTod_ <= 0 || --bisTod_ > 0)
         return;
     erzaehle("das Programm stirbt bei: " + was);
-    ++zaehler.tode;
+    ++zaehler["Tode"];
     bisTod_ = -1;
     welt.stirb();
 }
@@ -146,7 +142,7 @@ Ergebnis Zufallswelt::werkzeug(const std::string& programm, const std::vector<st
         pruefe(!socksAn[argumente[1]] || unser(argumente[1]), "der Proxy des Benutzers bleibt an");
     const bool gestoert = wuerfel(stoerungsrate_);
     const bool verweigert = !networksetupFehler.empty() && aufruf.starts_with("networksetup -set");
-    zaehler.stoerungen += gestoert || verweigert;
+    zaehler["Störungen"] += gestoert || verweigert;
     if (verweigert || (gestoert && name == "networksetup"))
         ticksOhneStoerung_ = 0;
     const auto art = gestoert ? waehle(6) : 6;
@@ -176,7 +172,7 @@ std::optional<HttpErgebnis> Zufallswelt::hole(const HttpAnfrage& anfrage) {
     gemeldet_.reset();
     const auto art = wuerfel(stoerungsrate_) ? waehle(5) : 5;
     if (art < 5) {
-        ++zaehler.stoerungen;
+        ++zaehler["Störungen"];
         erzaehle("Störung " + std::to_string(art) + ": Anfrage an " + anfrage.url);
     }
     if (art <= 1)
@@ -207,7 +203,7 @@ std::optional<Skriptfehler> Zufallswelt::fuehreAus(const std::string& quelle) {
     // Decided in the tick before, it may come at the moment when the next one ends.
     pruefe(welt.jetzt() <= bewiesenBis_, "kein Start ohne bewiesenen Weg");
     pruefe(endet_ || !existiert(stoppPfad()), "beim Start liegt keine alte Bitte um Stopp");
-    ++zaehler.tunnel;
+    ++zaehler["Tunnelstarts"];
     erzaehle("Passwortdialog");
     return KabelWelt::fuehreAus(quelle);
 }

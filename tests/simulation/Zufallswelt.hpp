@@ -2,7 +2,6 @@
 
 #include "tests/hilfe/KabelWelt.hpp"
 
-#include <deque>
 #include <random>
 
 namespace mobilsteg {
@@ -18,12 +17,9 @@ public:
     /// end. The first broken invariant ends it at once.
     void lebe(int ticks);
 
-    struct Zaehler {
-        int ticks = 0, tode = 0, starts = 0, tunnel = 0, fahrten = 0, stoerungen = 0;
-    };
-    Zaehler zaehler;
+    std::map<std::string, int> zaehler; ///< what happened how often
     std::string verstoss;               ///< the broken invariant; empty: none
-    std::deque<std::string> geschichte; ///< what happened last
+    bool erzaehlt = false;              ///< prints what happens
     /// Changes the answers that come through the phone's proxy, or from the phone itself; may be empty.
     std::function<void(bool durchProxy, std::optional<HttpErgebnis>&)> verfaelsche;
 
