@@ -84,9 +84,11 @@ std::optional<std::string> SystemProxy::entfernen(const std::string& dienst) {
     const auto aus = schalteAus(dienst);
     if (aus.status != 0 && !kenntDienstNicht(aus))
         return fehlertext(aus);
-    if (const auto anderer = gemerkterDienst(); anderer && *anderer != dienst)
-        ungewisse_.merke(*anderer);
-    einstellungen_.entferne(merkschluessel);
+    if (const auto gemerkt = gemerkterDienst()) { // else nothing is written: the settings may be damaged
+        if (*gemerkt != dienst)
+            ungewisse_.merke(*gemerkt);
+        einstellungen_.entferne(merkschluessel);
+    }
     ungewisse_.vergiss(dienst);
     return aus.status == 0 ? std::nullopt : std::optional(fehlertext(aus));
 }
