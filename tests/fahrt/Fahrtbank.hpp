@@ -2,10 +2,11 @@
 
 #include "handy/Lauf.hpp"
 #include "plattform/Dateien.hpp"
+#include "plattform/Kindprozess.hpp"
+#include "tests/hilfe/Klient.hpp"
 #include "tests/hilfe/Ordner.hpp"
 
-#include <sys/types.h>
-
+#include <csignal>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -14,33 +15,46 @@
 
 namespace mobilsteg {
 
-/// A program started by a test; killed with the test if it still runs then.
+// Where things lie below a trip's folder.
+inline const std::string einstellungen = "/heim/Library/Preferences/de.mobilsteg.bordlotse.json";
+inline const std::string vpnEinstellungen = "/heim/Library/Preferences/de.mobilsteg.vpnlotse.json";
+inline const std::string anwendungsordner = "/heim/Library/Application Support/Mobilsteg Bordlotse/";
+inline const std::string standdatei = anwendungsordner + "stand.json";
+inline const std::string protokolldatei = "/heim/Library/Logs/MobilstegBordlotse.log";
+inline const std::string helfermarke = anwendungsordner + "volltunnel.stopp.laeuft";
+inline const std::string tunnellog = "/heim/Library/Logs/MobilstegVolltunnel.log";
+
+inline constexpr const char* vpnLotse = "mobilsteg-vpnlotse";
+
+/// The settings of a user of that edition who has seen all explanations and wants the tunnel.
+inline constexpr const char* vpnBenutzer = R"({"b2b.erklaert":true,"volltunnel.erklaert":true,
+    "volltunnel":true,"nurVPN":false,"austritt.dienst":"http://austritt.probe/"})";
+
+/// A program started by a test, in a process group of its own; ended with the test if it still runs then.
 class Programm {
 public:
     /// Its outputs go to `ausgabe`, a file; its standard input is a pipe held open by this object.
-    Programm(const std::vector<std::string>& worte, const std::string& ausgabe);
+    /// `umstand`: what a shell does before it becomes the program, such as setting limits.
+    Programm(std::vector<std::string> worte, const std::string& ausgabe, const std::string& umstand = ":");
     ~Programm();
-    Programm(const Programm&) = delete;
-    Programm& operator=(const Programm&) = delete;
 
-    void sende(int signal) const;
-    /// To the whole process group, as a terminal does.
-    void sendeGruppe(int signal) const;
+    void sende(int signal) const { ::kill(kind_.nummer, signal); }
+    void sendeGruppe(int signal) const { ::kill(-kind_.nummer, signal); } ///< as a terminal does
     void tippe(const std::string& zeile) const;
-    /// Waits for its end: exit code, or 128 and the signal's number. Absent: it did not end in time.
-    std::optional<int> warteAufEnde(double sekunden = 30);
-    [[nodiscard]] pid_t nummer() const { return nummer_; }
+    /// Waits for its end: exit code, or the signal's number. Absent: it did not end in time.
+    std::optional<int> warteAufEnde();
+    void toete();
 
 private:
-    pid_t nummer_ = -1;
-    int eingabe_ = -1;
+    Deskriptor eingabe_;
+    Kindprozess kind_;
     std::optional<int> status_;
 };
 
 /// A simulated phone that really runs.
 class Probehandy {
 public:
-    Probehandy(const std::string& ordner, const std::vector<std::string>& optionen);
+    Probehandy(const std::string& ordner, std::vector<std::string> optionen);
 
     /// Drives it; the test fails when it refuses.
     std::string sage(const std::string& befehl) const;
@@ -48,8 +62,7 @@ public:
 
 private:
     std::unique_ptr<Programm> programm_;
-    std::string adbPort_;
-    std::string steuerport_;
+    std::string adbPort_, steuerport_;
 };
 
 /// A trip with the shipped programs: an adb server of its own, a simulated Mac, a fresh home.
@@ -57,34 +70,34 @@ class Fahrtbank {
 public:
     Fahrtbank();
     ~Fahrtbank();
-    Fahrtbank(const Fahrtbank&) = delete;
-    Fahrtbank& operator=(const Fahrtbank&) = delete;
 
     /// A phone on the cable unless told otherwise.
     std::unique_ptr<Probehandy> handy(std::vector<std::string> optionen = {"--stecken", "--erlaubt"});
-    /// `umstand`: what the shell does before it becomes the program, such as setting limits.
-    void starte(const std::string& name = "mobilsteg-bordlotse", const std::string& umstand = "");
-    /// In the menu bar instead of the terminal, on the display that the environment names.
-    void starteFenster();
-
-    /// Makes the VPN edition's user one who has seen all explanations and wants the tunnel.
-    void alsVpnBenutzer() const;
-
+    /// Starts the program; `umstand` happens in the home.
+    void starte(const std::string& name = "mobilsteg-bordlotse", const std::string& umstand = ":",
+                const std::vector<std::string>& optionen = {"--terminal"});
     /// Runs the program with other options to its end.
-    [[nodiscard]] Ergebnis rufe(const std::vector<std::string>& optionen) const;
+    [[nodiscard]] Ergebnis rufe(const std::string& option) const;
 
     /// The state document's phase, once it begins with `anfang`; the test fails when that takes too long.
-    void erwartePhase(const std::string& anfang, double sekunden = 20) const;
-    [[nodiscard]] std::string stand() const; ///< the document as bytes
-    [[nodiscard]] std::string protokoll() const;
+    void erwartePhase(const std::string& anfang) const;
+    /// The test fails when anything of the program, or of one before it, is left.
+    void erwarteNichts() const;
+    /// Whether that piece comes to stand in a file, in the printed panel, in the state document.
+    [[nodiscard]] bool kommt(const std::string& datei, const std::string& stueck) const;
+    [[nodiscard]] bool zeigt(const std::string& stueck) const { return kommt("/ausgabe", stueck); }
+    [[nodiscard]] bool imStand(const std::string& s) const { return kommt(standdatei, s); }
+
+    [[nodiscard]] std::string stand() const { return ordner.lies(standdatei); }
+    [[nodiscard]] std::string ausgabe() const { return ordner.lies("/ausgabe"); }
+    [[nodiscard]] std::string protokoll() const { return ordner.lies(protokolldatei); }
     [[nodiscard]] int zeilenMit(const std::string& stueck) const; ///< of the log
     [[nodiscard]] std::string adb(const std::vector<std::string>& worte) const;
-    [[nodiscard]] bool proxyAn(const std::string& dienst = "Wi-Fi") const;
-    [[nodiscard]] std::string ausgabe() const; ///< what the program printed
-
-    /// Whether that piece comes to stand in the printed panel; or in the state document.
-    [[nodiscard]] bool zeigt(const std::string& stueck) const;
-    [[nodiscard]] bool imStand(const std::string& stueck) const;
+    [[nodiscard]] std::string forwards() const { return adb({"forward", "--list"}); }
+    [[nodiscard]] bool proxyAn() const {
+        return ordner.lies("/mac/zustand/socks").find("Wi-Fi\ton\t") != std::string::npos;
+    }
+    [[nodiscard]] bool helferLaeuft() const { return existiert(ordner.pfad() + helfermarke); }
 
     std::unique_ptr<Programm> programm;
     Ordner ordner;
@@ -93,23 +106,20 @@ private:
     [[nodiscard]] std::vector<std::string> aufruf(const std::string& name,
                                                   const std::vector<std::string>& optionen) const;
 
-    std::string adbPfad_;
     int handys_ = 0;
 };
 
 /// Where a shipped program of that name lies.
-[[nodiscard]] std::string programmpfad(const std::string& name);
+[[nodiscard]] inline std::string programmpfad(const std::string& name) {
+    return BIN_ORDNER "/" + name;
+}
 
-/// Asks until it holds. False: it did not in time.
-[[nodiscard]] bool warteBis(const std::function<bool()>& bedingung, double sekunden = 20);
+/// Asks until it holds. False: it did not in a time that is ample on a busy machine, too.
+[[nodiscard]] bool warteBis(const std::function<bool()>& bedingung, double sekunden = 45);
 
 /// Whether nobody listens on that loopback port.
-[[nodiscard]] bool portFrei(int port);
-
-/// Takes that loopback port as long as it lives; empty: somebody else has it.
-[[nodiscard]] Deskriptor besetze(int port);
-
-/// What a server on a loopback port answers to these bytes, to its end.
-[[nodiscard]] std::string frage(int port, const std::string& bytes);
+[[nodiscard]] inline bool portFrei(int port) {
+    return !Klient(port).verbunden;
+}
 
 } // namespace mobilsteg

@@ -3,110 +3,77 @@
 #include "plattform/Text.hpp"
 #include "tests/fahrt/Fahrtbank.hpp"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <deque>
+#include <regex>
 
 using namespace mobilsteg;
 
 namespace {
 
-/// A display with a window manager and a tray at the top right.
-class Anzeige {
-public:
-    Anzeige() {
-        starte("Xvfb -displayfd 1 -screen 0 1280x900x24 -nolisten tcp");
-        std::string nummer;
-        EXPECT_TRUE(warteBis([&] { return (nummer = ordner_.lies("/Xvfb")).ends_with('\n'); }));
-        ::setenv("DISPLAY", (":" + std::string(beschnitten(nummer))).c_str(), 1);
-        ::unsetenv("QT_QPA_PLATFORM");
-        starte("openbox");
-        starte("trayer --edge top --align right --widthtype request --height 24");
-    }
-    ~Anzeige() { ::unsetenv("DISPLAY"); }
-    Anzeige(const Anzeige&) = delete;
-    Anzeige& operator=(const Anzeige&) = delete;
+std::string xdotool(const std::vector<std::string>& worte) {
+    return lauf("/usr/bin/xdotool", worte, 60).ausgabe;
+}
 
-    struct Fenster {
-        int x = 0, y = 0, breite = 0, hoehe = 0;
-    };
+void klicke(int x, int y) {
+    (void)xdotool({"mousemove", std::to_string(x), std::to_string(y), "click", "1"});
+}
 
-    /// The program's visible window of that width; width 0: there is none.
-    static Fenster fenster(int breite) {
-        const std::string nummern = xdotool({"search", "--onlyvisible", "--class", "mobilsteg"});
-        for (const auto nummer : teile(nummern, '\n')) {
-            const std::string lage = xdotool({"getwindowgeometry", "--shell", std::string(nummer)});
-            const auto zahl = [&](const std::string& name) {
-                const auto stelle = lage.find(name + "=");
-                return stelle == std::string::npos ? 0 : std::atoi(lage.c_str() + stelle + name.size() + 1);
-            };
-            if (zahl("WIDTH") == breite)
-                return {zahl("X"), zahl("Y"), zahl("WIDTH"), zahl("HEIGHT")};
-        }
-        return {};
-    }
-
-    static void klicke(int x, int y) {
-        (void)xdotool({"mousemove", std::to_string(x), std::to_string(y), "click", "1"});
-    }
-
-    static std::string xdotool(const std::vector<std::string>& worte) {
-        return lauf("/usr/bin/xdotool", worte, 10).ausgabe;
-    }
-
-private:
-    void starte(const std::string& befehl) {
-        const auto teileDavon = teile(befehl, ' ');
-        std::vector<std::string> worte(teileDavon.begin(), teileDavon.end());
-        const std::string ausgabe = ordner_.pfad() + "/" + worte[0];
-        worte[0].insert(0, "/usr/bin/");
-        programme_.push_front(std::make_unique<Programm>(worte, ausgabe));
-    }
-
-    Ordner ordner_;
-    std::deque<std::unique_ptr<Programm>> programme_; // the display goes last
+struct Fenster {
+    int x = 0, y = 0, hoehe = 0;
 };
 
-constexpr int panelbreite = 330;
-
-bool panelOffen() {
-    return Anzeige::fenster(panelbreite).breite == panelbreite;
+/// The program's visible panel, told by its width of 330; height 0: there is none.
+Fenster panel() {
+    static const std::regex lage("X=(\\d+)\nY=(\\d+)\nWIDTH=330\nHEIGHT=(\\d+)");
+    const std::string fenster =
+        xdotool({"search", "--onlyvisible", "--class", "mobilsteg", "getwindowgeometry", "--shell", "%@"});
+    std::smatch zahlen;
+    return std::regex_search(fenster, zahlen, lage)
+               ? Fenster{std::stoi(zahlen[1]), std::stoi(zahlen[2]), std::stoi(zahlen[3])}
+               : Fenster{};
 }
 
 /// Clicks on the item until the panel is there: the tray takes the item in when it likes, and a click that
 /// comes right after the panel has closed counts as the one that closed it.
 bool oeffnePanel() {
     return warteBis([] {
-        Anzeige::klicke(1268, 12);
-        return warteBis(panelOffen, 1);
+        klicke(1268, 12);
+        return warteBis([] { return panel().hoehe != 0; }, 2);
     });
 }
 
 TEST(Fenster, einKlickOeffnetDasPanelUndEinKlickStelltUm) {
-    const Anzeige anzeige;
+    const Ordner ordner;
+    const auto starte = [&](const std::string& name, const std::string& worte) {
+        const std::vector<std::string> befehl = {"/bin/sh", "-c", "exec " + name + " " + worte};
+        return std::make_unique<Programm>(befehl, ordner.pfad() + "/" + name);
+    };
+    const auto anzeige = starte("Xvfb", "-displayfd 1 -screen 0 1280x900x24 -nolisten tcp");
+    ASSERT_TRUE(warteBis([&] { return ordner.lies("/Xvfb").ends_with('\n'); }));
+    ::setenv("DISPLAY", (":" + std::string(beschnitten(ordner.lies("/Xvfb")))).c_str(), 1);
+    ::unsetenv("QT_QPA_PLATFORM");
+    const auto verwalter = starte("openbox", "");
+    const auto leiste = starte("trayer", "--edge top --align right --widthtype request --height 24");
     Fahrtbank bank;
-    bank.starteFenster();
+    bank.starte("mobilsteg-bordlotse", ":", {});
     bank.erwartePhase("Kein Handy am Kabel");
     ASSERT_TRUE(oeffnePanel()) << bank.ausgabe();
 
-    const auto panel = Anzeige::fenster(panelbreite);
-    const auto gespeichert = [&] {
-        return bank.ordner.lies("/heim/Library/Preferences/de.mobilsteg.bordlotse.json")
-                   .find("\"experte\": true") != std::string::npos;
-    };
-    EXPECT_FALSE(gespeichert());
-    Anzeige::klicke(panel.x + 20, panel.y + panel.hoehe - 24); // the box at the left of the bottom row
-    EXPECT_TRUE(warteBis(gespeichert)) << bank.ausgabe();
-    EXPECT_TRUE(warteBis([&] { return Anzeige::fenster(panelbreite).hoehe > panel.hoehe; }))
-        << "the expert's block";
+    const Fenster kleines = panel();
+    const std::string experte = "\"experte\": true";
+    EXPECT_EQ(bank.ordner.lies(einstellungen).find(experte), std::string::npos);
+    klicke(kleines.x + 20, kleines.y + kleines.hoehe - 24); // the box at the left of the bottom row
+    EXPECT_TRUE(bank.kommt(einstellungen, experte)) << bank.ausgabe();
+    EXPECT_TRUE(warteBis([&] { return panel().hoehe > kleines.hoehe; })) << "the expert's block";
 
-    (void)Anzeige::xdotool({"key", "Escape"});
-    EXPECT_TRUE(warteBis([] { return !panelOffen(); }));
+    (void)xdotool({"key", "Escape"});
+    EXPECT_TRUE(warteBis([] { return panel().hoehe == 0; }));
     EXPECT_TRUE(oeffnePanel()) << "it opens again";
 
-    const auto grosses = Anzeige::fenster(panelbreite);
-    Anzeige::klicke(grosses.x + grosses.breite - 40, grosses.y + grosses.hoehe - 24); // „Beenden“
+    const Fenster grosses = panel();
+    klicke(grosses.x + 290, grosses.y + grosses.hoehe - 24); // „Beenden“
     EXPECT_EQ(bank.programm->warteAufEnde(), 0);
     EXPECT_TRUE(portFrei(1081));
 }

@@ -3,23 +3,16 @@
 
 #include "netz/Volltunnel.hpp"
 #include "plattform/Adapter.hpp"
-#include "plattform/Dateien.hpp"
 #include "tests/fahrt/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>
-
-#include <csignal>
 
 using namespace mobilsteg;
 using namespace testing;
 
 namespace {
 
-constexpr const char* ordnerHeim = "/heim/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp";
-
-bool helferLaeuft(const Fahrtbank& bank) {
-    return existiert(bank.ordner.pfad() + ordnerHeim + ".laeuft");
-}
+constexpr const char* laeuftImStand = R"("volltunnel": true)";
 
 TEST(Volltunnel, anfuehrungUeberlebtBeideSprachen) {
     const Fahrtbank bank;
@@ -28,101 +21,61 @@ TEST(Volltunnel, anfuehrungUeberlebtBeideSprachen) {
     const std::string log = bank.ordner.pfad() + "/helfer.log";
     for (const std::string dienst :
          {"Wi-Fi", R"(Büro "Süd")", R"(a\b\\c)", R"(\"$HOME`id`;&)", "Zeile (2)"}) {
-        std::remove(log.c_str());
+        std::filesystem::remove(log);
         const auto befehl = tunnelbefehl(helfer, "/stopp datei", log, 42, {dienst, true, true});
         EXPECT_FALSE(skript->fuehreAus(skriptquelle(befehl, "Warum: „so“ — darum")).has_value());
         const std::string soll =
             "-proxy\n127.0.0.1:1080\n-stopp\n/stopp datei\n-dienst\n" + dienst + "\n-wache\n42\n-nur-vpn\n";
-        EXPECT_TRUE(warteBis([&] { return liesDatei(log) == soll; }, 5)) << liesDatei(log).value_or("");
+        EXPECT_TRUE(warteBis([&] { return liesDatei(log) == soll; })) << liesDatei(log).value_or("");
     }
     EXPECT_THAT(bank.ordner.lies("/mac/zustand/passwortdialoge"), HasSubstr("Grund: Warum: „so“ — darum\n"));
 }
 
-TEST(Volltunnel, skriptfehlerWerdenGelesen) {
-    const std::tuple<const char*, int, std::optional<std::string>> faelle[] = {
-        {"0:310: execution error: User canceled. (-128)\n", -128, "User canceled."},
-        {"Warnung\n0:310: execution error: Der Name (oder das Passwort) ist falsch. (-60007)\n\n", -60007,
-         "Der Name (oder das Passwort) ist falsch."},
-        {"execution error: (-1)", -1, {}},
-        {"execution error: ohne Nummer", 0, {}},
-        {"execution error: krumm (12x)", 0, {}},
-        {"", 0, {}},
-    };
-    for (const auto& [ausgabe, nummer, meldung] : faelle) {
-        const auto fehler = liesSkriptfehler(ausgabe);
-        EXPECT_EQ(fehler.nummer, nummer) << ausgabe;
-        EXPECT_EQ(fehler.meldung, meldung) << ausgabe;
-        EXPECT_FALSE(fehler.nichtGebaut);
-    }
-    EXPECT_TRUE(osascriptSkript({"/", "/gibt/es/nicht"})->fuehreAus("x")->nichtGebaut);
-}
-
 TEST(Volltunnel, mitWillkommenBisZumAbstecken) {
     Fahrtbank bank;
-    bank.ordner.lege("/heim/Library/Preferences/de.mobilsteg.vpnlotse.json",
-                     R"({"austritt.dienst":"http://austritt.probe/"})");
+    bank.ordner.lege(vpnEinstellungen, R"({"austritt.dienst":"http://austritt.probe/"})");
     const auto handy = bank.handy();
-    bank.starte("mobilsteg-vpnlotse");
+    bank.starte(vpnLotse);
     ASSERT_TRUE(bank.zeigt("1) Verstanden")) << bank.ausgabe();
     EXPECT_EQ(bank.stand(), "") << "the clock waits for the answer";
     bank.programm->tippe("1");
-    EXPECT_TRUE(bank.imStand(R"("volltunnel": true)"));
-    EXPECT_TRUE(helferLaeuft(bank));
+    EXPECT_TRUE(bank.imStand(laeuftImStand));
+    EXPECT_TRUE(bank.imStand(R"("app": "mobilsteg-vpnlotse")"));
+    EXPECT_TRUE(bank.helferLaeuft());
     handy->sage("ziehen");
     EXPECT_TRUE(bank.imStand(R"("volltunnel": false)"));
-    EXPECT_FALSE(helferLaeuft(bank));
-    EXPECT_THAT(bank.ordner.lies("/heim/Library/Logs/MobilstegVolltunnel.log"),
-                HasSubstr("Routen und DNS zurückgebaut (auf Bitte)"));
-}
-
-TEST(Volltunnel, abgebrochenerPasswortdialogFragtBeimNaechstenStartWieder) {
-    Fahrtbank bank;
-    bank.alsVpnBenutzer();
-    bank.ordner.lege("/mac/zustand/passwort", "abbruch");
-    const auto handy = bank.handy();
-    bank.starte("mobilsteg-vpnlotse");
-    EXPECT_TRUE(bank.zeigt("Passwortdialog abgebrochen"));
-    EXPECT_EQ(bank.zeilenMit("Volltunnel nicht gestartet: Abgebrochen"), 1);
-    bank.programm->tippe("beenden");
-    EXPECT_EQ(bank.programm->warteAufEnde(), 0);
-    bank.ordner.lege("/mac/zustand/passwort", "ja");
-    bank.starte("mobilsteg-vpnlotse");
-    EXPECT_TRUE(bank.imStand(R"("volltunnel": true)"));
+    EXPECT_FALSE(bank.helferLaeuft());
+    EXPECT_THAT(bank.ordner.lies(tunnellog), HasSubstr("Routen und DNS zurückgebaut (auf Bitte)"));
 }
 
 TEST(Volltunnel, endeWaehrendDesPasswortdialogsLaesstNichtsZurueck) {
     Fahrtbank bank;
-    bank.alsVpnBenutzer();
+    bank.ordner.lege(vpnEinstellungen, vpnBenutzer);
     bank.ordner.lege("/mac/zustand/passwort", "haengt");
     const auto handy = bank.handy();
-    bank.starte("mobilsteg-vpnlotse");
-    EXPECT_TRUE(warteBis([&] { return existiert(bank.ordner.pfad() + "/mac/zustand/passwortdialoge"); }));
+    bank.starte(vpnLotse);
+    EXPECT_TRUE(bank.kommt("/mac/zustand/passwortdialoge", "Grund"));
     bank.erwartePhase("Fährt mit"); // the ticks go on behind the dialog
     bank.programm->sende(SIGTERM);
-    EXPECT_EQ(bank.programm->warteAufEnde(10), 0);
+    EXPECT_EQ(bank.programm->warteAufEnde(), 0);
     EXPECT_FALSE(bank.proxyAn());
     bank.ordner.lege("/mac/zustand/passwort", "ja"); // the dialog outlives the program, and its user says yes
-    EXPECT_TRUE(warteBis([&] {
-        return bank.ordner.lies("/heim/Library/Logs/MobilstegVolltunnel.log").find("vor dem Anfang") !=
-               std::string::npos;
-    }));
-    EXPECT_FALSE(helferLaeuft(bank));
+    EXPECT_TRUE(bank.kommt(tunnellog, "vor dem Anfang"));
+    EXPECT_FALSE(bank.helferLaeuft());
 }
 
 TEST(Volltunnel, nachEinemAbschussGehtDerHelferVonSelbst) {
     Fahrtbank bank;
-    bank.alsVpnBenutzer();
+    bank.ordner.lege(vpnEinstellungen, vpnBenutzer);
     const auto handy = bank.handy();
-    bank.starte("mobilsteg-vpnlotse");
-    EXPECT_TRUE(bank.imStand(R"("volltunnel": true)"));
-    bank.programm->sende(SIGKILL);
-    bank.programm->warteAufEnde();
-    EXPECT_TRUE(warteBis([&] { return !helferLaeuft(bank); }));
-    EXPECT_THAT(bank.ordner.lies("/heim/Library/Logs/MobilstegVolltunnel.log"),
-                HasSubstr("der Bordlotse ist weg"));
+    bank.starte(vpnLotse);
+    EXPECT_TRUE(bank.imStand(laeuftImStand));
+    bank.programm->toete();
+    EXPECT_TRUE(warteBis([&] { return !bank.helferLaeuft(); }));
+    EXPECT_THAT(bank.ordner.lies(tunnellog), HasSubstr("der Bordlotse ist weg"));
     EXPECT_TRUE(bank.proxyAn());
     handy->sage("weitergabe aus");
-    bank.starte("mobilsteg-vpnlotse");
+    bank.starte(vpnLotse);
     bank.erwartePhase("In Mobilsteg");
     EXPECT_FALSE(bank.proxyAn());
 }

@@ -1,0 +1,96 @@
+// What the options do besides a trip: the clean-up by hand ("my internet is gone"), the self-test.
+
+#include "tests/fahrt/Fahrtbank.hpp"
+
+#include <gmock/gmock.h>
+
+using namespace mobilsteg;
+using namespace testing;
+
+namespace {
+
+TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
+    Fahrtbank bank;
+    const auto handy = bank.handy();
+    bank.starte();
+    bank.erwartePhase("Fährt mit");
+    bank.programm->toete();
+    bank.ordner.lege(einstellungen, "{ kaputt");
+    ASSERT_TRUE(bank.proxyAn());
+    const std::string fremder =
+        handy->serial() + " tcp:" + bank.adb({"forward", "tcp:0", "tcp:8080"}) + " tcp:8080";
+    EXPECT_THAT(bank.forwards(), HasSubstr("tcp:1080 tcp:1080"));
+
+    const auto ergebnis = bank.rufe("--aufraeumen");
+    EXPECT_EQ(ergebnis.status, 0) << ergebnis.fehler;
+    EXPECT_THAT(ergebnis.ausgabe,
+                AllOf(HasSubstr("System-Proxy: an „Wi-Fi“ ausgeschaltet"),
+                      HasSubstr("Volltunnel: keiner läuft"), HasSubstr("Forwards: 2 entfernt")));
+    EXPECT_FALSE(bank.proxyAn());
+    EXPECT_EQ(bank.forwards(), fremder) << "nobody else's is taken away";
+    EXPECT_EQ(bank.ordner.lies(einstellungen), "{ kaputt") << "not overwritten";
+    EXPECT_THAT(bank.rufe("--aufraeumen").ausgabe,
+                HasSubstr("System-Proxy: keiner zeigt auf 127.0.0.1:1080"));
+}
+
+TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
+    Fahrtbank bank;
+    bank.ordner.lege(einstellungen, R"({"profil":"reise","austritt.dienst":"http://austritt.probe/",
+                                        "volltunnel":true,"volltunnel.erklaert":true})");
+    const auto handy = bank.handy();
+    bank.starte();
+    ASSERT_TRUE(bank.imStand(R"("volltunnel": true)"));
+    EXPECT_THAT(bank.rufe("--aufraeumen").ausgabe,
+                AllOf(HasSubstr("Achtung: Ein Bordlotse läuft noch"),
+                      HasSubstr("Volltunnel: beendet, Routen und DNS zurückgebaut")));
+}
+
+TEST(Aufraeumen, laesstFremdeProxysInRuheUndSagtWasNichtGeht) {
+    const Fahrtbank bank;
+    const std::pair<const char*, const char*> faelle[] = {
+        // what happens to the Mac before; what is said
+        {"usr/sbin/networksetup -setsocksfirewallproxy Wi-Fi 10.0.0.5 1080",
+         "keiner zeigt auf 127.0.0.1:1080"},
+        {"mv usr/sbin/networksetup usr/sbin/echt; cp kaputt usr/sbin/networksetup",
+         "System-Proxy: „Wi-Fi“ lässt sich nicht befragen"},
+        {R"(rm usr/sbin/networksetup; echo '{"proxy.dienst":"Wi-Fi"}' >"$1")",
+         "an „Wi-Fi“ nicht ausgeschaltet"},
+        {"rm opt/homebrew/bin/adb", "adb ist nicht da"},
+        {"cp kaputt opt/homebrew/bin/adb", "Forwards: adb lässt sich nicht befragen: kein Server\n"},
+        {"cp halb opt/homebrew/bin/adb", "Forwards: tcp:1080 nicht entfernt: fort\n"},
+    };
+    bank.ordner.lege("/mac/kaputt", R"(#!/bin/sh
+        case $* in -getsocks*Wi-Fi | *forward*) echo kein Server >&2; exit 4 ;; esac
+        exec "${0%/*}/echt" "$@")",
+                     true);
+    bank.ordner.lege("/mac/halb", R"(#!/bin/sh
+        [ $# = 2 ] && exec echo A tcp:1080 tcp:1080
+        echo fort >&2; exit 1)",
+                     true);
+    for (const auto& [davor, gesagt] : faelle) {
+        (void)lauf("/bin/sh",
+                   {"-c", "cd \"$0\" && " + std::string(davor), bank.ordner.pfad() + "/mac",
+                    bank.ordner.pfad() + einstellungen},
+                   60);
+        const auto ergebnis = bank.rufe("--aufraeumen");
+        EXPECT_EQ(ergebnis.status, 0);
+        EXPECT_THAT(ergebnis.ausgabe, HasSubstr(gesagt));
+    }
+    EXPECT_TRUE(bank.proxyAn()) << "somebody else's";
+    EXPECT_THAT(bank.ordner.lies(einstellungen), HasSubstr("proxy.dienst")) << "the next one can try again";
+}
+
+TEST(Selbsttest, zeigtWasErSiehtUndAendertNichts) {
+    const Fahrtbank bank;
+    const auto vorher = bank.ordner.lies(einstellungen);
+    bank.ordner.lege("/mac/Applications/Google Chrome.app/Contents/Info.plist", "");
+    const auto ergebnis = bank.rufe("--selbsttest");
+    EXPECT_EQ(ergebnis.status, 0);
+    EXPECT_THAT(ergebnis.ausgabe,
+                AllOf(HasSubstr("de.mobilsteg.bordlotse"), HasSubstr("Netzwerkdienst  Wi-Fi"),
+                      HasSubstr("/mac/opt/homebrew/bin/adb"), HasSubstr("Chrome ohne fahrtwind")));
+    EXPECT_EQ(bank.ordner.lies(einstellungen), vorher);
+    EXPECT_FALSE(existiert(bank.ordner.pfad() + "/heim/Library/Logs"));
+}
+
+} // namespace
