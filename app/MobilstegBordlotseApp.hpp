@@ -13,7 +13,8 @@
 
 namespace mobilsteg {
 
-/// The program put together: makes every adapter, hands them to the one controller, and outlives it.
+/// The program put together: makes every adapter and the one controller, which lives until the
+/// process ends.
 class MobilstegBordlotseApp {
 public:
     /// `haupt` is the main queue; the front brings it and the dialogs.

@@ -142,9 +142,10 @@ void Kabel::setze(const Phase& neu) {
 void Kabel::verliere(const Phase& phase) {
     setze(phase);
     verbindung_.verwirfBeweis();
+    verloren();
+    uebergib(); // a helper and the tools may take half a minute to go
     volltunnelWeg();
     proxyWeg();
-    verloren();
 }
 
 void Kabel::verloren() {
@@ -215,6 +216,7 @@ void Kabel::proxyAn() {
         break;
     }
     protokoll("System-Proxy gesetzt auf " + setzung.text + ": " + amMac(socksPort));
+    letzteProxyfehler_.clear();
     lageIntern_.proxyGesetzt = true;
     lageIntern_.meldung.clear();
 }
@@ -224,21 +226,26 @@ void Kabel::proxyWeg() {
         protokoll("System-Proxy entfernt von " + *dienst);
 }
 
-/// Tells a failure; absent: there was one, or nothing to take away.
+/// Logs failures, each once until something changes. Returns the service from which the proxy was removed;
+/// absent: from none.
 std::optional<std::string> Kabel::nimmProxyWeg() {
-    for (const auto& dienst : proxy_.klaereUngewisse())
-        protokoll("System-Proxy nicht entfernt von " + dienst +
-                  ": den Netzwerkdienst gibt es auf diesem Mac nicht mehr");
-    const auto wegnahme = proxy_.nimmWeg();
-    if (!wegnahme)
-        return std::nullopt;
-    lageIntern_.proxyGesetzt = false;
-    const std::string fehler =
-        wegnahme->grund ? "System-Proxy nicht entfernt von " + wegnahme->dienst + ": " + *wegnahme->grund
-                        : "";
-    if (std::exchange(letzterProxyfehler_, fehler) != fehler && !fehler.empty())
-        protokoll(fehler);
-    return wegnahme->grund ? std::nullopt : std::optional(wegnahme->dienst);
+    auto wegnahmen = proxy_.klaereUngewisse();
+    std::optional<std::string> entfernt;
+    if (auto wegnahme = proxy_.nimmWeg()) {
+        lageIntern_.proxyGesetzt = false;
+        if (!wegnahme->grund)
+            entfernt = wegnahme->dienst;
+        wegnahmen.push_back(std::move(*wegnahme));
+    }
+    std::set<std::string> fehler;
+    for (const auto& [dienst, grund] : wegnahmen)
+        if (grund)
+            fehler.insert("System-Proxy nicht entfernt von " + dienst + ": " + *grund);
+    for (const auto& zeile : fehler)
+        if (!letzteProxyfehler_.contains(zeile))
+            protokoll(zeile);
+    letzteProxyfehler_ = std::move(fehler);
+    return entfernt;
 }
 
 void Kabel::proxyUmschalten() {
@@ -273,7 +280,7 @@ void Kabel::browserLesen() {
 
 void Kabel::fahrtwindHinzufuegen(const BrowserFund& fund) {
     protokoll("fahrtwind: Store/Download in " + fund.name);
-    anschluesse_.q.async([this, fund] { anschluesse_.browserOeffnen(fund); });
+    aufQ([this, fund] { anschluesse_.browserOeffnen(fund); });
 }
 
 void Kabel::berichteSenden() {

@@ -19,6 +19,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -167,8 +168,8 @@ private:
     Lage lageIntern_;
     Lage uebergebeneLage_;
     Schalterstellungen schalterIntern_;
-    std::optional<Antwort> letzteAntwort_; // valid only in the tick that fetched it
-    std::string letzterProxyfehler_;       // told once, although each tick tries again
+    std::optional<Antwort> letzteAntwort_;    // valid only in the tick that fetched it
+    std::set<std::string> letzteProxyfehler_; // told once, although each tick tries again
     std::int64_t tick_ = 0;
     bool aufgeraeumt_ = false;
 

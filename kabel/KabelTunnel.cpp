@@ -73,9 +73,12 @@ void Kabel::volltunnelNachziehen() {
     const Tunnelauftrag auftrag{dienst ? *dienst : proxy_.dienst().value_or("Wi-Fi"),
                                 schalterIntern_.vpnDurch, schalterIntern_.nurVPN};
     protokoll("Volltunnel: starte (Admin-Passwort)…");
-    anschluesse_.volltunnelQ.async([this, auftrag] {
-        const auto grund = tunnel_.start(auftrag);
-        aufQ([this, auftrag, grund] { volltunnelGestartet(auftrag, grund); });
+    // Behind what this step hands over: the password dialog holds the main queue, and the panel with it.
+    aufQ([this, auftrag] {
+        anschluesse_.volltunnelQ.async([this, auftrag] {
+            const auto grund = tunnel_.start(auftrag);
+            aufQ([this, auftrag, grund] { volltunnelGestartet(auftrag, grund); });
+        });
     });
 }
 
@@ -95,6 +98,8 @@ void Kabel::volltunnelGestartet(const Tunnelauftrag& auftrag, const std::optiona
                 ? "Volltunnel: Passwortdialog abgebrochen — Haken wieder setzen, wenn es losgehen "
                   "soll; beim nächsten Start fragt die App erneut"
                 : "Volltunnel: " + *grund;
+        schalterIntern_.volltunnelAn = false; // until the main queue has switched it off, too
+        uebergib();
         // The stored wish stays: the next start of the program tries again.
         anschluesse_.haupt.async([this] { schalteVolltunnelAus(false); });
         return;
@@ -137,6 +142,8 @@ void Kabel::volltunnelZurueckgebaut(const std::string& grund) {
     lageIntern_.volltunnelLaeuft = false;
     lageIntern_.meldung = "Volltunnel hat sich zurückgebaut" +
                           (grund.empty() ? std::string(" (kein Netz durch den Tunnel)") : ": " + grund);
+    schalterIntern_.volltunnelAn = false;
+    uebergib();
     // Stored: it would only roll back again.
     anschluesse_.haupt.async([this] { schalteVolltunnelAus(true); });
 }

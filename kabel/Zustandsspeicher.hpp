@@ -28,8 +28,8 @@ public:
     /// Main queue only.
     [[nodiscard]] const Zustand& zustand() const { return zustand_; }
 
-    /// Main queue only. `beobachter` runs there after changes, once for all that had come together by then.
-    /// What it draws may be the same as before.
+    /// Main queue only. `beobachter` runs there after changes, once for all that had come together by then;
+    /// the state may equal the one before.
     [[nodiscard]] Beobachtung beobachte(Beobachter beobachter);
 
 private:

@@ -63,7 +63,7 @@ std::optional<std::string> SystemProxy::setzen(const std::string& dienst) {
     if (ergebnis.status != 0) {
         // The address alone switches the proxy on, and a tool that was cut off may have done its work. One
         // that merely refused has changed nothing, and a proxy of the user's own must stay: so look.
-        (void)klaereUngewisse();
+        (void)klaere(dienst);
         return fehlertext(ergebnis);
     }
     einstellungen_.setzeText(merkschluessel, dienst);
@@ -82,32 +82,58 @@ std::optional<SystemProxy::Wegnahme> SystemProxy::nimmWeg() {
 
 std::optional<std::string> SystemProxy::entfernen(const std::string& dienst) {
     const auto aus = schalteAus(dienst);
-    if (aus.status != 0 && !kenntDienstNicht(aus))
+    const bool verschwunden = kenntDienstNicht(aus);
+    if (aus.status != 0 && !verschwunden)
         return fehlertext(aus);
+    if (verschwunden)
+        schalteUmbenanntenAus();
     if (const auto gemerkt = gemerkterDienst()) { // else nothing is written: the settings may be damaged
         if (*gemerkt != dienst)
             ungewisse_.merke(*gemerkt);
         einstellungen_.entferne(merkschluessel);
     }
     ungewisse_.vergiss(dienst);
-    return aus.status == 0 ? std::nullopt : std::optional(fehlertext(aus));
+    return verschwunden ? std::optional(fehlertext(aus)) : std::nullopt;
+}
+
+/// A service that was renamed keeps its proxy under the new name.
+void SystemProxy::schalteUmbenanntenAus() {
+    std::string grund;
+    for (const auto& dienst : dienste(grund).value_or(std::vector<Netzwerkdienst>{}))
+        if (ziel(dienst.name) == Ziel::wir)
+            (void)schalteAus(dienst.name);
 }
 
 Ergebnis SystemProxy::schalteAus(const std::string& dienst) {
     return networksetup({"-setsocksfirewallproxystate", dienst, "off"}, aendernSekunden);
 }
 
-std::vector<std::string> SystemProxy::klaereUngewisse() {
-    std::vector<std::string> verschwundene;
-    for (const auto& dienst : ungewisse_.lies()) {
-        const Ziel wohin = ziel(dienst);
-        if (wohin == Ziel::keinDienst)
-            verschwundene.push_back(dienst);
-        if (wohin == Ziel::unbekannt || (wohin == Ziel::wir && schalteAus(dienst).status != 0))
-            continue;
+std::vector<SystemProxy::Wegnahme> SystemProxy::klaereUngewisse() {
+    std::vector<Wegnahme> misslungene;
+    for (const auto& dienst : ungewisse_.lies())
+        if (auto grund = klaere(dienst))
+            misslungene.push_back({dienst, std::move(grund)});
+    return misslungene;
+}
+
+/// Absent: the service's proxy does not point at us (any more).
+std::optional<std::string> SystemProxy::klaere(const std::string& dienst) {
+    switch (ziel(dienst)) {
+    case Ziel::unbekannt:
+        return "sein Proxy lässt sich nicht befragen";
+    case Ziel::wir:
+        if (const auto aus = schalteAus(dienst); aus.status != 0)
+            return fehlertext(aus);
+        break;
+    case Ziel::keinDienst:
+        schalteUmbenanntenAus();
         ungewisse_.vergiss(dienst);
+        return "den Netzwerkdienst gibt es nicht mehr";
+    case Ziel::andere:
+        break;
     }
-    return verschwundene;
+    ungewisse_.vergiss(dienst);
+    return std::nullopt;
 }
 
 SystemProxy::Ziel SystemProxy::ziel(const std::string& dienst) const {

@@ -47,10 +47,10 @@ public:
     [[nodiscard]] std::optional<Wegnahme> nimmWeg();
 
     /// Settles the services whose proxy may be on without being remembered as set, because a switch was cut
-    /// short by the tool's failure or by this program's death: one that points at us is switched off. Returns
-    /// services that the Mac no longer has; nothing is remembered of them any more. Runs no tool when nothing
-    /// is uncertain.
-    [[nodiscard]] std::vector<std::string> klaereUngewisse();
+    /// short by the tool's failure or by this program's death: one that points at us is switched off, others
+    /// are forgotten. Returns those that failed, a vanished service included. Runs no tool when nothing is
+    /// uncertain.
+    [[nodiscard]] std::vector<Wegnahme> klaereUngewisse();
 
     /// Switches the service's proxy off and forgets what was remembered of it; the address stays configured.
     /// Absent: done; else the reason for the failure.
@@ -93,6 +93,8 @@ private:
     [[nodiscard]] Ergebnis networksetup(const std::vector<std::string>& argumente, double sekunden) const;
     [[nodiscard]] std::optional<std::string> setzen(const std::string& dienst);
     [[nodiscard]] Ergebnis schalteAus(const std::string& dienst);
+    [[nodiscard]] std::optional<std::string> klaere(const std::string& dienst);
+    void schalteUmbenanntenAus();
 
     Laeufer laeufer_;
     Orte orte_;

@@ -65,7 +65,7 @@ std::optional<std::string> Volltunnel::start(const Tunnelauftrag& auftrag) {
     legeElternordnerAn(stoppPfad_);
     std::remove(stoppPfad_.c_str()); // an old request would stop the new helper at once
     if (stand_ == Stand::beendet) {
-        bitteUmStopp(); // that may just have been the last one
+        bitteUmStopp(); // the request just removed may have been the clean-up's
         return "Das Programm endet";
     }
     // Before the script and not behind it: a helper that fails at once leaves its reason by then.
@@ -96,6 +96,8 @@ std::optional<std::string> Volltunnel::warteAufHelfer() {
             return std::nullopt;
         if (const auto fehler = fehlertext(stoppPfad_); !fehler.empty())
             return "zurückgebaut — " + std::string(beschnitten(fehler));
+        if (stoppGebeten()) // it came up and went by our request, between two looks
+            return std::nullopt;
     }
     bitteUmStopp(); // one that comes up after all must not run unseen
     return "Helfer meldet sich nicht (siehe " + protokollPfad_ + ")";
@@ -111,6 +113,7 @@ Volltunnel::Ende Volltunnel::stopp(bool entferneMarke) {
     for (int blick = 0; blick < stoppblicke && markeLiegt(); ++blick)
         anschluesse_.uhr.schlafe(blickabstand);
     const Ende ende = markeLiegt() ? Ende::verstummt : Ende::gegangen;
+    // A request that could not be stored asked nobody.
     if (entferneMarke && stoppGebeten())
         std::remove((stoppPfad_ + ".laeuft").c_str());
     if (stand_ == Stand::laeuft)

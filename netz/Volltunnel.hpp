@@ -70,9 +70,14 @@ public:
     /// is in `laeuft()`.
     void beendeStart(bool gelungen);
 
+    enum class Ende {
+        keinHelfer,
+        gegangen,
+        verstummt ///< its mark still lay there after 10 s
+    };
+
     /// Asks a helper, also one that an earlier run left, to take everything down, and waits up to 10 s for
     /// it. One that may only be slow keeps its mark; one that was asked before is dead, and loses it.
-    enum class Ende { keinHelfer, gegangen, verstummt };
     Ende nimmWeg();
 
     /// The same where nothing may be left: its mark is removed in any case.

@@ -189,17 +189,24 @@ TEST(SystemProxy, nachEinemMisslungenenSetzenWirdNachgesehen) {
 
 TEST(SystemProxy, ungewissesWirdGefragtUndDerEigeneProxyDesBenutzersBleibt) {
     const std::string aus = schalter("LAN", "off");
-    for (const auto& [auftritte, bleibt, verschwunden] :
-         std::vector<std::tuple<std::vector<Drehbuch::Auftritt>, bool, bool>>{
-             {{{frage("LAN"), zeigtAufUns}, {aus, gut}}, false, false},
-             {{{frage("LAN"), zeigtAufUns}, {aus, nein}}, true, false},
-             {{{frage("LAN"), zeigtWoandershin}}, false, false},
-             {{{frage("LAN"), nein}}, true, false},
-             {{{frage("LAN"), unbekannterDienst}}, false, true}}) {
+    for (const auto& [auftritte, bleibt, fehler] :
+         std::vector<std::tuple<std::vector<Drehbuch::Auftritt>, bool, std::string>>{
+             {{{frage("LAN"), zeigtAufUns}, {aus, gut}}, false, ""},
+             {{{frage("LAN"), zeigtAufUns}, {aus, nein}}, true, "verboten"},
+             {{{frage("LAN"), zeigtWoandershin}}, false, ""},
+             {{{frage("LAN"), nein}}, true, "sein Proxy lässt sich nicht befragen"},
+             {{{frage("LAN"), unbekannterDienst},
+               {liste, {0, "(1) Neu\n(2) Fremd", ""}}, // renamed, its proxy still on
+               {frage("Neu"), zeigtAufUns},
+               {schalter("Neu", "off"), gut},
+               {frage("Fremd"), zeigtWoandershin}},
+              false,
+              "den Netzwerkdienst gibt es nicht mehr"}}) {
         SpeicherEinstellungen e;
         e.setzeText("proxy.ungewiss", "LAN\n"); // by a run that died
         Lauf lauf(e, auftritte);
-        EXPECT_EQ(lauf.proxy.klaereUngewisse().size(), verschwunden ? 1U : 0U);
+        const auto misslungene = lauf.proxy.klaereUngewisse();
+        EXPECT_EQ(misslungene.empty() ? "" : *misslungene[0].grund, fehler);
         EXPECT_EQ(!e.werte.empty(), bleibt);
     }
 }
@@ -223,7 +230,7 @@ TEST(SystemProxy, einMisslungenesWegnehmenWirdWiederholtBisEsDenDienstNichtMehrG
     SpeicherEinstellungen e;
     e.setzeText("proxy.dienst", "Altes WLAN");
     const std::string aus = schalter("Altes WLAN", "off");
-    Lauf lauf(e, {{aus, nein}, {aus, unbekannterDienst}});
+    Lauf lauf(e, {{aus, nein}, {aus, unbekannterDienst}, {liste, gut}});
     EXPECT_EQ(lauf.proxy.nimmWeg().value().grund, "verboten");
     EXPECT_EQ(e.text("proxy.dienst"), "Altes WLAN") << "it may still be on";
     EXPECT_EQ(lauf.proxy.nimmWeg().value().grund, "X is not a recognized network service.");
