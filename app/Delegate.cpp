@@ -1,11 +1,66 @@
 #include "app/Delegate.hpp"
 
-#include "app/Erststart.hpp"
 #include "kabel/Kabel.hpp"
 
 #include <csignal>
 
 namespace mobilsteg {
+
+// --- the first start's questions --------------------------------------------------------------------------
+
+Frage profilfrage() {
+    return {
+        "Nutzt du unterwegs einen Firmen-VPN?",
+        "Ja: Der Lotse schützt deinen VPN vor Funklöchern — "
+        "er fährt über das Handy, das WLAN und Mobilfunk bündelt, und bleibt verbunden, wenn ein Weg ausfällt. "
+        "Das steht dann im Vordergrund.\n"
+        "\n"
+        "Nein: Du bekommst den Bordlotse für schnelleres Internet unterwegs; "
+        "die VPN-Themen bleiben ausgeblendet. "
+        "Umschalten geht jederzeit im Expertenmodus.",
+        {"Ja, VPN schützen", "Nein, nur schneller unterwegs"}};
+}
+
+Frage willkommen(const std::string& anzeigename) {
+    return {"Willkommen beim " + anzeigename,
+            "Der VPN-Lotse verbindet Ihren Mac über das USB-Kabel mit der Mobilsteg-App auf dem Handy. "
+            "Das Handy bündelt WLAN und Mobilfunk; fällt eines aus, läuft Ihr VPN auf dem anderen weiter — "
+            "ohne Abbruch, ohne neue Anmeldung.\n"
+            "\n"
+            "Dafür legt der Lotse einmal pro Fahrt mit Administratorrechten eine Netzwerkschnittstelle an "
+            "(macOS fragt nach Ihrem Passwort). "
+            "Ihren VPN verbinden Sie danach wie gewohnt; der Aufklapper zeigt, ob er gesichert fährt.",
+            {"Verstanden"}};
+}
+
+namespace {
+
+void frageNachProfil(Kabel& kabel, Einstellungen& einstellungen, Dialog& dialog) {
+    if (einstellungen.text("profil") || kabel.variante().bundleB2B())
+        return;
+    const bool vpn = dialog.frage(profilfrage()) == 0;
+    einstellungen.setzeText("profil", vpn ? "vpn" : "reise");
+    if (!vpn)
+        return;
+    for (const char* schalter : {"volltunnel", "vpnDurch", "nurVPN"})
+        if (!einstellungen.flagge(schalter))
+            einstellungen.setzeFlagge(schalter, true);
+    kabel.profilUebernehmen();
+}
+
+} // namespace
+
+void erststart(Kabel& kabel, Einstellungen& einstellungen, Dialog& dialog) {
+    frageNachProfil(kabel, einstellungen, dialog);
+    if (kabel.variante().aktuell() != Variante::Art::vpn ||
+        einstellungen.flagge("b2b.erklaert").value_or(false))
+        return;
+    (void)dialog.frage(willkommen(kabel.variante().anzeigename()));
+    einstellungen.setzeFlagge("b2b.erklaert", true);
+    einstellungen.setzeFlagge("volltunnel.erklaert", true);
+}
+
+// --- beginning and ends ----------------------------------------------------------------------------------
 
 Delegate::Delegate(Einstellungen& einstellungen, Dialog& dialog, std::function<void(int)> beende)
     : einstellungen_(einstellungen), dialog_(dialog), beende_(std::move(beende)) {}

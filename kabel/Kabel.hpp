@@ -7,7 +7,6 @@
 #include "kabel/Protokoll.hpp"
 #include "kabel/Verbindung.hpp"
 #include "kabel/Zustand.hpp"
-#include "kabel/Zustandsspeicher.hpp"
 #include "netz/Erhebung.hpp"
 #include "netz/SystemProxy.hpp"
 #include "netz/Variante.hpp"

@@ -6,7 +6,7 @@
 #include "ansicht/qt/Panelfenster.hpp"
 #include "ansicht/qt/QtBetrieb.hpp"
 #include "ansicht/qt/Symbole.hpp"
-#include "app/Erststart.hpp"
+#include "app/Delegate.hpp"
 #include "kabel/Kabel.hpp"
 #include "plattform/Dateien.hpp"
 

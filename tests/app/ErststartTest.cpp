@@ -1,4 +1,4 @@
-#include "app/Erststart.hpp"
+#include "app/Delegate.hpp"
 
 #include "tests/hilfe/KabelWelt.hpp"
 
