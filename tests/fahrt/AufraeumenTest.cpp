@@ -48,16 +48,16 @@ TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
 TEST(Aufraeumen, laesstFremdeProxysInRuheUndSagtWasNichtGeht) {
     const Fahrtbank bank;
     const std::pair<const char*, const char*> faelle[] = {
-        // what happens to the Mac before; what is said
+        // what happens before, first the end of the real adb, whose server would stay; what is said
+        {"rm opt/homebrew/bin/adb", "adb ist nicht da"},
+        {"cp kaputt opt/homebrew/bin/adb", "Forwards: adb lässt sich nicht befragen: kein Server\n"},
+        {"cp halb opt/homebrew/bin/adb", "Forwards: tcp:1080 nicht entfernt: fort\n"},
         {"usr/sbin/networksetup -setsocksfirewallproxy Wi-Fi 10.0.0.5 1080",
          "keiner zeigt auf 127.0.0.1:1080"},
         {"mv usr/sbin/networksetup usr/sbin/echt; cp kaputt usr/sbin/networksetup",
          "System-Proxy: „Wi-Fi“ lässt sich nicht befragen"},
         {R"(rm usr/sbin/networksetup; echo '{"proxy.dienst":"Wi-Fi"}' >"$1")",
          "an „Wi-Fi“ nicht ausgeschaltet"},
-        {"rm opt/homebrew/bin/adb", "adb ist nicht da"},
-        {"cp kaputt opt/homebrew/bin/adb", "Forwards: adb lässt sich nicht befragen: kein Server\n"},
-        {"cp halb opt/homebrew/bin/adb", "Forwards: tcp:1080 nicht entfernt: fort\n"},
     };
     bank.ordner.lege("/mac/kaputt", R"(#!/bin/sh
         case $* in -getsocks*Wi-Fi | *forward*) echo kein Server >&2; exit 4 ;; esac
