@@ -19,7 +19,7 @@ namespace mobilsteg {
 
 namespace {
 
-constexpr float randstaerke = 0.2F;
+constexpr float rahmenstaerke = 0.2F;
 
 Qt::WindowFlags fensterart(Panelfenster::Art art) {
     if (art == Panelfenster::Art::fenster)
@@ -160,7 +160,7 @@ void Panelfenster::paintEvent(QPaintEvent*) {
     if (art_ == Art::fenster)
         return;
     QColor farbe = palette().color(QPalette::WindowText);
-    farbe.setAlphaF(randstaerke);
+    farbe.setAlphaF(rahmenstaerke);
     QPainter maler(this);
     maler.setPen(farbe);
     maler.setRenderHint(QPainter::Antialiasing);
