@@ -75,6 +75,8 @@ void Kabel::volltunnelNachziehen() {
     protokoll("Volltunnel: starte (Admin-Passwort)…");
     // Behind what this step hands over: the password dialog holds the main queue, and the panel with it.
     aufQ([this, auftrag] {
+        if (!schalterIntern_.volltunnelAn || !verbindung_.zuletztGueltig())
+            return tunnel_.beendeStart(false); // a tick or a click came between
         anschluesse_.volltunnelQ.async([this, auftrag] {
             const auto grund = tunnel_.start(auftrag);
             aufQ([this, auftrag, grund] { volltunnelGestartet(auftrag, grund); });
