@@ -7,34 +7,26 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <iterator>
-#include <stdexcept>
+#include <functional>
 #include <vector>
 
 namespace mobilsteg {
 
-/// While it lives, exactly `frei` more descriptors can be opened, of 64 in all.
-class Engpass {
-public:
-    explicit Engpass(std::ptrdiff_t frei) {
-        ::getrlimit(RLIMIT_NOFILE, &vorher_);
-        const rlimit knapp{64, vorher_.rlim_max};
-        ::setrlimit(RLIMIT_NOFILE, &knapp);
-        for (int nummer = 0; (nummer = ::open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;)
-            belegt_.emplace_back(nummer);
-        if (std::ssize(belegt_) < frei)
-            throw std::logic_error("zu viel offen für diese Probe");
-        belegt_.erase(belegt_.end() - frei, belegt_.end());
-    }
-    ~Engpass() { ::setrlimit(RLIMIT_NOFILE, &vorher_); }
-    Engpass(const Engpass&) = delete;
-    Engpass& operator=(const Engpass&) = delete;
-
-private:
-    rlimit vorher_{};
-    std::vector<Deskriptor> belegt_;
-};
+/// Runs `was` while exactly `frei` more descriptors can be opened, of 64 in all.
+inline void imEngpass(std::size_t frei, const std::function<void()>& was) {
+    rlimit vorher{};
+    ::getrlimit(RLIMIT_NOFILE, &vorher);
+    const rlimit knapp{64, vorher.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &knapp);
+    std::vector<Deskriptor> belegt;
+    while (belegt.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC)))
+        continue;
+    belegt.resize(belegt.size() - 1 - frei); // throws when too much is open for this test
+    was();
+    ::setrlimit(RLIMIT_NOFILE, &vorher);
+}
 
 inline std::vector<int> offeneDeskriptoren() {
     std::vector<int> offene;
@@ -43,21 +35,16 @@ inline std::vector<int> offeneDeskriptoren() {
     return offene;
 }
 
-/// How many sockets have `port` at the end that `frage` tells (`getsockname`, `getpeername`), and how many of
-/// those a tool would inherit.
+/// How many sockets with `port` at the end that `frage` tells (`getsockname`, `getpeername`) a tool would
+/// inherit.
 template <typename Frage>
-std::pair<int, int> socketsMitPort(Frage frage, std::uint16_t port) {
-    std::pair<int, int> zahlen;
-    for (const int nummer : offeneDeskriptoren()) {
+int vererbbareSockets(Frage frage, std::uint16_t port) {
+    return static_cast<int>(std::ranges::count_if(offeneDeskriptoren(), [&](int nummer) {
         sockaddr_in stelle{};
         socklen_t laenge = sizeof stelle;
-        if (frage(nummer, reinterpret_cast<sockaddr*>(&stelle), &laenge) == 0 &&
-            stelle.sin_port == htons(port)) {
-            ++zahlen.first;
-            zahlen.second += (::fcntl(nummer, F_GETFD) & FD_CLOEXEC) == 0 ? 1 : 0;
-        }
-    }
-    return zahlen;
+        return frage(nummer, reinterpret_cast<sockaddr*>(&stelle), &laenge) == 0 &&
+               stelle.sin_port == htons(port) && (::fcntl(nummer, F_GETFD) & FD_CLOEXEC) == 0;
+    }));
 }
 
 } // namespace mobilsteg

@@ -14,50 +14,45 @@ using namespace std::chrono_literals;
 
 namespace {
 
-const std::string cors = "Access-Control-Allow-Origin: *\r\nAccess-Control-Allow-Methods: GET, OPTIONS\r\n"
-                         "Access-Control-Allow-Headers: *\r\nAccess-Control-Allow-Private-Network: true\r\n";
-const std::string vorabantwort =
-    "HTTP/1.1 204 No Content\r\n" + cors + "Content-Length: 0\r\nConnection: close\r\n\r\n";
 const std::string anfrage = "GET /stand HTTP/1.1\r\n\r\n";
-
-std::string antwortMit(const std::string& dokument) {
-    return "HTTP/1.1 200 OK\r\nContent-Type: application/json; charset=utf-8\r\nCache-Control: no-store\r\n" +
-           cors + "Content-Length: " + std::to_string(dokument.size()) + "\r\nConnection: close\r\n\r\n" +
-           dokument;
-}
+const std::string leerer = Standdienst::antwort("", "{}"); // before the first document
 
 struct Bank {
     explicit Bank(Standdienst::Grenzen grenzen = {}, std::uint16_t port = 0) : dienst(q, port, grenzen) {
         dienst.starte();
     }
-
+    [[nodiscard]] Klient klient() const { return Klient(dienst.port()); }
     /// A client that has said `bytes` and waits for the answer.
     [[nodiscard]] Klient fragender(const std::string& bytes = anfrage) const {
-        Klient klient(dienst.port());
-        klient.sende(bytes);
-        return klient;
+        Klient fragender = klient();
+        fragender.sende(bytes);
+        return fragender;
     }
-    [[nodiscard]] std::string frage() const { return fragender().lies(); }
 
     AsioSchlange q{"standdienst"};
     Standdienst dienst;
 };
 
 TEST(Standdienst, antwortetAufJedesErsteWort) {
-    Bank bank;
-    EXPECT_EQ(bank.frage(), antwortMit("{}")) << "before the first document";
+    const std::string cors =
+        "Access-Control-Allow-Origin: *\r\nAccess-Control-Allow-Methods: GET, OPTIONS\r\n"
+        "Access-Control-Allow-Headers: *\r\nAccess-Control-Allow-Private-Network: true\r\n";
+    const std::string vorab =
+        "HTTP/1.1 204 No Content\r\n" + cors + "Content-Length: 0\r\nConnection: close\r\n\r\n";
+    for (const auto* wort : {"OPTIONS /stand HTTP/1.1\r\nOrigin: x\r\n\r\n", "OPTIONS", "  OPTIONS x"})
+        EXPECT_EQ(Standdienst::antwort(wort, "{}"), vorab) << wort;
     const std::string dokument("{\"a\": \"ü\0\"}", 12);
+    const std::string stand = "HTTP/1.1 200 OK\r\nContent-Type: application/json; charset=utf-8\r\n"
+                              "Cache-Control: no-store\r\n" +
+                              cors + "Content-Length: 12\r\nConnection: close\r\n\r\n" + dokument;
+    for (const auto* wort :
+         {"GET /anderes", "POST /stand", "options / x", "OPTIONSX / x", "OPTIONS\r\n\r\n", " "})
+        EXPECT_EQ(Standdienst::antwort(wort, dokument), stand) << wort;
+    Bank bank;
     bank.dienst.setzeDokument(dokument);
-    for (const auto* vorab :
-         {"OPTIONS /stand HTTP/1.1\r\nOrigin: x\r\n\r\n", "OPTIONS", "  OPTIONS x", "OPTIONS "})
-        EXPECT_EQ(bank.fragender(vorab).lies(), vorabantwort) << vorab;
-    for (const auto* anderes :
-         {"GET /anderes HTTP/1.1\r\n\r\n", "POST /stand HTTP/1.1\r\nContent-Length: 2\r\n\r\nab",
-          "options / x", "OPTIONSX / x", "OPTIONS\r\n\r\n", "\xFF\xFE", " ", "O"})
-        EXPECT_EQ(bank.fragender(anderes).lies(), antwortMit(dokument)) << anderes;
-    const Klient stummer(bank.dienst.port());
+    const Klient stummer = bank.klient();
     stummer.sagtNichtsMehr();
-    EXPECT_EQ(stummer.lies(), antwortMit(dokument));
+    EXPECT_EQ(stummer.lies(), stand);
 }
 
 // A reset may overtake the answer.
@@ -65,7 +60,7 @@ TEST(Standdienst, reisstNieAbWerNachDerAnfrageWeiterspricht) {
     const Bank bank;
     for (const auto& mehr : {std::string(), std::string(60'000, 'x')}) {
         const Klient klient = bank.fragender(anfrage + mehr);
-        EXPECT_EQ(klient.lies(), antwortMit("{}"));
+        EXPECT_EQ(klient.lies(), leerer);
         klient.sende("rest");
         EXPECT_FALSE(klient.abgerissen());
     }
@@ -80,8 +75,8 @@ TEST(Standdienst, liefertImmerEinGanzesDokument) {
             bank.dienst.setzeDokument(i % 2 == 0 ? lang : "{}");
     });
     for (int i = 0; i < 50; ++i) {
-        const std::string antwort = bank.frage();
-        EXPECT_TRUE(antwort == antwortMit("{}") || antwort == antwortMit(lang)) << antwort.size();
+        const std::string antwort = bank.fragender().lies();
+        EXPECT_TRUE(antwort == leerer || antwort == Standdienst::antwort("", lang)) << antwort.size();
     }
     ende = true;
     schreiber.join();
@@ -94,78 +89,63 @@ TEST(Standdienst, bedientGuteZwischenTausendSchweigenden) {
     ::setrlimit(RLIMIT_NOFILE, &grenze);
     const Bank bank({10s, 20ms, 256});
     std::vector<Klient> schweigende;
-    std::vector<Klient> gute;
     for (int i = 0; i < 1000; ++i) {
-        ASSERT_TRUE(schweigende.emplace_back(bank.dienst.port()).verbunden) << i;
-        if (i % 50 == 0)
-            gute.push_back(bank.fragender());
+        ASSERT_TRUE(schweigende.emplace_back(bank.klient()).verbunden) << i;
+        if (i % 10 == 0)
+            bank.fragender().reisseAb();
     }
-    for (const auto& guter : gute)
-        EXPECT_EQ(guter.lies(), antwortMit("{}"));
-    for (int i = 0; i < 100; ++i)
-        bank.fragender().reisseAb();
-    EXPECT_EQ(bank.frage(), antwortMit("{}"));
+    EXPECT_EQ(bank.fragender().lies(), leerer);
     EXPECT_EQ(schweigende.front().lies(), "") << "the oldest makes room";
     EXPECT_FALSE(schweigende.back().beendet());
-    EXPECT_EQ(socketsMitPort(::getsockname, bank.dienst.port()).second, 0)
+    EXPECT_EQ(vererbbareSockets(::getsockname, bank.dienst.port()), 0)
         << "a tool would keep the port occupied";
 }
 
 TEST(Standdienst, opfertKeinenJungenClient) {
     const Bank bank({10h, 1h, 3});
-    const Klient aeltester(bank.dienst.port());
-    std::optional<Klient> gehender(std::in_place, bank.dienst.port());
-    const Klient juengster(bank.dienst.port());
+    const Klient aeltester = bank.klient();
+    std::optional<Klient> gehender(bank.klient());
+    const Klient juengster = bank.klient();
     const Klient wartender = bank.fragender();
     gehender.reset();
-    EXPECT_EQ(wartender.lies(), antwortMit("{}"));
+    EXPECT_EQ(wartender.lies(), leerer);
     EXPECT_FALSE(aeltester.beendet() || juengster.beendet());
 }
 
 TEST(Standdienst, trenntSchweigendeNachDerFristUndVorherNurFuerAndere) {
     for (const auto& grenzen : {Standdienst::Grenzen{50ms, 1h, 3}, Standdienst::Grenzen{10h, 50ms, 2}}) {
         const Bank bank(grenzen);
-        const Klient aelterer(bank.dienst.port());
-        const Klient juengerer(bank.dienst.port());
-        EXPECT_EQ(bank.frage(), antwortMit("{}"));
+        const Klient aelterer = bank.klient();
+        const Klient juengerer = bank.klient();
+        EXPECT_EQ(bank.fragender().lies(), leerer);
         EXPECT_EQ(aelterer.lies(), "");
     }
 }
 
 TEST(Standdienst, gibtDenPortMitSeinemEndeFrei) {
-    std::uint16_t port = 0;
-    for (int i = 0; i < 5; ++i) {
-        std::optional<Bank> bank(std::in_place, Standdienst::Grenzen{}, port);
-        ASSERT_NE(bank->dienst.port(), 0) << i;
-        port = bank->dienst.port();
-        EXPECT_EQ(Bank({}, port).dienst.port(), 0) << "taken: the second one stays silent";
-        const Klient offener(port);
-        EXPECT_EQ(bank->frage(), antwortMit("{}"));
-        bank.reset();
-        EXPECT_EQ(offener.lies(), "");
-        EXPECT_FALSE(Klient(port).verbunden);
-    }
+    std::optional<Bank> bank(std::in_place);
+    const auto port = bank->dienst.port();
+    EXPECT_EQ(Bank({}, port).dienst.port(), 0) << "taken: the second one stays silent";
+    const Klient offener(port);
+    EXPECT_EQ(bank->fragender().lies(), leerer);
+    bank.reset();
+    EXPECT_EQ(offener.lies(), "");
+    EXPECT_FALSE(Klient(port).verbunden);
+    EXPECT_EQ(Bank({}, port).dienst.port(), port);
 }
 
 TEST(Standdienst, kommtMitWenigenDeskriptorenAus) {
     std::optional<Bank> bank;
-    std::optional<Klient> klient;
-    {
-        const Engpass engpass(10); // 64 may be open
-        bank.emplace(Standdienst::Grenzen{10s, 0s});
-    }
-    {
-        const Engpass engpass(1); // for the client's end; there is none for the service's
-        klient.emplace(bank->fragender());
-        EXPECT_FALSE(klient->abgerissen());
-    }
-    EXPECT_EQ(klient->lies(), antwortMit("{}"));
-    klient.reset();
-    std::vector<Klient> schweigende;
+    imEngpass(10, [&] { bank.emplace(Standdienst::Grenzen{10s, 0s}); }); // 64 may be open
+    std::vector<Klient> klienten;
+    imEngpass(1, [&] { // for the client's end; there is none for the service's
+        EXPECT_FALSE(klienten.emplace_back(bank->fragender()).abgerissen());
+    });
+    EXPECT_EQ(klienten[0].lies(), leerer);
     for (int i = 0; i < 18; ++i)
-        schweigende.emplace_back(bank->dienst.port());
-    EXPECT_EQ(schweigende.front().lies(), "") << "the tools need their share";
-    EXPECT_FALSE(schweigende.back().beendet());
+        klienten.push_back(bank->klient());
+    EXPECT_EQ(klienten[1].lies(), "") << "the tools need their share";
+    EXPECT_FALSE(klienten.back().beendet());
 }
 
 } // namespace
