@@ -16,7 +16,8 @@ constexpr std::size_t laengsteAdresse = 45; // an IPv6 address with an IPv4 tail
 std::string prozentkodiert(const std::string& name) {
     constexpr std::string_view hex = "0123456789ABCDEF";
     std::string kodiert;
-    for (const unsigned char c : name) {
+    for (const char zeichen : name) {
+        const auto c = static_cast<unsigned char>(zeichen);
         if ((c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'))
             kodiert += static_cast<char>(c);
         else
