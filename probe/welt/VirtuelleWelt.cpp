@@ -264,11 +264,12 @@ void VirtuelleWelt::begrabe() {
 void VirtuelleWelt::beende() {
     begrabe();
     zuEnde_ = true;
-    while (faeden_.size() > 1) {
-        faeden_.back().wecke();
-        faeden_.back().thread.join();
-        faeden_.pop_back();
+    // None goes before all have ended: one may still be waking another.
+    for (auto einer = std::next(faeden_.begin()); einer != faeden_.end(); ++einer) {
+        einer->wecke();
+        einer->thread.join();
     }
+    faeden_.erase(std::next(faeden_.begin()), faeden_.end());
     freie_.clear();
 }
 
