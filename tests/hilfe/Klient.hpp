@@ -31,9 +31,10 @@ public:
         stelleEin(SOL_SOCKET, SO_RCVTIMEO, geduld);
         stelleEin(IPPROTO_TCP, TCP_NODELAY, 1); // what is sent apart travels apart
         const auto ziel = loopback(port);
-        verbunden = ::connect(socket_.nummer(), reinterpret_cast<const sockaddr*>(&ziel), sizeof ziel) == 0;
-        if (!verbunden && errno == EINTR) // by a fuzzer's clock; it goes on by itself
-            verbunden = kommtZustande();
+        do // again when a fuzzer's clock interrupts it
+            verbunden =
+                ::connect(socket_.nummer(), reinterpret_cast<const sockaddr*>(&ziel), sizeof ziel) == 0;
+        while (!verbunden && errno == EINTR);
     }
 
     void sende(std::string_view bytes) const {
@@ -72,14 +73,6 @@ public:
     bool verbunden = false;
 
 private:
-    [[nodiscard]] bool kommtZustande() const {
-        pollfd fall{socket_.nummer(), POLLOUT, 0};
-        while (::poll(&fall, 1, -1) < 0 && errno == EINTR) {
-        }
-        socklen_t laenge = sizeof errno; // the reason goes where every call leaves it
-        return ::getsockopt(socket_.nummer(), SOL_SOCKET, SO_ERROR, &errno, &laenge) == 0 && errno == 0;
-    }
-
     template <typename Wert>
     void stelleEin(int ebene, int was, const Wert& wert) const {
         ::setsockopt(socket_.nummer(), ebene, was, &wert, sizeof wert);

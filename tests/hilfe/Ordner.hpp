@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 
 namespace mobilsteg {
@@ -40,9 +40,7 @@ public:
     /// A file's content; empty when it is not there.
     [[nodiscard]] std::string lies(const std::string& rest) const {
         std::ifstream datei(pfad_ + rest, std::ios::binary);
-        std::ostringstream text;
-        text << datei.rdbuf();
-        return text.str();
+        return {std::istreambuf_iterator<char>(datei), {}};
     }
 
 private:

@@ -59,7 +59,7 @@ TEST(Adminskript, meldetNummerUndText) {
              {"vorher\n0:5: execution error: Nein, „so“ (nicht) (-128)\n", -128, "Nein, „so“ (nicht)"},
              {"execution error: (7)", 7, ""},
              {"execution error: Nein (x)", 0, ""},
-             {"(1) execution error: x)", 0, ""},
+             {"(1) execution error: x)", 0, ""}, // the only bracket stands too early
              {"syntax error: Nein (-1)", 0, ""}}) {
         const auto fehler = skript->fuehreAus(ausgabe).value();
         EXPECT_EQ(fehler.nummer, nummer) << ausgabe;
@@ -79,10 +79,7 @@ TEST(Buendel, kenntSichSelbst) {
     const std::string ressourcen = std::filesystem::path(ordner.lege("/x/Resources/y", "")).parent_path();
     EXPECT_EQ(ordnerBuendel("", ordner.pfad() + "/x/bin/lotse").ressourcen, ressourcen);
     EXPECT_FALSE(ordnerBuendel("", ordner.pfad() + "/y/bin/lotse").ressourcen);
-    const Buendel eigenes = eigenesBuendel("de.mobilsteg.vpnlotse");
-    EXPECT_TRUE(eigenes.kennung.starts_with("de.mobilsteg.")) << eigenes.kennung;
-    for (const auto& version : {eigenes.version.value_or(""), eigenes.bauversion.value_or("")})
-        EXPECT_TRUE(!version.empty() && version.find_first_not_of("0123456789.") == version.npos) << version;
+    EXPECT_TRUE(eigenesBuendel("de.mobilsteg.vpnlotse").kennung.starts_with("de.mobilsteg."));
 }
 
 } // namespace
