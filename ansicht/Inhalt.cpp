@@ -1,5 +1,6 @@
 #include "ansicht/Inhalt.hpp"
 
+#include "kabel/Kabel.hpp"
 #include "netz/Variante.hpp"
 #include "plattform/Text.hpp"
 
@@ -187,6 +188,12 @@ void fuegeVpnsAn(Baum& baum, const char* art, const std::vector<std::string>& na
     }
 }
 
+void oeffneBrowser(Kabel& kabel, const std::string& name) {
+    for (const auto& fund : kabel.speicher().zustand().browserOhne)
+        if (fund.name == name)
+            return kabel.fahrtwindHinzufuegen(fund);
+}
+
 } // namespace
 
 Baum vpnBlock(const Zustand& z) {
@@ -226,6 +233,32 @@ Baum inhalt(const Zustand& z, bool bundleB2B) {
     b.push_back({"reihe.unten", Reihe{{schalter(Bedienung::experte, "Expertenmodus", z.experte),
                                        knopf(Bedienung::beenden, "Beenden")}}});
     return b;
+}
+
+void fuehreAus(const Aktion& aktion, Kabel& kabel, const std::function<void()>& beende) {
+    const bool an = aktion.wert == "an";
+    switch (aktion.was) {
+    case Bedienung::experte:
+        return kabel.setzeExperte(an);
+    case Bedienung::proxy:
+        return kabel.proxyUmschalten();
+    case Bedienung::automatisch:
+        return kabel.setzeProxyAutomatisch(an);
+    case Bedienung::volltunnel:
+        return kabel.setzeVolltunnelAn(an);
+    case Bedienung::vpnDurch:
+        return kabel.setzeVpnDurch(an);
+    case Bedienung::nurVPN:
+        return kabel.setzeNurVPN(an);
+    case Bedienung::profil:
+        return kabel.setzeProfil(aktion.wert);
+    case Bedienung::browser:
+        return oeffneBrowser(kabel, aktion.wert);
+    case Bedienung::hinweisWeg:
+        return kabel.setzeBrowserHinweisWeg(true);
+    case Bedienung::beenden:
+        return beende();
+    }
 }
 
 } // namespace mobilsteg

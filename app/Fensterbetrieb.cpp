@@ -1,4 +1,3 @@
-#include "ansicht/Ausfuehrung.hpp"
 #include "ansicht/Inhalt.hpp"
 #include "ansicht/qt/Menueleistenstueck.hpp"
 #include "ansicht/qt/QtBetrieb.hpp"

@@ -1,6 +1,4 @@
-#include "ansicht/Ausfuehrung.hpp"
 #include "ansicht/Inhalt.hpp"
-#include "ansicht/terminal/Befehle.hpp"
 #include "ansicht/terminal/Eingabe.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "app/Delegate.hpp"

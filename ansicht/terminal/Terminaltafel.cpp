@@ -1,7 +1,5 @@
 #include "ansicht/terminal/Terminaltafel.hpp"
 
-#include "ansicht/Ausfuehrung.hpp"
-#include "ansicht/terminal/Befehle.hpp"
 #include "plattform/Text.hpp"
 
 #include <unistd.h>
@@ -11,6 +9,39 @@
 namespace mobilsteg {
 
 namespace {
+
+struct Sammler {
+    std::vector<Angebot>& liste;
+
+    void operator()(const Schalter& s) const { liste.push_back({{s.was, s.an ? "aus" : "an"}, s.text}); }
+    void operator()(const Knopf& k) const { liste.push_back({k.aktion, k.hilfe.empty() ? k.text : k.hilfe}); }
+    void operator()(const Wahl& w) const {
+        for (const auto& m : w.moeglichkeiten)
+            if (m.wert != w.gewaehlt)
+                liste.push_back({{w.was, m.wert}, w.bezeichnung + ": " + m.text});
+    }
+    void operator()(const Reihe& r) const {
+        for (const auto& teil : r.teile)
+            std::visit(*this, teil.inhalt);
+    }
+    template <typename Anderes>
+    void operator()(const Anderes&) const {}
+};
+
+/// Whether `wert` can stand behind the command at all, shown or not.
+bool passt(Bedienung was, std::string_view wert) {
+    if (was == Bedienung::browser)
+        return !wert.empty();
+    if (wort(was).werte.empty())
+        return wert.empty();
+    const auto erlaubt = teile(wort(was).werte, '|');
+    return std::find(erlaubt.begin(), erlaubt.end(), wert) != erlaubt.end();
+}
+
+std::string gebrauch(Bedienung was) {
+    const auto& w = wort(was);
+    return std::string(w.wort) + (w.werte.empty() ? "" : " " + std::string(w.werte));
+}
 
 constexpr std::size_t breite = 60;
 
@@ -113,6 +144,45 @@ private:
 };
 
 } // namespace
+
+std::vector<Angebot> angebote(const Baum& baum) {
+    std::vector<Angebot> liste;
+    for (const auto& element : baum)
+        std::visit(Sammler{liste}, element.inhalt);
+    return liste;
+}
+
+std::string befehl(const Aktion& aktion) {
+    if (aktion.was == Bedienung::hinweisWeg)
+        return gebrauch(aktion.was);
+    return std::string(wort(aktion.was).wort) + (aktion.wert.empty() ? "" : " " + aktion.wert);
+}
+
+Verstanden verstehe(std::string_view zeile, const Baum& baum) {
+    const auto text = beschnitten(zeile);
+    const auto blank = text.find(' ');
+    const auto erstes = text.substr(0, blank);
+    const auto wert = blank == std::string_view::npos ? std::string_view() : beschnitten(text.substr(blank));
+
+    const auto stelle =
+        std::find_if(woerter.begin(), woerter.end(), [&](const Wort& w) { return w.wort == erstes; });
+    if (stelle == woerter.end())
+        return {std::nullopt, "Unbekannter Befehl: „" + std::string(text) + "“"};
+    const auto was = static_cast<Bedienung>(stelle - woerter.begin());
+    if (!passt(was, wert))
+        return {std::nullopt, "So geht der Befehl: " + gebrauch(was)};
+
+    const Aktion aktion{was, was == Bedienung::hinweisWeg ? "" : std::string(wert)};
+    const auto liste = angebote(baum);
+    if (std::any_of(liste.begin(), liste.end(), [&](const Angebot& a) { return a.aktion == aktion; }))
+        return {aktion, ""};
+    const bool gezeigt =
+        std::any_of(liste.begin(), liste.end(), [&](const Angebot& a) { return a.aktion.was == was; });
+    if (gezeigt && was != Bedienung::browser)
+        return {std::nullopt, "„" + std::string(text) + "“ gilt schon"};
+    return {std::nullopt,
+            "„" + std::string(text) + "“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht"};
+}
 
 std::string alsText(const Baum& baum, bool farbig) {
     std::size_t spalte = 0;

@@ -2,7 +2,6 @@
 
 #include "ansicht/Inhalt.hpp"
 
-#include "ansicht/Ausfuehrung.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "plattform/Text.hpp"
 #include "tests/hilfe/KabelWelt.hpp"
@@ -19,12 +18,10 @@ namespace {
 /// The beginnings of the lines that a reader sees, without the dividers and the commands.
 std::vector<std::string> kurzform(const Baum& baum) {
     std::vector<std::string> zeilen;
-    const std::string text = alsText(baum, false);
+    const std::string text = std::regex_replace(alsText(baum, false), std::regex("  +"), " | ");
     for (const auto zeile : teile(std::string_view(text).substr(0, text.find("\n>")), '\n'))
-        if (!zeile.starts_with("─")) {
-            const std::string ganz = std::regex_replace(std::string(zeile), std::regex("  +"), " | ");
-            zeilen.emplace_back(ersteZeichen(ganz, 32));
-        }
+        if (!zeile.starts_with("─"))
+            zeilen.emplace_back(ersteZeichen(zeile, 32));
     return zeilen;
 }
 
@@ -39,9 +36,6 @@ Zustand fahrend() {
 }
 
 TEST(Inhalt, reise) {
-    EXPECT_THAT(kurzform(inhalt(Zustand{}, false)),
-                ElementsAre("● Mobilsteg Bordlotse", "Starte …", "Handy | —", "Klasse | —",
-                            "Durchs Handy | —", "[ ] Expertenmodus | [Beenden]"));
     Zustand z = fahrend();
     z.notlage = z.volltunnelLaeuft = true;
     z.rettung = "1 Funkloch";
@@ -96,45 +90,37 @@ TEST(Inhalt, vpn) {
     z.experte = true;
     EXPECT_THAT(kurzform(inhalt(z, true)),
                 AllOf(Contains("● Mobilsteg VPN-Lotse"), Not(Contains(HasSubstr("Funkloch-Schutz")))));
-}
-
-TEST(Inhalt, vpnBlock) {
-    using Namen = std::vector<std::string>;
-    const std::tuple<Namen, Namen, bool, Phase, Namen> faelle[] = {
-        {{}, {}, true, Phase::Art::faehrt, {"Kein VPN verbunden — verbinden S"}},
-        {{"A"}, {}, true, Phase::Art::faehrt, {"● A · gesichert", "Fällt WLAN oder Mobilfunk aus, l"}},
-        {{"A", "A"},
-         {"B", "C", "B"},
-         false,
-         Phase::Art::faehrt,
-         {"● A · gesichert", "Fällt WLAN oder Mobilfunk aus, l", "○ B · ungesichert", "○ C · ungesichert",
-          "Funkloch-Schutz einschalten, dan"}},
-        {{}, {"B"}, true, Phase::Art::faehrt, {"○ B · noch nicht gesichert"}},
-        {{},
-         {"B"},
-         false,
-         Phase::proxyFehler("x"),
-         {"○ B · ungesichert", "Sobald das Handy am Kabel freigi"}}};
-    for (const auto& [gesichert, offen, tunnel, phase, zeilen] : faelle) {
-        Zustand z;
-        z.vpnsGesichert = gesichert;
-        z.vpnsOffen = offen;
+    const auto block = [&](bool tunnel, const Phase& phase, const char* gesichert, const char* offen) {
         z.volltunnelLaeuft = tunnel;
         z.phase = phase;
-        EXPECT_EQ(kurzform(vpnBlock(z)), zeilen);
-    }
+        const auto g = teile(gesichert, ' '), o = teile(offen, ' ');
+        z.vpnsGesichert = {g.begin(), g.end()};
+        z.vpnsOffen = {o.begin(), o.end()};
+        return verbunden(kurzform(vpnBlock(z)), "\n");
+    };
+    const Phase faehrt = Phase::Art::faehrt;
+    EXPECT_EQ(block(true, faehrt, "", ""), "Kein VPN verbunden — verbinden S");
+    EXPECT_EQ(block(true, faehrt, "A", ""), "● A · gesichert\nFällt WLAN oder Mobilfunk aus, l");
+    EXPECT_EQ(block(false, faehrt, "A A", "B C B"),
+              "● A · gesichert\nFällt WLAN oder Mobilfunk aus, l\n"
+              "○ B · ungesichert\n○ C · ungesichert\nFunkloch-Schutz einschalten, dan");
+    EXPECT_EQ(block(true, faehrt, "", "B"), "○ B · noch nicht gesichert");
+    EXPECT_EQ(block(false, Phase::proxyFehler("x"), "", "B"),
+              "○ B · ungesichert\nSobald das Handy am Kabel freigi");
 }
 
 TEST(Inhalt, punktFolgtDerPhase) {
-    using Art = Phase::Art;
-    const std::pair<Phase, Farbe> faelle[] = {
-        {Art::start, Farbe::gelb},   {Art::wartetAufHandy, Farbe::gelb}, {Art::pruefung, Farbe::gelb},
-        {Art::faehrt, Farbe::gruen}, {Art::keinAdb, Farbe::rot},         {Art::abgelehnt, Farbe::rot}};
-    for (const auto& [phase, farbe] : faelle) {
+    using enum Phase::Art;
+    const auto punkt = [](const Phase& phase) {
         Zustand z;
         z.phase = phase;
-        EXPECT_EQ(std::get<Kopf>(inhalt(z, false).front().inhalt).punkt, farbe) << phase.text();
-    }
+        return std::get<Kopf>(inhalt(z, false).front().inhalt).punkt;
+    };
+    for (const auto gelb : {start, wartetAufHandy, pruefung})
+        EXPECT_EQ(punkt(gelb), Farbe::gelb);
+    for (const auto rot : {keinAdb, abgelehnt})
+        EXPECT_EQ(punkt(rot), Farbe::rot);
+    EXPECT_EQ(punkt(faehrt), Farbe::gruen);
 }
 
 TEST(Ausfuehrung, jederGezeigteSchalterWirkt) {
@@ -152,7 +138,7 @@ TEST(Ausfuehrung, jederGezeigteSchalterWirkt) {
         const auto vorher = w.zustand();
         bediene(angebot.aktion);
         w.welt.laufe({});
-        EXPECT_TRUE(!(w.zustand() == vorher) || beendet == 1) << angebot.text;
+        EXPECT_FALSE(w.zustand() == vorher && beendet == 0) << angebot.text;
     }
     EXPECT_EQ(beendet, 1);
 }
