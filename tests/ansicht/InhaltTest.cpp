@@ -123,7 +123,7 @@ TEST(Inhalt, punktFolgtDerPhase) {
     EXPECT_EQ(punkt(faehrt), Farbe::gruen);
 }
 
-TEST(Ausfuehrung, jederGezeigteSchalterWirkt) {
+TEST(Bedienung, jederGezeigteSchalterWirkt) {
     KabelWelt w;
     w.einstellungen.werte["volltunnel.erklaert"] = true;
     w.baue();
