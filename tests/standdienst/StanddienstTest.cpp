@@ -123,6 +123,9 @@ TEST(Standdienst, gibtDenPortMitSeinemEndeFrei) {
 }
 
 TEST(Standdienst, kommtMitWenigenDeskriptorenAus) {
+#ifdef MIT_SANITIZER
+    GTEST_SKIP() << "UBSan needs a pipe to check virtual tables, and without one calls every object invalid";
+#endif
     std::optional<Bank> bank;
     imEngpass(10, [&] { bank.emplace(Standdienst::Grenzen{10s, 0s}); }); // 64 may be open
     std::vector<Klient> klienten;
