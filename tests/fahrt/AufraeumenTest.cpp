@@ -9,19 +9,17 @@ using namespace testing;
 
 namespace {
 
-TEST(Aufraeumen, nachEinemAbschussUndNebenEinemLaufenden) {
+TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
     Fahrtbank bank;
-    bank.ordner.lege(einstellungen, tunnelnutzer);
     const auto handy = bank.handy();
     bank.starte();
-    ASSERT_TRUE(bank.imStand(R"("volltunnel": true)"));
+    bank.erwartePhase("Fährt mit");
     bank.programm->toete();
-    EXPECT_TRUE(bank.kommt(tunnellog, "der Bordlotse ist weg")) << "the helper goes by itself";
-    EXPECT_TRUE(warteBis([&] { return !bank.helferLaeuft(); }));
-    EXPECT_TRUE(bank.proxyAn());
+    bank.ordner.lege(einstellungen, "{ kaputt");
+    ASSERT_TRUE(bank.proxyAn());
     const std::string fremder =
         handy->serial() + " tcp:" + bank.adb({"forward", "tcp:0", "tcp:8080"}) + " tcp:8080";
-    bank.ordner.lege(einstellungen, "{ kaputt");
+    EXPECT_THAT(bank.forwards(), HasSubstr("tcp:1080 tcp:1080"));
 
     const auto ergebnis = bank.rufe("--aufraeumen");
     EXPECT_EQ(ergebnis.status, 0) << ergebnis.fehler;
@@ -29,12 +27,19 @@ TEST(Aufraeumen, nachEinemAbschussUndNebenEinemLaufenden) {
                 AllOf(HasSubstr("System-Proxy: an „Wi-Fi“ ausgeschaltet"),
                       HasSubstr("Volltunnel: keiner läuft"), HasSubstr("Forwards: 2 entfernt")));
     EXPECT_FALSE(bank.proxyAn());
-    EXPECT_EQ(bank.forwards(), fremder) << "only its own are taken away";
+    EXPECT_EQ(bank.forwards(), fremder) << "nobody else's is taken away";
     EXPECT_EQ(bank.ordner.lies(einstellungen), "{ kaputt") << "not overwritten";
+    EXPECT_THAT(bank.rufe("--aufraeumen").ausgabe,
+                HasSubstr("System-Proxy: keiner zeigt auf 127.0.0.1:1080"));
+}
 
-    bank.ordner.lege(einstellungen, tunnelnutzer);
+TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
+    Fahrtbank bank;
+    bank.ordner.lege(einstellungen, R"({"profil":"reise","austritt.dienst":"http://austritt.probe/",
+                                        "volltunnel":true,"volltunnel.erklaert":true})");
+    const auto handy = bank.handy();
     bank.starte();
-    ASSERT_TRUE(warteBis([&] { return bank.helferLaeuft(); }));
+    ASSERT_TRUE(bank.imStand(R"("volltunnel": true)"));
     EXPECT_THAT(bank.rufe("--aufraeumen").ausgabe,
                 AllOf(HasSubstr("Achtung: Ein Bordlotse läuft noch"),
                       HasSubstr("Volltunnel: beendet, Routen und DNS zurückgebaut")));
@@ -48,7 +53,7 @@ TEST(Aufraeumen, laesstFremdeProxysInRuheUndSagtWasNichtGeht) {
         {"cp kaputt opt/homebrew/bin/adb", "Forwards: adb lässt sich nicht befragen: kein Server\n"},
         {"cp halb opt/homebrew/bin/adb", "Forwards: tcp:1080 nicht entfernt: fort\n"},
         {"usr/sbin/networksetup -setsocksfirewallproxy Wi-Fi 10.0.0.5 1080",
-         "System-Proxy: keiner zeigt auf 127.0.0.1:1080"},
+         "keiner zeigt auf 127.0.0.1:1080"},
         {"mv usr/sbin/networksetup usr/sbin/echt; cp kaputt usr/sbin/networksetup",
          "System-Proxy: „Wi-Fi“ lässt sich nicht befragen"},
         {R"(rm usr/sbin/networksetup; echo '{"proxy.dienst":"Wi-Fi"}' >"$1")",
@@ -63,14 +68,15 @@ TEST(Aufraeumen, laesstFremdeProxysInRuheUndSagtWasNichtGeht) {
         echo fort >&2; exit 1)",
                      true);
     for (const auto& [davor, gesagt] : faelle) {
-        const std::string befehl = "cd \"$0\" && " + std::string(davor);
-        (void)lauf("/bin/sh", {"-c", befehl, bank.ordner.pfad() + "/mac", bank.ordner.pfad() + einstellungen},
+        (void)lauf("/bin/sh",
+                   {"-c", "cd \"$0\" && " + std::string(davor), bank.ordner.pfad() + "/mac",
+                    bank.ordner.pfad() + einstellungen},
                    60);
         const auto ergebnis = bank.rufe("--aufraeumen");
         EXPECT_EQ(ergebnis.status, 0);
         EXPECT_THAT(ergebnis.ausgabe, HasSubstr(gesagt));
     }
-    EXPECT_TRUE(bank.proxyAn()) << "of another program";
+    EXPECT_TRUE(bank.proxyAn()) << "somebody else's";
     EXPECT_THAT(bank.ordner.lies(einstellungen), HasSubstr("proxy.dienst")) << "the next one can try again";
 }
 

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include <random>
+#include <thread>
 
 using namespace mobilsteg;
 using testing::HasSubstr;
@@ -13,7 +14,8 @@ using testing::HasSubstr;
 namespace {
 
 struct Abschnitt {
-    const char *name, *option;
+    const char* name;
+    const char* option;  ///< the phone's
     const char* befehle; ///< for the phone, with ; between them
     const char* phase;   ///< how the log ends when the signal comes
     int signal;
@@ -29,13 +31,13 @@ TEST_P(InJederPhase, raeumtEinSignalAllesAuf) {
     const auto handy = bank.handy({abschnitt.option});
     for (const auto befehl : teile(abschnitt.befehle, ';'))
         handy->sage(std::string(befehl));
-    const auto zeilenende = std::string(abschnitt.phase) + "\n";
-    ASSERT_TRUE(warteBis([&] { return bank.protokoll().ends_with(zeilenende); })) << bank.protokoll();
+    ASSERT_TRUE(warteBis([&] { return bank.protokoll().ends_with(std::string(abschnitt.phase) + "\n"); }))
+        << bank.protokoll();
     bank.programm->sende(abschnitt.signal);
     bank.programm->sende(abschnitt.signal); // a second one changes nothing
-    EXPECT_EQ(bank.programm->warteAufEnde(), 0);
-    EXPECT_EQ(bank.anzahl("Signal " + std::to_string(abschnitt.signal) + " -- räume auf und beende"), 1);
-    EXPECT_EQ(bank.anzahl("Signal"), 1);
+    EXPECT_EQ(bank.programm->warteAufEnde(), 0) << bank.ausgabe();
+    EXPECT_EQ(bank.zeilenMit("Signal " + std::to_string(abschnitt.signal) + " -- räume auf und beende"), 1);
+    EXPECT_EQ(bank.zeilenMit("Signal"), 1);
     bank.erwarteNichts();
 }
 
@@ -56,9 +58,8 @@ TEST(Ende, einZweitesStrgCTrifftDasAufraeumenNicht) {
     Fahrtbank bank;
     const auto handy = bank.handy();
     // On a full disk the log cannot be written; all else goes on.
-    std::filesystem::create_directory(bank.ordner.pfad() + "/heim/Library/Logs");
-    std::filesystem::create_symlink("/dev/full", bank.ordner.pfad() + protokolldatei);
-    bank.starte();
+    bank.starte("mobilsteg-bordlotse",
+                "mkdir Library/Logs && ln -s /dev/full Library/Logs/MobilstegBordlotse.log");
     bank.erwartePhase("Fährt mit");
     bank.ordner.lege("/mac/zustand/langsam.networksetup", "");
     const std::string vorher = bank.ordner.lies("/mac/zustand/aufrufe");
@@ -77,23 +78,20 @@ TEST(Ende, nachKeinemAbschussBleibtEtwas) {
     const unsigned samen = std::random_device{}();
     std::mt19937 zufall(samen);
     Fahrtbank bank;
+    bank.ordner.lege(vpnEinstellungen, vpnBenutzer);
     const auto handy = bank.handy();
     for (int tod = 0; tod < tode; ++tod) {
         SCOPED_TRACE("Samen " + std::to_string(samen) + ", Tod " + std::to_string(tod));
         handy->sage("weitergabe an");
         bank.starte(vpnLotse);
-        // The first one comes with everything up, and finds the phone closed when it starts again.
-        const double geduld = tod == 0 ? 45 : static_cast<double>(zufall() % 1600) / 1000;
-        EXPECT_EQ(warteBis([&] { return tod == 0 && bank.helferLaeuft(); }, geduld), tod == 0);
-        EXPECT_TRUE(tod != 0 || bank.proxyAn());
+        std::this_thread::sleep_for(std::chrono::milliseconds(zufall() % 1600));
         bank.programm->toete();
         EXPECT_TRUE(portFrei(1081));
-        if (tod == 0 || zufall() % 2 == 0)
+        if (zufall() % 2 == 0)
             handy->sage("weitergabe aus");
         std::filesystem::remove(bank.ordner.pfad() + standdatei);
         bank.starte(vpnLotse);
-        ASSERT_TRUE(bank.imStand(tod == 0 ? "\"phase\": \"In Mobilsteg" : "phase"));
-        EXPECT_FALSE(tod == 0 && bank.proxyAn()) << "not only its end takes it back";
+        ASSERT_TRUE(bank.imStand("phase")) << bank.ausgabe();
         bank.programm->sende(SIGTERM);
         EXPECT_EQ(bank.programm->warteAufEnde(), 0);
         bank.erwarteNichts();

@@ -23,12 +23,12 @@ bool warteBis(const std::function<bool()>& bedingung, double sekunden) {
     return true;
 }
 
-Programm::Programm(std::vector<std::string> worte, const std::string& ausgabe) {
+Programm::Programm(std::vector<std::string> worte, const std::string& ausgabe, const std::string& umstand) {
     int rohr[2];
     EXPECT_EQ(::pipe2(rohr, O_CLOEXEC), 0);
     const Deskriptor lesen(rohr[0]);
     eingabe_ = Deskriptor(rohr[1]);
-    worte.insert(worte.begin(), {"-c", R"(exec "$@" >>"$0" 2>&1)", ausgabe});
+    worte.insert(worte.begin(), {"-c", umstand + R"(; exec "$@" >>"$0" 2>&1)", ausgabe});
     auto versuch = starteProzess("/bin/sh", worte, {lesen.nummer(), true});
     EXPECT_TRUE(versuch.kind) << versuch.grund;
     kind_ = std::move(versuch.kind).value();
@@ -53,6 +53,11 @@ std::optional<int> Programm::warteAufEnde() {
     if (!status_ && warteBis([&] { return kind_.istBeendet(); }))
         status_ = kind_.warteUndErnte();
     return status_;
+}
+
+void Programm::toete() {
+    sende(SIGKILL);
+    warteAufEnde();
 }
 
 Probehandy::Probehandy(const std::string& ordner, std::vector<std::string> optionen) {
@@ -82,8 +87,9 @@ Fahrtbank::Fahrtbank() {
     EXPECT_TRUE(portFrei(1080)) << "Port 1080 ist belegt: die Fahrt braucht ihn";
     const auto aufbau = lauf("/bin/sh", {QUELL_ORDNER "/probe/mac/aufbauen", ordner.pfad() + "/mac"}, 60);
     EXPECT_EQ(aufbau.status, 0) << aufbau.fehler;
-    ordner.lege(einstellungen, R"({"profil":"reise","austritt.dienst":"http://austritt.probe/"})");
-    ordner.lege(vpnEinstellungen, tunnelnutzer);
+    for (const auto& datei : {einstellungen, vpnEinstellungen})
+        ordner.lege(datei,
+                    R"({"profil":"reise","b2b.erklaert":true,"austritt.dienst":"http://austritt.probe/"})");
 }
 
 Fahrtbank::~Fahrtbank() {
@@ -115,8 +121,10 @@ std::vector<std::string> Fahrtbank::aufruf(const std::string& name,
     return worte;
 }
 
-void Fahrtbank::starte(const std::string& name, const std::vector<std::string>& optionen) {
-    programm = std::make_unique<Programm>(aufruf(name, optionen), ordner.pfad() + "/ausgabe");
+void Fahrtbank::starte(const std::string& name, const std::string& umstand,
+                       const std::vector<std::string>& optionen) {
+    programm = std::make_unique<Programm>(aufruf(name, optionen), ordner.pfad() + "/ausgabe",
+                                          "cd '" + ordner.pfad() + "/heim' && " + umstand);
 }
 
 Ergebnis Fahrtbank::rufe(const std::string& option) const {
@@ -125,7 +133,8 @@ Ergebnis Fahrtbank::rufe(const std::string& option) const {
 }
 
 void Fahrtbank::erwartePhase(const std::string& anfang) const {
-    EXPECT_TRUE(imStand("\"phase\": \"" + anfang)) << anfang << stand() << protokoll();
+    EXPECT_TRUE(imStand("\"phase\": \"" + anfang)) << "erwartet: " << anfang << "\n"
+                                                   << stand() << protokoll() << ausgabe();
 }
 
 void Fahrtbank::erwarteNichts() const {
@@ -139,12 +148,12 @@ bool Fahrtbank::kommt(const std::string& datei, const std::string& stueck) const
     return warteBis([&] { return ordner.lies(datei).find(stueck) != std::string::npos; });
 }
 
-int Fahrtbank::anzahl(const std::string& stueck) const {
+int Fahrtbank::zeilenMit(const std::string& stueck) const {
     const std::string text = protokoll();
-    int zahl = 0;
+    int anzahl = 0;
     for (auto stelle = text.find(stueck); stelle != std::string::npos; stelle = text.find(stueck, stelle + 1))
-        ++zahl;
-    return zahl;
+        ++anzahl;
+    return anzahl;
 }
 
 std::string Fahrtbank::adb(const std::vector<std::string>& worte) const {

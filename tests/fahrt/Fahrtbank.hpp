@@ -9,6 +9,9 @@
 #include <csignal>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace mobilsteg {
 
@@ -23,15 +26,16 @@ inline const std::string tunnellog = "/heim/Library/Logs/MobilstegVolltunnel.log
 
 inline constexpr const char* vpnLotse = "mobilsteg-vpnlotse";
 
-/// The settings of a user who has seen all explanations and wants the tunnel.
-inline constexpr const char* tunnelnutzer = R"({"profil":"reise","b2b.erklaert":true,"nurVPN":false,
-    "volltunnel":true,"volltunnel.erklaert":true,"austritt.dienst":"http://austritt.probe/"})";
+/// The settings of a user of that edition who has seen all explanations and wants the tunnel.
+inline constexpr const char* vpnBenutzer = R"({"b2b.erklaert":true,"volltunnel.erklaert":true,
+    "volltunnel":true,"nurVPN":false,"austritt.dienst":"http://austritt.probe/"})";
 
 /// A program started by a test, in a process group of its own; ended with the test if it still runs then.
 class Programm {
 public:
     /// Its outputs go to `ausgabe`, a file; its standard input is a pipe held open by this object.
-    Programm(std::vector<std::string> worte, const std::string& ausgabe);
+    /// `umstand`: what a shell does before it becomes the program, such as setting limits.
+    Programm(std::vector<std::string> worte, const std::string& ausgabe, const std::string& umstand = ":");
     ~Programm();
 
     void sende(int signal) const { ::kill(kind_.nummer, signal); }
@@ -39,10 +43,7 @@ public:
     void tippe(const std::string& zeile) const;
     /// Waits for its end: exit code, or the signal's number. Absent: it did not end in time.
     std::optional<int> warteAufEnde();
-    void toete() {
-        sende(SIGKILL);
-        warteAufEnde();
-    }
+    void toete();
 
 private:
     Deskriptor eingabe_;
@@ -64,8 +65,7 @@ private:
     std::string adbPort_, steuerport_;
 };
 
-/// A trip with the shipped programs: an adb server of its own, a simulated Mac, a fresh home, in which the
-/// VPN edition's user is `tunnelnutzer`.
+/// A trip with the shipped programs: an adb server of its own, a simulated Mac, a fresh home.
 class Fahrtbank {
 public:
     Fahrtbank();
@@ -73,23 +73,25 @@ public:
 
     /// A phone on the cable unless told otherwise.
     std::unique_ptr<Probehandy> handy(std::vector<std::string> optionen = {"--stecken", "--erlaubt"});
-    void starte(const std::string& name = "mobilsteg-bordlotse",
+    /// Starts the program; `umstand` happens in the home.
+    void starte(const std::string& name = "mobilsteg-bordlotse", const std::string& umstand = ":",
                 const std::vector<std::string>& optionen = {"--terminal"});
+    /// Runs the program with other options to its end.
     [[nodiscard]] Ergebnis rufe(const std::string& option) const;
 
     /// The state document's phase, once it begins with `anfang`; the test fails when that takes too long.
     void erwartePhase(const std::string& anfang) const;
     /// The test fails when anything of the program, or of one before it, is left.
     void erwarteNichts() const;
-    /// Waits for that piece in a file, in the printed panel, in the state document.
+    /// Whether that piece comes to stand in a file, in the printed panel, in the state document.
     [[nodiscard]] bool kommt(const std::string& datei, const std::string& stueck) const;
     [[nodiscard]] bool zeigt(const std::string& stueck) const { return kommt("/ausgabe", stueck); }
     [[nodiscard]] bool imStand(const std::string& s) const { return kommt(standdatei, s); }
 
     [[nodiscard]] std::string stand() const { return ordner.lies(standdatei); }
+    [[nodiscard]] std::string ausgabe() const { return ordner.lies("/ausgabe"); }
     [[nodiscard]] std::string protokoll() const { return ordner.lies(protokolldatei); }
-    /// How often that stands in the log.
-    [[nodiscard]] int anzahl(const std::string& stueck) const;
+    [[nodiscard]] int zeilenMit(const std::string& stueck) const; ///< of the log
     [[nodiscard]] std::string adb(const std::vector<std::string>& worte) const;
     [[nodiscard]] std::string forwards() const { return adb({"forward", "--list"}); }
     [[nodiscard]] bool proxyAn() const {
@@ -107,6 +109,7 @@ private:
     int handys_ = 0;
 };
 
+/// Where a shipped program of that name lies.
 [[nodiscard]] inline std::string programmpfad(const std::string& name) {
     return BIN_ORDNER "/" + name;
 }
@@ -114,6 +117,7 @@ private:
 /// Asks until it holds. False: it did not in a time that is ample on a busy machine, too.
 [[nodiscard]] bool warteBis(const std::function<bool()>& bedingung, double sekunden = 45);
 
+/// Whether nobody listens on that loopback port.
 [[nodiscard]] inline bool portFrei(int port) {
     return !Klient(port).verbunden;
 }
