@@ -66,7 +66,10 @@ void adb(std::string_view bytes) {
         gedruckt += g.serial + "  " + g.zustand + "\n";
         verlangeUtf8(std::exchange(g.modell, ""));
     }
-    verlange(Adb::lies(gedruckt) == geraete, wieder);
+    auto wiedergelesene = Adb::lies(gedruckt);
+    for (auto& g : wiedergelesene)
+        g.modell.clear(); // a state may look like a model
+    verlange(wiedergelesene == geraete, wieder);
 }
 
 void netzdienste(std::string_view bytes) {
