@@ -53,7 +53,7 @@ Kabel::Kabel(Anschluesse anschluesse)
       erhebung_(anschluesse_.laeufer, anschluesse_.orte, tunnel_.stoppPfad() + ".vpns.json"),
       berichte_(anschluesse_.laeufer, anschluesse_.orte, anschluesse_.einstellungen,
                 {{"mac-bordlotse.log", protokoll_.pfad()}, {"mac-volltunnel.log", tunnel_.protokollPfad()}}),
-      schalterIntern_(speicher_.zustand()) {}
+      schalterIntern_(static_cast<const Schalterstellungen&>(speicher_.zustand())) {}
 
 /// Shows and stores a switch, and hands it to the work queue, where `folge` runs behind it.
 void Kabel::stelle(bool Schalterstellungen::*schalter, bool an, const char* schluessel,
@@ -64,7 +64,7 @@ void Kabel::stelle(bool Schalterstellungen::*schalter, bool an, const char* schl
 }
 
 void Kabel::uebergibSchalter(void (Kabel::*folge)()) {
-    const Schalterstellungen stellungen = speicher_.zustand();
+    const auto stellungen = static_cast<const Schalterstellungen&>(speicher_.zustand());
     aufQ([this, stellungen, folge] {
         schalterIntern_ = stellungen;
         if (folge != nullptr)

@@ -104,7 +104,7 @@ TEST(Befehlszeile, sagtWasFalschIst) {
         {{"--heim"}, 2, "--heim braucht einen Ordner"},
         {{"--hilfe"}, 0, "--wurzel DIR"},
         {{"--version"}, 0, "mobilsteg-bordlotse 1."},
-        {{}, 1, "Keine Anzeige gefunden"},
+        {{}, 1, "Im Terminal läuft das Programm mit --terminal"},
     };
     for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         ::unsetenv(variable);

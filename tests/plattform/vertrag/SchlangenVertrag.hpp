@@ -117,6 +117,7 @@ TEST_P(SchlangenVertrag, zeitgeberEndetMitSeinemGriff) {
         fremder = q.wiederhole(10ms, 1h, [&] { fertig = true; });
     });
     bis(fertig);
+    andere.sync([] {}); // the handle is in its place
     EXPECT_EQ(fremde, danach);
     EXPECT_EQ(eigene, 2);
     bank.reset();
