@@ -9,6 +9,8 @@
 
 using namespace mobilsteg;
 
+extern const char* const mobilstegKennung; ///< of the edition that this is linked into
+
 int main(int anzahl, char** worte) {
     sichereStandardstroeme();
     std::signal(SIGCHLD, SIG_DFL); // ignored by whoever started us, no tool's status could be had
@@ -29,13 +31,13 @@ int main(int anzahl, char** worte) {
         std::printf("%s %s\n", programm.c_str(), MOBILSTEG_VERSION);
         return 0;
     case Befehlszeile::Tat::terminal:
-        return terminalbetrieb(zeile, MOBILSTEG_KENNUNG);
+        return terminalbetrieb(zeile, mobilstegKennung);
     case Befehlszeile::Tat::aufraeumen:
-        return aufraeumdienst(zeile, MOBILSTEG_KENNUNG);
+        return aufraeumdienst(zeile, mobilstegKennung);
     case Befehlszeile::Tat::selbsttest:
-        return selbsttest(zeile, MOBILSTEG_KENNUNG);
+        return selbsttest(zeile, mobilstegKennung);
     case Befehlszeile::Tat::menueleiste:
         break;
     }
-    return fensterbetrieb(zeile, MOBILSTEG_KENNUNG, anzahl, worte);
+    return fensterbetrieb(zeile, mobilstegKennung, anzahl, worte);
 }
