@@ -19,6 +19,7 @@
 #include "tests/hilfe/Gegenstelle.hpp"
 #include "tests/hilfe/Klient.hpp"
 #include "tests/hilfe/Ordner.hpp"
+#include "tests/volltunnel/Pakete.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -309,6 +310,38 @@ void text(std::string_view bytes) {
     }
 }
 
+void paket(std::string_view bytes) {
+    using namespace volltunnel;
+    const std::string vorher(bytes);
+    std::string p = vorher;
+    auto gelesen = liesPaket(alsBytes(p));
+    if (!gelesen)
+        return;
+    p.resize(gelesen->bytes.size());
+    const std::string ganzes = p;
+    verlange(gelesen->kopf <= gelesen->last && gelesen->last <= p.size(), "parts lie within the whole");
+    if (const auto nein = absage(*gelesen)) {
+        std::string n = *nein;
+        const auto antwort = liesPaket(alsBytes(n));
+        verlange(summenStimmen(n, gelesen->von.address().is_v6() ? 40 : 20),
+                 "the answer's checksums are right");
+        verlange(!antwort ||
+                     (antwort->von == gelesen->nach && antwort->nach == gelesen->von && !absage(*antwort)),
+                 "it goes back to the sender and calls for no answer");
+    }
+    if (gelesen->art != Art::tcp)
+        return;
+    const bool sechs = gelesen->von.address().is_v6();
+    const bool stimmten = summenStimmen(p, gelesen->kopf);
+    const Stelle von = gelesen->von;
+    const Stelle nach = gelesen->nach;
+    schreibeUm(*gelesen, stelle(sechs ? "fd01::2" : "198.19.108.2", 5),
+               stelle(sechs ? "fd01::1" : "198.19.108.1", 7));
+    verlange(!stimmten || summenStimmen(p, gelesen->kopf), "right checksums stay right");
+    schreibeUm(*gelesen, von, nach);
+    verlange(!stimmten || p == ganzes, "rewritten there and back it is the same");
+}
+
 } // namespace
 
 std::span<const Pruefung> pruefungen() {
@@ -325,6 +358,7 @@ std::span<const Pruefung> pruefungen() {
         {"einstellungen", einstellungen, "{", "\"k#\":{\"a\":#},", R"("experte":true})"},
         {"netzdienste", netzdienste, "  interface: en9\n====\n",
          "(#) LAN #\n(Hardware Port: LAN #, Device: en#)\n\n", ""},
+        {"paket", paket, std::string("E\0\xFF\xFF\0\0\0\0@\6\0\0\n\0\0\1\x01\1\1\1", 20), "#", ""},
         {"proxyziel", proxyziel, "Enabled: Yes\n", "Server: 10.0.0.#\n", "Port: 1080\n"},
         {"skriptfehler", skriptfehler, "", "x: execution error: Fehler #. (-#)\n", ""},
         {"skriptquelle", skriptquelle, "", "'Dienst #\\\"", ""},

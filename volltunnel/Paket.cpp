@@ -1,0 +1,267 @@
+#include "volltunnel/Paket.hpp"
+
+#include <algorithm>
+
+namespace mobilsteg::volltunnel {
+
+namespace {
+
+constexpr std::uint8_t icmp = 1;
+constexpr std::uint8_t tcp = 6;
+constexpr std::uint8_t udp = 17;
+constexpr std::uint8_t icmp6 = 58;
+
+constexpr std::uint8_t fin = 1;
+constexpr std::uint8_t syn = 2;
+constexpr std::uint8_t rst = 4;
+constexpr std::uint8_t ack = 16;
+
+constexpr std::size_t kopf4 = 20;
+constexpr std::size_t kopf6 = 40;
+
+std::uint16_t wort(const std::uint8_t* stelle) {
+    return static_cast<std::uint16_t>(stelle[0] << 8 | stelle[1]);
+}
+
+void setze(std::uint8_t* stelle, std::size_t wert) {
+    stelle[0] = static_cast<std::uint8_t>(wert >> 8);
+    stelle[1] = static_cast<std::uint8_t>(wert);
+}
+
+std::uint32_t langwort(const std::uint8_t* stelle) {
+    return static_cast<std::uint32_t>(wort(stelle)) << 16 | wort(stelle + 2);
+}
+
+void setzeLang(std::uint8_t* stelle, std::uint32_t wert) {
+    setze(stelle, wert >> 16);
+    setze(stelle + 2, wert & 0xFFFFU);
+}
+
+std::uint64_t summe(const std::uint8_t* stelle, std::size_t laenge) {
+    std::uint64_t s = 0;
+    for (; laenge > 1; stelle += 2, laenge -= 2)
+        s += wort(stelle);
+    return laenge == 1 ? s + (static_cast<std::uint64_t>(*stelle) << 8) : s;
+}
+
+std::uint16_t gefaltet(std::uint64_t s) {
+    while (s > 0xFFFF)
+        s = (s >> 16) + (s & 0xFFFF);
+    return static_cast<std::uint16_t>(s);
+}
+
+Adresse adresse(const std::uint8_t* stelle, bool sechs) {
+    if (sechs) {
+        asio::ip::address_v6::bytes_type b;
+        std::copy_n(stelle, b.size(), b.begin());
+        return asio::ip::address_v6(b);
+    }
+    return asio::ip::address_v4(langwort(stelle));
+}
+
+void setzeAdresse(std::uint8_t* stelle, const Adresse& neue) {
+    if (neue.is_v6())
+        std::ranges::copy(neue.to_v6().to_bytes(), stelle);
+    else
+        setzeLang(stelle, neue.to_v4().to_uint());
+}
+
+/// RFC 1624: the checksum at `stelle` after the sum of what it covers went from `alt` to `neu`.
+void bessere(std::uint8_t* stelle, std::uint64_t alt, std::uint64_t neu) {
+    const auto nicht = [](unsigned wert) { return static_cast<std::uint16_t>(~wert); };
+    setze(stelle, nicht(gefaltet(std::uint64_t{nicht(wort(stelle))} + nicht(gefaltet(alt)) + neu)));
+}
+
+/// What an IP header says, and whether it is one. The ports and what else the protocol adds come later.
+bool liesKopf(Bytes bytes, Paket& paket, std::uint8_t& protokoll) {
+    if (bytes.size() < kopf4)
+        return false;
+    const bool sechs = bytes[0] >> 4 == 6;
+    if (sechs) {
+        if (bytes.size() < kopf6)
+            return false;
+        paket.kopf = kopf6;
+        const std::size_t laenge = kopf6 + wort(&bytes[4]);
+        if (laenge > bytes.size())
+            return false;
+        paket.bytes = bytes.first(laenge);
+        protokoll = bytes[6];
+    } else {
+        paket.kopf = static_cast<std::size_t>(bytes[0] & 15U) * 4;
+        const std::size_t laenge = wort(&bytes[2]);
+        const bool bruchstueck = (wort(&bytes[6]) & 0x3FFFU) != 0;
+        if (bytes[0] >> 4 != 4 || paket.kopf < kopf4 || laenge < paket.kopf || laenge > bytes.size() ||
+            bruchstueck)
+            return false;
+        paket.bytes = bytes.first(laenge);
+        protokoll = bytes[9];
+    }
+    paket.von.address(adresse(&bytes[sechs ? 8 : 12], sechs));
+    paket.nach.address(adresse(&bytes[sechs ? 24 : 16], sechs));
+    return true;
+}
+
+/// An IP header around `last` bytes of `protokoll`, and room for them.
+std::string huelle(const Adresse& von, const Adresse& nach, std::uint8_t protokoll, std::size_t last) {
+    const bool sechs = von.is_v6();
+    std::string paket((sechs ? kopf6 : kopf4) + last, '\0');
+    auto* b = reinterpret_cast<std::uint8_t*>(paket.data());
+    b[0] = sechs ? 0x60 : 0x45;
+    setze(b + (sechs ? 4 : 2), sechs ? last : paket.size());
+    b[sechs ? 6 : 9] = protokoll;
+    b[sechs ? 7 : 8] = 64; // hops
+    setzeAdresse(b + (sechs ? 8 : 12), von);
+    setzeAdresse(b + (sechs ? 24 : 16), nach);
+    if (!sechs)
+        setze(b + 10, static_cast<std::uint16_t>(~gefaltet(summe(b, kopf4))));
+    return paket;
+}
+
+/// Fills in the checksum at `stelle` of what stands behind the IP header. ICMP of IPv4 alone covers no
+/// addresses.
+void schliesseAb(std::string& paket, std::size_t stelle, std::uint8_t protokoll) {
+    auto* b = reinterpret_cast<std::uint8_t*>(paket.data());
+    const bool sechs = b[0] >> 4 == 6;
+    const std::size_t kopf = sechs ? kopf6 : kopf4;
+    const std::size_t laenge = paket.size() - kopf;
+    std::uint64_t s = summe(b + kopf, laenge);
+    if (protokoll != icmp)
+        s += summe(b + (sechs ? 8 : 12), sechs ? 32 : 8) + protokoll + laenge;
+    const auto fertig = static_cast<std::uint16_t>(~gefaltet(s));
+    setze(b + kopf + stelle, protokoll == udp && fertig == 0 ? 0xFFFF : fertig); // 0: without a checksum
+}
+
+std::optional<std::string> abriss(const Paket& paket) {
+    const std::uint8_t* b = &paket.bytes[paket.kopf];
+    const std::uint8_t merkmale = b[13];
+    if ((merkmale & rst) != 0)
+        return std::nullopt;
+    std::string antwort = huelle(paket.nach.address(), paket.von.address(), tcp, 20);
+    auto* a = reinterpret_cast<std::uint8_t*>(antwort.data()) + antwort.size() - 20;
+    setze(a, paket.nach.port());
+    setze(a + 2, paket.von.port());
+    if ((merkmale & ack) != 0) {
+        setzeLang(a + 4, langwort(b + 8));
+        a[13] = rst;
+    } else {
+        const auto laenge = static_cast<std::uint32_t>(paket.bytes.size() - paket.last);
+        setzeLang(a + 8, langwort(b + 4) + laenge + ((merkmale & syn) != 0) + ((merkmale & fin) != 0));
+        a[13] = rst | ack;
+    }
+    a[12] = 5 << 4;
+    schliesseAb(antwort, 16, tcp);
+    return antwort;
+}
+
+std::optional<std::string> unerreichbar(const Paket& paket) {
+    const bool sechs = paket.nach.address().is_v6();
+    // As much of the packet as the standards want back: the sender finds its socket by it.
+    const std::size_t zitat = std::min(paket.bytes.size(), std::size_t{sechs ? 1232U : 548U});
+    const std::uint8_t protokoll = sechs ? icmp6 : icmp;
+    std::string antwort = huelle(paket.nach.address(), paket.von.address(), protokoll, 8 + zitat);
+    auto* a = reinterpret_cast<std::uint8_t*>(antwort.data()) + antwort.size() - zitat - 8;
+    a[0] = sechs ? 1 : 3;
+    const bool port = paket.art == Art::udp;
+    a[1] = sechs ? (port ? 4 : 3) : (port ? 3 : 1);
+    std::copy_n(paket.bytes.begin(), zitat, a + 8);
+    schliesseAb(antwort, 2, protokoll);
+    return antwort;
+}
+
+bool liegtIn(const Adresse& a, std::uint32_t netz, int laenge) {
+    return (a.to_v4().to_uint() ^ netz) >> (32 - laenge) == 0;
+}
+
+} // namespace
+
+std::optional<Paket> liesPaket(Bytes bytes) {
+    Paket paket;
+    std::uint8_t protokoll = 0;
+    if (!liesKopf(bytes, paket, protokoll))
+        return std::nullopt;
+    const Bytes rest = paket.bytes.subspan(paket.kopf);
+    paket.last = paket.kopf;
+    if (protokoll == tcp) {
+        if (rest.size() < 20)
+            return std::nullopt;
+        const std::size_t laenge = static_cast<std::size_t>(rest[12] >> 4) * 4;
+        if (laenge < 20 || laenge > rest.size())
+            return std::nullopt;
+        paket.art = Art::tcp;
+        paket.syn = (rest[13] & (syn | ack | rst | fin)) == syn;
+        paket.last += laenge;
+    } else if (protokoll == udp) {
+        if (rest.size() < 8 || wort(&rest[4]) != rest.size())
+            return std::nullopt;
+        paket.art = Art::udp;
+        paket.last += 8;
+    } else {
+        const bool sechs = paket.kopf == kopf6 && paket.bytes[0] >> 4 == 6;
+        if (protokoll == (sechs ? icmp6 : icmp)) {
+            if (rest.empty() || rest[0] != (sechs ? 128 : 8))
+                return std::nullopt;
+            paket.art = Art::echo;
+        }
+        return paket;
+    }
+    paket.von.port(wort(rest.data()));
+    paket.nach.port(wort(&rest[2]));
+    return paket;
+}
+
+void schreibeUm(Paket& paket, const Stelle& von, const Stelle& nach) {
+    std::uint8_t* b = paket.bytes.data();
+    const bool sechs = von.address().is_v6();
+    std::uint8_t* const adressen = b + (sechs ? 8 : 12);
+    const std::size_t breite = sechs ? 16 : 4;
+    std::uint8_t* const ports = b + paket.kopf;
+    const std::uint64_t adressenVorher = summe(adressen, 2 * breite);
+    const std::uint64_t portsVorher = summe(ports, 4);
+    setzeAdresse(adressen, von.address());
+    setzeAdresse(adressen + breite, nach.address());
+    setze(ports, von.port());
+    setze(ports + 2, nach.port());
+    const std::uint64_t adressenJetzt = summe(adressen, 2 * breite);
+    bessere(ports + 16, adressenVorher + portsVorher, adressenJetzt + summe(ports, 4));
+    if (!sechs)
+        bessere(b + 10, adressenVorher, adressenJetzt);
+    paket.von = von;
+    paket.nach = nach;
+}
+
+std::optional<std::string> absage(const Paket& paket) {
+    if (!istEinzelne(paket.von.address()) || !istEinzelne(paket.nach.address()))
+        return std::nullopt;
+    return paket.art == Art::tcp ? abriss(paket) : unerreichbar(paket);
+}
+
+std::optional<std::string> udpPaket(const Stelle& von, const Stelle& nach, std::string_view last) {
+    constexpr std::size_t laengstes = 65'535 - kopf4 - 8;
+    if (last.size() > laengstes)
+        return std::nullopt;
+    std::string paket = huelle(von.address(), nach.address(), udp, 8 + last.size());
+    auto* b = reinterpret_cast<std::uint8_t*>(paket.data()) + paket.size() - last.size() - 8;
+    setze(b, von.port());
+    setze(b + 2, nach.port());
+    setze(b + 4, 8 + last.size());
+    std::ranges::copy(last, b + 8);
+    schliesseAb(paket, 6, udp);
+    return paket;
+}
+
+bool istEinzelne(const Adresse& a) {
+    if (a.is_unspecified() || a.is_multicast())
+        return false;
+    return a.is_v6() || (a.to_v4().to_uint() < 0xE000'0000 && a.to_v4().to_uint() > 0x00FF'FFFF);
+}
+
+bool istOeffentlich(const Adresse& a) {
+    if (!istEinzelne(a) || a.is_loopback())
+        return false;
+    if (a.is_v6())
+        return a.to_v6().to_bytes()[0] >> 5 == 1; // 2000::/3
+    return !liegtIn(a, 0x0A00'0000, 8) && !liegtIn(a, 0xAC10'0000, 12) && !liegtIn(a, 0xC0A8'0000, 16) &&
+           !liegtIn(a, 0xA9FE'0000, 16) && !liegtIn(a, 0x6440'0000, 10); // the last: carriers', Tailscale's
+}
+
+} // namespace mobilsteg::volltunnel
