@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -24,6 +25,7 @@ enum class Bedienung {
     profil,
     browser,
     hinweisWeg,
+    protokoll,
     beenden,
 };
 
@@ -35,7 +37,7 @@ struct Wort {
 };
 
 /// In the order of `Bedienung`.
-inline constexpr std::array<Wort, 10> woerter = {{
+inline constexpr std::array<Wort, 11> woerter = {{
     {"experte", "an|aus"},
     {"proxy", ""},
     {"automatisch", "an|aus"},
@@ -45,6 +47,7 @@ inline constexpr std::array<Wort, 10> woerter = {{
     {"profil", "reise|vpn"},
     {"browser", "NAME"},
     {"hinweis", "weg"},
+    {"protokoll", ""},
     {"beenden", ""},
 }};
 
@@ -74,6 +77,7 @@ struct Satz {
     std::string text;
     Schrift schrift;
     Farbe farbe;
+    std::optional<Aktion> beimKlick{}; ///< absent: a click does nothing
 
     bool operator==(const Satz&) const = default;
 };
@@ -142,7 +146,8 @@ struct Element;
 /// The panel from top to bottom.
 using Baum = std::vector<Element>;
 
-/// Controls beside each other: the last one at the far end.
+/// Controls beside each other, in lines where they are too wide together; the last one at the far end of the
+/// first.
 struct Reihe {
     Baum teile;
 

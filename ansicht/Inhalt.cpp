@@ -170,6 +170,7 @@ Baum expertenblock(const Zustand& z) {
     fuegeAn(b, tunnelbedienung(z));
     b.push_back(fussnote("dateien",
                          "Protokoll: ~/Library/Logs/MobilstegBordlotse.log · Zustand: 127.0.0.1:1081/stand"));
+    std::get<Satz>(b.back().inhalt).beimKlick = {Bedienung::protokoll, ""};
     b.push_back({"wahl.profil", Wahl{Bedienung::profil,
                                      "Profil",
                                      {{"reise", "Reise (Bordlotse)"}, {"vpn", "Firmen-VPN (VPN-Lotse)"}},
@@ -256,6 +257,8 @@ void fuehreAus(const Aktion& aktion, Kabel& kabel, const std::function<void()>& 
         return oeffneBrowser(kabel, aktion.wert);
     case Bedienung::hinweisWeg:
         return kabel.setzeBrowserHinweisWeg(true);
+    case Bedienung::protokoll:
+        return kabel.protokollZeigen();
     case Bedienung::beenden:
         return beende();
     }

@@ -1,4 +1,5 @@
 #include "ansicht/Inhalt.hpp"
+#include "ansicht/qt/Gestalt.hpp"
 #include "ansicht/qt/Menueleistenstueck.hpp"
 #include "ansicht/qt/QtBetrieb.hpp"
 #include "app/Delegate.hpp"
@@ -21,6 +22,7 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
     MobilstegBordlotseApp app(zeile, kennung, qt.schlange(), qt.dialog());
     Kabel& kabel = app.kabel();
     const bool bundleB2B = kabel.variante().bundleB2B();
+    QApplication::setApplicationName(qtText(kabel.variante().anzeigename())); // the title of questions
     std::optional<Menueleistenstueck> stueck;
     const auto zeige = [&](const Zustand& z) { stueck->zeichne(inhalt(z, bundleB2B), z.symbol, z.kurz); };
     Zustandsspeicher::Beobachtung beobachtung;

@@ -283,6 +283,14 @@ void Kabel::fahrtwindHinzufuegen(const BrowserFund& fund) {
     aufQ([this, fund] { anschluesse_.browserOeffnen(fund); });
 }
 
+void Kabel::protokollZeigen() {
+    aufQ([this] {
+        constexpr double frist = 10;
+        const auto oeffner = anschluesse_.orte.imSystem("/usr/bin/open");
+        (void)anschluesse_.laeufer(oeffner, {protokoll_.pfad()}, frist);
+    });
+}
+
 void Kabel::berichteSenden() {
     Berichte::Angaben angaben;
     angaben.rechner = anschluesse_.rechnername;

@@ -96,6 +96,9 @@ public:
     /// Opens the extension's page in that browser.
     void fahrtwindHinzufuegen(const BrowserFund& fund);
 
+    /// Opens the log in the system's own program for it.
+    void protokollZeigen();
+
     // --- what others read --------------------------------------------------------------------------------
 
     [[nodiscard]] Schlange& q() { return anschluesse_.q; }

@@ -53,7 +53,9 @@ public:
     [[nodiscard]] virtual Lage lage() const = 0;
 };
 
-/// Absent: the toolkit has to bring its own. `beiKlick` runs when the item is pressed.
-[[nodiscard]] std::unique_ptr<Leistenstueck> nativesLeistenstueck(std::function<void()> beiKlick);
+/// Absent: the toolkit has to bring its own. `beiKlick` runs when the item is pressed, `beiNebenklick` when
+/// it is with the other button or with the control key.
+[[nodiscard]] std::unique_ptr<Leistenstueck> nativesLeistenstueck(std::function<void()> beiKlick,
+                                                                  std::function<void()> beiNebenklick);
 
 } // namespace mobilsteg

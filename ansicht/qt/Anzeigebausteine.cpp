@@ -43,6 +43,7 @@ private:
 
 struct Anzeigebau {
     QWidget* flaeche;
+    const Melder& melde;
 
     Baustein operator()(const Kopf&) const {
         auto* titel = new Text(schriftart(Schrift::titel), Farbe::normal, bedienbreite, flaeche);
@@ -54,7 +55,7 @@ struct Anzeigebau {
         ordnung->addWidget(punkt);
         return baustein<Kopf>(flaeche, [=](const Kopf& kopf) {
             titel->zeige(kopf.titel);
-            punkt->setAccessibleName(QString("Zustand: ") + farbname(kopf.punkt));
+            punkt->setAccessibleName(punktbedeutung(kopf.punkt));
             punkt->zeige([punkt, farbe = kopf.punkt](QPainter& maler) {
                 // The edge keeps a bright circle visible on a bright window.
                 QColor rand = ton(farbe, punkt->palette());
@@ -69,9 +70,11 @@ struct Anzeigebau {
     Baustein operator()(const Satz& satz) const {
         auto* text = new Text(schriftart(satz.schrift), satz.farbe, bedienbreite, flaeche);
         waagerecht(flaeche, 0)->addWidget(text, 1);
-        return baustein<Satz>(flaeche, [=](const Satz& neuer) {
+        return baustein<Satz>(flaeche, [text, &melde = melde](const Satz& neuer) {
             text->gestalte(schriftart(neuer.schrift), neuer.farbe);
             text->zeige(neuer.text);
+            text->beimKlick(!neuer.beimKlick ? std::function<void()>()
+                                             : [&melde, was = *neuer.beimKlick] { melde(Aktion(was)); });
         });
     }
 
@@ -122,7 +125,7 @@ struct Anzeigebau {
         return baustein<Symbolzeile>(flaeche, [=](const Symbolzeile& zeile) {
             symbol->setAccessibleName(symbolbeschreibung(zeile.symbol));
             symbol->zeige([symbol, name = zeile.symbol, farbe = zeile.farbe](QPainter& maler) {
-                maleSymbol(maler, symbol->rect(), name, ton(farbe, symbol->palette()));
+                maleSymbolLinks(maler, symbol->rect(), name, ton(farbe, symbol->palette()));
             });
             text->zeige(zeile.text);
             zusatz->gestalte(schriftart(Schrift::klein), zeile.farbe);
@@ -140,8 +143,8 @@ struct Anzeigebau {
 
 } // namespace
 
-Baustein baueAnzeige(const Element& element, QWidget* flaeche) {
-    return std::visit(Anzeigebau{flaeche}, element.inhalt);
+Baustein baueAnzeige(const Element& element, const Melder& melde, QWidget* flaeche) {
+    return std::visit(Anzeigebau{flaeche, melde}, element.inhalt);
 }
 
 } // namespace mobilsteg

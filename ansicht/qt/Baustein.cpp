@@ -12,7 +12,7 @@ namespace {
 Baustein baue(const Element& element, const Melder& melde, QWidget* eltern) {
     auto* flaeche = new QWidget(eltern);
     flaeche->setObjectName(qtText(element.schluessel));
-    Baustein neuer = baueAnzeige(element, flaeche);
+    Baustein neuer = baueAnzeige(element, melde, flaeche);
     return neuer.flaeche != nullptr ? neuer : baueBedienung(element, melde, flaeche);
 }
 

@@ -27,7 +27,7 @@ void erneuere(std::vector<Baustein>& bausteine, const Baum& neu, const Melder& m
 
 /// Fills `flaeche` with widgets for an element that only shows, or for one that is used; of another kind the
 /// result has no `flaeche`. They show nothing until the first `stelleUm`.
-[[nodiscard]] Baustein baueAnzeige(const Element& element, QWidget* flaeche);
+[[nodiscard]] Baustein baueAnzeige(const Element& element, const Melder& melde, QWidget* flaeche);
 [[nodiscard]] Baustein baueBedienung(const Element& element, const Melder& melde, QWidget* flaeche);
 
 /// A row without edges, for the builders.

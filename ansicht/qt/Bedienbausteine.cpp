@@ -22,7 +22,6 @@ namespace mobilsteg {
 namespace {
 
 constexpr int wertabstand = 4;
-constexpr int knopfrand = 12; // at least; some styles leave next to nothing
 
 constexpr float gedrueckt = 0.6F;
 constexpr int bildbreite = Masse::browsersymbol + Masse::browserabstand;
@@ -76,7 +75,7 @@ void Textknopf::paintEvent(QPaintEvent*) {
         const QRect bildplatz(0, (height() - Masse::browsersymbol) / 2, Masse::browsersymbol,
                               Masse::browsersymbol);
         if (bild_.isNull())
-            maleSymbol(maler, bildplatz, "app", farbe);
+            maleSymbolLinks(maler, bildplatz, "app", farbe);
         else
             bild_.paint(&maler, bildplatz);
         textplatz.setLeft(bildbreite);
@@ -93,6 +92,26 @@ void Textknopf::paintEvent(QPaintEvent*) {
     }
 }
 
+/// A checkbox with an edge that is seen on any window: where the toolkit draws it itself, an empty one is
+/// next to invisible on a dark one.
+class Kasten final : public QCheckBox {
+public:
+    using QCheckBox::QCheckBox;
+
+protected:
+    void paintEvent(QPaintEvent* ereignis) override {
+        QCheckBox::paintEvent(ereignis);
+        if (style()->name() == "macos")
+            return;
+        QStyleOptionButton lage;
+        initStyleOption(&lage);
+        QStylePainter maler(this);
+        maler.setPen(ton(Farbe::sekundaer, palette()));
+        maler.drawRect(
+            style()->subElementRect(QStyle::SE_CheckBoxIndicator, &lage, this).adjusted(0, 0, -1, -1));
+    }
+};
+
 /// Puts the box or the radio button at the top of `reihe` and beside it a text of any number of lines, on the
 /// first of which it stands; a click on the text presses it.
 Text* fuegeAn(QBoxLayout* reihe, QAbstractButton* knopf, bool kasten, int breite) {
@@ -104,7 +123,7 @@ Text* fuegeAn(QBoxLayout* reihe, QAbstractButton* knopf, bool kasten, int breite
     auto* text =
         new Text(QApplication::font(), Farbe::normal, breite - marke - luecke, knopf->parentWidget());
     const int zeile = text->fontMetrics().height();
-    const int hoehe = std::max(knopf->sizeHint().height(), zeile);
+    const int hoehe = std::max(marke, zeile);
     knopf->setFixedSize(marke + luecke, hoehe);
     text->setContentsMargins(0, (hoehe - zeile) / 2, 0, 0);
     text->beimKlick([knopf] { knopf->click(); });
@@ -123,7 +142,7 @@ struct Bedienbau {
     const Melder& melde;
 
     Baustein operator()(const Schalter& schalter) const {
-        auto* kasten = new QCheckBox(flaeche);
+        auto* kasten = new Kasten(flaeche);
         auto* text = fuegeAn(waagerecht(flaeche, 0), kasten, true, bedienbreite);
         // Until the next tree the box shows the state, not the wish: the wish may be refused.
         QObject::connect(kasten, &QCheckBox::clicked, kasten,
@@ -147,9 +166,8 @@ struct Bedienbau {
                          [aktion = knopf.aktion, &melder = melde] { melder(Aktion(aktion)); });
         return baustein<Knopf>(flaeche, [=](const Knopf& neuer) {
             taste->setText(knopftext(neuer.text));
-            taste->setAccessibleName(qtText(neuer.text));
+            taste->setAccessibleName(qtText(neuer.hilfe.empty() ? neuer.text : neuer.hilfe));
             taste->setToolTip(qtText(neuer.hilfe));
-            taste->setAccessibleDescription(qtText(neuer.hilfe));
             if (!neuer.rahmenlos)
                 taste->setMinimumWidth(
                     taste->fontMetrics().size(Qt::TextShowMnemonic, taste->text()).width() + 2 * knopfrand);
@@ -158,7 +176,8 @@ struct Bedienbau {
 
     /// Its label in the column of the rows' labels, beside it the values below each other.
     Baustein operator()(const Wahl& wahl) const {
-        auto* bezeichnung = new Text(QApplication::font(), Farbe::normal, Masse::bezeichnungsspalte, flaeche);
+        auto* bezeichnung =
+            new Text(schriftart(Schrift::normal), Farbe::sekundaer, Masse::bezeichnungsspalte, flaeche);
         bezeichnung->setFixedWidth(Masse::bezeichnungsspalte);
         auto* spalte = new QVBoxLayout;
         spalte->setSpacing(wertabstand);
@@ -172,8 +191,12 @@ struct Bedienbau {
                 fuegeAn(reihe, knopf, false, bedienbreite - Masse::bezeichnungsspalte - Masse::abstand);
             beschrifte(knopf, text, moeglichkeit.text);
             spalte->addLayout(reihe);
-            bezeichnung->setContentsMargins(text->contentsMargins()); // on the first one's line
             werte.emplace_back(moeglichkeit.wert, knopf);
+            if (werte.size() == 1) // on its base line
+                bezeichnung->setContentsMargins(0,
+                                                text->contentsMargins().top() + text->fontMetrics().ascent() -
+                                                    bezeichnung->fontMetrics().ascent(),
+                                                0, 0);
         }
         const auto zeigeGewaehlten = [=] {
             for (const auto& [wert, knopf] : werte) {
@@ -202,9 +225,7 @@ struct Bedienbau {
     }
 
     Baustein operator()(const Reihe&) const {
-        auto* ordnung = new QBoxLayout(QBoxLayout::LeftToRight, flaeche);
-        ordnung->setContentsMargins(0, 0, 0, 0);
-        ordnung->setSpacing(Masse::abstand);
+        auto* ordnung = waagerecht(flaeche, Masse::abstand);
         auto teile = std::make_shared<std::vector<Baustein>>();
         return baustein<Reihe>(flaeche,
                                [teile, ordnung, eltern = flaeche, &melder = melde](const Reihe& reihe) {
@@ -219,22 +240,41 @@ struct Bedienbau {
     }
 
 private:
-    /// Beside each other, or below each other where they are too wide together.
-    static void ordneReihe(QBoxLayout* ordnung, const std::vector<Baustein>& teile) {
-        while (QLayoutItem* stueck = ordnung->takeAt(0))
+    static void leere(QLayout* ordnung) {
+        while (QLayoutItem* stueck = ordnung->takeAt(0)) {
+            if (stueck->layout() != nullptr)
+                leere(stueck->layout());
             delete stueck;
-        int breite = -Masse::abstand;
-        for (const auto& teil : teile)
-            breite += teil.flaeche->sizeHint().width() + Masse::abstand;
-        ordnung->setDirection(breite > bedienbreite ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
+        }
+    }
+
+    /// In as many lines as they need, and the last one behind the first line.
+    static void ordneReihe(QHBoxLayout* ordnung, const std::vector<Baustein>& teile) {
+        leere(ordnung);
+        const auto breite = [](const Baustein& teil) { return teil.flaeche->sizeHint().width(); };
+        const int platz = bedienbreite - breite(teile.back());
+        auto* zeilen = new QVBoxLayout;
+        QHBoxLayout* zeile = nullptr;
+        int belegt = 0;
         for (const auto& teil : teile) {
-            if (&teil == &teile.back())
-                ordnung->addStretch(1);
             teil.flaeche->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
-            ordnung->addWidget(teil.flaeche, 0, Qt::AlignVCenter);
             teil.flaeche->show();
             teil.flaeche->raise(); // the children's order is the Tab key's
+            if (&teil == &teile.back())
+                break;
+            if (zeile == nullptr || belegt + breite(teil) > platz) {
+                zeile = new QHBoxLayout;
+                zeile->setSpacing(Masse::abstand);
+                zeilen->addLayout(zeile);
+                belegt = 0;
+            }
+            zeile->addWidget(teil.flaeche, 0, Qt::AlignVCenter | Qt::AlignLeft);
+            belegt += breite(teil) + Masse::abstand;
         }
+        for (int i = 0; i < zeilen->count(); ++i)
+            static_cast<QHBoxLayout*>(zeilen->itemAt(i)->layout())->addStretch(1);
+        ordnung->addLayout(zeilen, 1);
+        ordnung->addWidget(teile.back().flaeche, 0, zeilen->count() > 1 ? Qt::AlignTop : Qt::AlignVCenter);
     }
 };
 

@@ -2,15 +2,12 @@
 
 #include <QApplication>
 
-#include <algorithm>
-
 namespace mobilsteg {
 
 namespace {
 
-constexpr double kleinsteGroesse = 8;
-
-double abzug(Schrift schrift) {
+/// How many points smaller than the controls' text.
+int abzug(Schrift schrift) {
     switch (schrift) {
     case Schrift::normal:
         return 1;
@@ -47,10 +44,10 @@ QString knopftext(const std::string& text) {
 QFont schriftart(Schrift schrift) {
     QFont art = QApplication::font();
     art.setBold(schrift == Schrift::titel);
-    if (art.pointSizeF() > 0) // else its size is given in pixels
-        art.setPointSizeF(std::max(art.pointSizeF() - abzug(schrift), kleinsteGroesse));
-    else
-        art.setPixelSize(std::max(art.pixelSize() - static_cast<int>(abzug(schrift)), 11));
+    if (art.pointSizeF() > 0)
+        art.setPointSizeF(art.pointSizeF() - abzug(schrift));
+    else // its size is given in pixels
+        art.setPixelSize(art.pixelSize() - abzug(schrift));
     return art;
 }
 
@@ -97,22 +94,10 @@ QColor akzent(const QPalette& palette) {
     return istDunkel(palette) ? QColor(0x6c, 0xb0, 0xff) : QColor(0x0a, 0x5b, 0xd0);
 }
 
-const char* farbname(Farbe farbe) {
-    switch (farbe) {
-    case Farbe::gruen:
-        return "grün";
-    case Farbe::gelb:
-        return "gelb";
-    case Farbe::rot:
-        return "rot";
-    case Farbe::orange:
-        return "orange";
-    case Farbe::sekundaer:
-        return "grau";
-    case Farbe::normal:
-        break;
-    }
-    return "normal";
+QString punktbedeutung(Farbe farbe) {
+    if (farbe == Farbe::gruen)
+        return "verbunden";
+    return farbe == Farbe::gelb ? "in Arbeit" : "gestört";
 }
 
 } // namespace mobilsteg

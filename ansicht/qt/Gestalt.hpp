@@ -15,12 +15,15 @@ inline constexpr int breitesterRollbalken = 16;
 inline constexpr int randAmRollbalken = 4;
 inline constexpr int bedienbreite = Masse::breite - Masse::rand - breitesterRollbalken - randAmRollbalken;
 
+/// At each side of a button's text, at least; some styles leave next to nothing.
+inline constexpr int knopfrand = 12;
+
 [[nodiscard]] QString qtText(const std::string& text);
 
 /// The same for a button, where "&" would announce a shortcut.
 [[nodiscard]] QString knopftext(const std::string& text);
 
-/// Derived from the platform's default font, which the controls have, and never below 8 points.
+/// The application's font, which the controls have, or up to three points smaller.
 [[nodiscard]] QFont schriftart(Schrift schrift);
 
 /// For texts and symbols on the window's background.
@@ -32,7 +35,7 @@ inline constexpr int bedienbreite = Masse::breite - Masse::rand - breitesterRoll
 /// For text that can be clicked.
 [[nodiscard]] QColor akzent(const QPalette& palette);
 
-/// The name of the colour, for those who cannot see it.
-[[nodiscard]] const char* farbname(Farbe farbe);
+/// What the heading's dot says, for those who cannot see it.
+[[nodiscard]] QString punktbedeutung(Farbe farbe);
 
 } // namespace mobilsteg

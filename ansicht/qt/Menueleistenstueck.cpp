@@ -46,7 +46,9 @@ QPoint fensterplatz(const QRect& stueck, QSize fenster, const QRect& schirm) {
 } // namespace
 
 Menueleistenstueck::Menueleistenstueck(Melder melde)
-    : melde_(std::move(melde)), panel_(melde_), nativ_(nativesLeistenstueck([this] { geklickt(); })) {
+    : melde_(std::move(melde)), panel_(melde_),
+      nativ_(nativesLeistenstueck([this] { geklickt(); }, [this] { menue_.popup(QCursor::pos()); })) {
+    baueMenue();
     panel_.beimSchliessen([this] { geschlossen(); });
     panel_.beiNeuerHoehe([this] { stelleAuf(); });
     connect(&stueck_, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason grund) {
@@ -115,6 +117,17 @@ void Menueleistenstueck::sucheLeiste() {
     }
 }
 
+void Menueleistenstueck::baueMenue() {
+    connect(menue_.addAction("Öffnen"), &QAction::triggered, this, [this] { oeffne(); });
+    connect(menue_.addAction("Protokoll zeigen"), &QAction::triggered, this, [this] {
+        melde_({Bedienung::protokoll, ""});
+    });
+    connect(menue_.addAction("Beenden"), &QAction::triggered, this, [this] {
+        melde_({Bedienung::beenden, ""});
+    });
+    stueck_.setContextMenu(&menue_);
+}
+
 void Menueleistenstueck::geklickt() {
     klickstelle_ = QCursor::pos();
     if (panel_.isVisible())
@@ -132,6 +145,7 @@ void Menueleistenstueck::oeffne() {
     panel_.show();
     panel_.raise();
     panel_.activateWindow();
+    panel_.setFocus(); // not one of the controls: a key pressed by mistake would switch it
 }
 
 void Menueleistenstueck::geschlossen() {

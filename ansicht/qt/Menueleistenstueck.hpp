@@ -3,6 +3,7 @@
 #include "ansicht/qt/Panelfenster.hpp"
 #include "plattform/Oberflaeche.hpp"
 
+#include <QMenu>
 #include <QPoint>
 #include <QSystemTrayIcon>
 #include <QTimer>
@@ -13,7 +14,8 @@
 
 namespace mobilsteg {
 
-/// The program's item in the menu bar, and the panel that a click on it opens and closes. Where there is no
+/// The program's item in the menu bar, the panel that a click on it opens and closes, and the menu of a click
+/// with the other button. Where there is no
 /// menu bar, the panel is a window instead, open from the start, and closing it means to quit; if a menu bar
 /// turns up later, the item goes there. Main thread only; nothing here blocks.
 class Menueleistenstueck final : public QObject {
@@ -38,6 +40,7 @@ private:
     [[nodiscard]] bool stueckDa() const;
     [[nodiscard]] QRect ort() const;
     void geklickt();
+    void baueMenue();
     void oeffne();
     void geschlossen();
     void stelleAuf();
@@ -46,6 +49,7 @@ private:
     Panelfenster panel_;
     std::unique_ptr<Leistenstueck> nativ_; ///< where the system brings one
     QSystemTrayIcon stueck_;               ///< else this one
+    QMenu menue_;                          ///< a click with the other button opens it
     QTimer suche_;
     int versuche_ = 0;
     std::string symbol_;

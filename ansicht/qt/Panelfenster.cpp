@@ -73,6 +73,7 @@ void Panelfenster::ordne() {
     for (const auto& baustein : bausteine_) {
         stapel_->addWidget(baustein.flaeche);
         baustein.flaeche->show();
+        baustein.flaeche->raise(); // the children's order is a screen reader's
         for (auto* knopf : baustein.flaeche->findChildren<QAbstractButton*>()) {
             if (bisher != nullptr)
                 QWidget::setTabOrder(bisher, knopf);

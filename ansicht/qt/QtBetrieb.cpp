@@ -2,6 +2,7 @@
 
 #include "plattform/Oberflaeche.hpp"
 
+#include <QFont>
 #include <QMetaObject>
 
 #include <clocale>
@@ -17,6 +18,13 @@ QtBetrieb::QtBetrieb(int& argc, char** argv) : anwendung_(argc, argv), schlange_
     std::setlocale(LC_NUMERIC, "C");
     // The panel comes and goes; the program stays.
     QApplication::setQuitOnLastWindowClosed(false);
+    // The panel's smallest text is three points smaller than its controls', and has to stay readable.
+    constexpr double kleinsteSchrift = 11;
+    QFont schrift = QApplication::font();
+    if (schrift.pointSizeF() > 0 && schrift.pointSizeF() < kleinsteSchrift) {
+        schrift.setPointSizeF(kleinsteSchrift);
+        QApplication::setFont(schrift);
+    }
     alsMenueleistenprogramm(); // Qt makes one without a bundle an ordinary one
 }
 

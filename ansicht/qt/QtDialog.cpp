@@ -4,7 +4,9 @@
 #include "plattform/Oberflaeche.hpp"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QPushButton>
 #include <QTimer>
 
@@ -14,10 +16,15 @@ namespace mobilsteg {
 
 Fragefenster::Fragefenster(const Frage& frage) {
     setObjectName("frage");
-    setWindowTitle(qtText(frage.nachricht)); // else it would be the file name of the program
+    setWindowTitle(QCoreApplication::applicationName());
     setIcon(QMessageBox::Information);
     setTextFormat(Qt::PlainText);
     setText(qtText(frage.nachricht));
+    if (auto* nachricht = findChild<QLabel*>("qt_msgbox_label")) {
+        QFont fett = nachricht->font();
+        fett.setBold(true);
+        nachricht->setFont(fett);
+    }
     setInformativeText(qtText(frage.erlaeuterung));
 
     // All of one role: each platform puts these in the order of their adding, the first where its default
@@ -25,6 +32,8 @@ Fragefenster::Fragefenster(const Frage& frage) {
     for (const auto& text : frage.knoepfe) {
         auto* knopf = addButton(knopftext(text), QMessageBox::AcceptRole);
         knopf->setObjectName("frage." + qtText(text));
+        knopf->setMinimumWidth(knopf->fontMetrics().size(Qt::TextShowMnemonic, knopf->text()).width() +
+                               2 * knopfrand);
         if (knoepfe_.empty())
             setDefaultButton(knopf);
         knoepfe_.push_back(knopf);

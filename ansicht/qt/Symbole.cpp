@@ -29,16 +29,24 @@ const std::map<std::string, const char*> beschreibungen = {
     {"app", "Programm"},
 };
 
+QSvgRenderer& zeichnungen() {
+    static QSvgRenderer alle(QString(":/symbole.svg"));
+    return alle;
+}
+
+QString schluesselVon(const std::string& name) {
+    return beschreibungen.contains(name) ? qtText(name) : "unbekannt";
+}
+
 /// In a square of `kante` pixels; the drawing's blackness becomes opacity.
 QImage symbolbild(const std::string& name, int kante, const QColor& farbe) {
-    static QSvgRenderer zeichnungen(QString(":/symbole.svg"));
-    const QString schluessel = beschreibungen.contains(name) ? qtText(name) : "unbekannt";
+    const QString schluessel = schluesselVon(name);
     QImage deckung(kante, kante, QImage::Format_Grayscale8);
     deckung.fill(Qt::white);
     QPainter maler(&deckung);
     // Left to itself, the renderer would stretch what the group really covers over the whole picture.
     const QTransform groesse = QTransform::fromScale(kante / raster, kante / raster);
-    zeichnungen.render(&maler, schluessel, groesse.mapRect(zeichnungen.boundsOnElement(schluessel)));
+    zeichnungen().render(&maler, schluessel, groesse.mapRect(zeichnungen().boundsOnElement(schluessel)));
     maler.end();
     deckung.invertPixels();
 
@@ -59,6 +67,11 @@ void maleSymbol(QPainter& maler, const QRectF& flaeche, const std::string& name,
     maler.setOpacity(farbe.alphaF());
     maler.drawImage(QRectF(flaeche.center() - QPointF(kante / 2, kante / 2), QSizeF(kante, kante)), bild);
     maler.restore();
+}
+
+void maleSymbolLinks(QPainter& maler, const QRectF& flaeche, const std::string& name, const QColor& farbe) {
+    const double luft = zeichnungen().boundsOnElement(schluesselVon(name)).left() / raster * flaeche.width();
+    maleSymbol(maler, flaeche.translated(-luft, 0), name, farbe);
 }
 
 QString symbolbeschreibung(const std::string& name) {

@@ -15,6 +15,9 @@ namespace mobilsteg {
 /// Draws it as large as fits into the middle of `flaeche`.
 void maleSymbol(QPainter& maler, const QRectF& flaeche, const std::string& name, const QColor& farbe);
 
+/// The same, in a square; what is drawn begins at the square's left edge, where the text below it does.
+void maleSymbolLinks(QPainter& maler, const QRectF& flaeche, const std::string& name, const QColor& farbe);
+
 /// What it shows, in words, for those who cannot see it.
 [[nodiscard]] QString symbolbeschreibung(const std::string& name);
 

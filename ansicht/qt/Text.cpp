@@ -68,6 +68,11 @@ void Text::machWaehlbar(const std::string& name) {
     setAccessibleName(qtText(name));
 }
 
+void Text::beimKlick(std::function<void()> aufgabe) {
+    klick_ = std::move(aufgabe);
+    setCursor(klick_ ? Qt::PointingHandCursor : Qt::ArrowCursor);
+}
+
 // A label left to itself proposes a width of its own liking and wraps at it.
 QSize Text::sizeHint() const {
     const int breite = fontMetrics().size(0, text()).width() + 1;

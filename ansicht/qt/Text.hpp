@@ -22,8 +22,8 @@ public:
     /// leads from control to control. `name` says what it is the value of.
     void machWaehlbar(const std::string& name);
 
-    /// What a click on the text does.
-    void beimKlick(std::function<void()> aufgabe) { klick_ = std::move(aufgabe); }
+    /// What a click on the text does; empty: nothing.
+    void beimKlick(std::function<void()> aufgabe);
 
     /// The text as it was given.
     [[nodiscard]] const QString& inhalt() const { return inhalt_; }

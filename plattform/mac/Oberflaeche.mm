@@ -8,6 +8,7 @@
 @interface BordlotseKlickziel : NSObject {
 @public
     std::function<void()> beiKlick;
+    std::function<void()> beiNebenklick;
 }
 - (void)geklickt:(id)sender;
 @end
@@ -15,7 +16,10 @@
 @implementation BordlotseKlickziel
 - (void)geklickt:(id)sender {
     (void)sender;
-    beiKlick();
+    NSEvent* ereignis = NSApplication.sharedApplication.currentEvent;
+    const bool neben = ereignis.type == NSEventTypeRightMouseDown ||
+                       (ereignis.modifierFlags & NSEventModifierFlagControl) != 0;
+    (neben ? beiNebenklick : beiKlick)();
 }
 @end
 
@@ -27,14 +31,15 @@ constexpr int symbolhoehe = 18; // points, like the menu bar's other symbols
 
 class NativesLeistenstueck final : public Leistenstueck {
 public:
-    explicit NativesLeistenstueck(std::function<void()> beiKlick)
+    NativesLeistenstueck(std::function<void()> beiKlick, std::function<void()> beiNebenklick)
         : ziel_([[BordlotseKlickziel alloc] init]),
           stueck_([NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength]) {
         ziel_->beiKlick = std::move(beiKlick);
+        ziel_->beiNebenklick = std::move(beiNebenklick);
         stueck_.button.target = ziel_;
         stueck_.button.action = @selector(geklickt:);
         stueck_.button.imagePosition = NSImageLeft;
-        [stueck_.button sendActionOn:NSEventMaskLeftMouseDown];
+        [stueck_.button sendActionOn:NSEventMaskLeftMouseDown | NSEventMaskRightMouseDown];
     }
     ~NativesLeistenstueck() override { [NSStatusBar.systemStatusBar removeStatusItem:stueck_]; }
     NativesLeistenstueck(const NativesLeistenstueck&) = delete;
@@ -127,8 +132,9 @@ Abmeldung beiAbmeldung(std::function<void()> aufgabe) {
     return {nullptr, [amt, beobachter](void*) { [amt removeObserver:beobachter]; }};
 }
 
-std::unique_ptr<Leistenstueck> nativesLeistenstueck(std::function<void()> beiKlick) {
-    return std::make_unique<NativesLeistenstueck>(std::move(beiKlick));
+std::unique_ptr<Leistenstueck> nativesLeistenstueck(std::function<void()> beiKlick,
+                                                    std::function<void()> beiNebenklick) {
+    return std::make_unique<NativesLeistenstueck>(std::move(beiKlick), std::move(beiNebenklick));
 }
 
 } // namespace mobilsteg

@@ -44,7 +44,7 @@ Abmeldung beiAbmeldung(std::function<void()>) {
     return nullptr;
 }
 
-std::unique_ptr<Leistenstueck> nativesLeistenstueck(std::function<void()>) {
+std::unique_ptr<Leistenstueck> nativesLeistenstueck(std::function<void()>, std::function<void()>) {
     return nullptr;
 }
 // NOLINTEND(performance-unnecessary-value-param)

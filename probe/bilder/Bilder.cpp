@@ -77,9 +77,9 @@ QPalette palette(bool dunkel) {
 
 /// Writes what the window shows as a PNG file, without ever showing it.
 bool speichere(QWidget& fenster, const std::string& pfad) {
-    constexpr double massstab = 2; // pixels per point
-    QImage bild((QSizeF(fenster.size()) * massstab).toSize(), QImage::Format_ARGB32_Premultiplied);
-    bild.setDevicePixelRatio(massstab);
+    const double dichte = fenster.devicePixelRatio();
+    QImage bild((QSizeF(fenster.size()) * dichte).toSize(), QImage::Format_ARGB32_Premultiplied);
+    bild.setDevicePixelRatio(dichte);
     bild.fill(Qt::transparent);
     fenster.render(&bild);
     std::printf("%s\n", pfad.c_str());
@@ -197,7 +197,11 @@ int main(int anzahl, char** worte) {
     }
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     const std::string ordner = worte[anzahl - 1];
+    ::setenv("QT_SCALE_FACTOR", "2", 1);
     const QtBetrieb qt(anzahl, worte);
+    QFont schrift = QApplication::font();
+    schrift.setPixelSize(13); // as large as a Mac's
+    QApplication::setFont(schrift);
     if (ikonen ? maleIkonen(ordner) : maleBilder(ordner))
         return 0;
     std::fprintf(stderr, "mobilsteg-bilder: In %s lässt sich nicht schreiben\n", ordner.c_str());
