@@ -4,7 +4,9 @@
 
 // See CoreFoundation.h beside this folder for what this is.
 
-enum { NSEventMaskLeftMouseDown = 1 << 1 };              // 10.12
+enum { NSEventMaskLeftMouseDown = 1 << 1, NSEventMaskRightMouseDown = 1 << 3 }; // 10.12
+enum { NSEventTypeRightMouseDown = 3 };                  // 10.12
+enum { NSEventModifierFlagControl = 1 << 18 };           // 10.12
 constexpr auto NSBitmapImageFileTypePNG = NSPNGFileType; // 10.12
 
 @interface NSApplication (Ergaenzung)
