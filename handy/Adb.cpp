@@ -86,7 +86,10 @@ std::vector<Adb::Geraet> Adb::lies(std::string_view ausgabe) {
         const auto worte = teile(zeilen[i], ' ');
         if (worte.size() < 2)
             continue;
-        geraete.push_back({std::string(worte[0]), std::string(worte[1]), verkaufsname(modellcode(worte))});
+        const bool amKabel =
+            std::any_of(worte.begin() + 2, worte.end(), [](auto w) { return w.starts_with("usb:"); });
+        geraete.push_back(
+            {std::string(worte[0]), std::string(worte[1]), verkaufsname(modellcode(worte)), amKabel});
     }
     return geraete;
 }

@@ -19,6 +19,7 @@ public:
         std::string zustand; ///< as adb prints it; only "device" is ready
         std::string
             modell; ///< the name under which it is sold ("Samsung Galaxy S23"); empty when adb named none
+        bool amKabel = false; ///< on USB; any other may have been added by whoever works on this machine
 
         bool operator==(const Geraet&) const = default;
     };

@@ -31,6 +31,9 @@ public:
     /// The public address as which traffic through the phone appears; absent when none could be proven.
     [[nodiscard]] std::optional<std::string> austrittsIP();
 
+    /// Whether what listens at our end of the phone's proxy speaks SOCKS5. Takes at most 1 s.
+    [[nodiscard]] bool proxyGruesst() { return http_.proxyGruesst(); }
+
 private:
     std::optional<std::string> lade(const HttpAnfrage& anfrage);
 

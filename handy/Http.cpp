@@ -5,7 +5,10 @@
 #include <curl/curl.h>
 
 #include <fcntl.h>
+#include <poll.h>
 
+#include <array>
+#include <cerrno>
 #include <chrono>
 #include <memory>
 
@@ -76,7 +79,8 @@ void richteEin(CURL* griff, HttpAnfrage::Weg weg, Vorgang& vorgang) {
     curl_easy_setopt(griff, CURLOPT_HEADERFUNCTION, bemerkeKopf);
     curl_easy_setopt(griff, CURLOPT_HEADERDATA, &vorgang);
     curl_easy_setopt(griff, CURLOPT_SOCKOPTFUNCTION, markiereSocket);
-    curl_easy_setopt(griff, CURLOPT_FOLLOWLOCATION, 1L);
+    // The phone does not send us elsewhere: what it is told is for it alone.
+    curl_easy_setopt(griff, CURLOPT_FOLLOWLOCATION, direkt ? 0L : 1L);
     curl_easy_setopt(griff, CURLOPT_MAXREDIRS, meisteUmleitungen);
     curl_easy_setopt(griff, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(griff, CURLOPT_ACCEPT_ENCODING, "");
@@ -87,15 +91,42 @@ void richteEin(CURL* griff, HttpAnfrage::Weg weg, Vorgang& vorgang) {
     curl_easy_setopt(griff, CURLOPT_NOPROXY, direkt ? "*" : "");
 }
 
+using Griff = std::unique_ptr<CURL, void (*)(CURL*)>;
+
+/// One for each request: a connection kept from an earlier one may still lead to the phone that was plugged
+/// in then, and proves nothing about the path of now. Null: there is none to be had.
+Griff neuerGriff() {
+    static const CURLcode vorbereitet = curl_global_init(CURL_GLOBAL_DEFAULT);
+    return {vorbereitet == CURLE_OK ? curl_easy_init() : nullptr, curl_easy_cleanup};
+}
+
+/// What comes over the handle's connection, once it is `anzahl` bytes; less when they do not come in time.
+std::string empfange(CURL* griff, std::size_t anzahl, Zeit::time_point frist) {
+    std::string bytes;
+    curl_socket_t nummer = CURL_SOCKET_BAD;
+    curl_easy_getinfo(griff, CURLINFO_ACTIVESOCKET, &nummer);
+    while (bytes.size() < anzahl) {
+        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(frist - Zeit::now()).count();
+        pollfd fall{nummer, POLLIN, 0};
+        if (rest <= 0 || (::poll(&fall, 1, static_cast<int>(rest)) < 0 && errno != EINTR))
+            break;
+        std::array<char, 16> block{};
+        std::size_t n = 0;
+        const auto ausgang =
+            curl_easy_recv(griff, block.data(), std::min(block.size(), anzahl - bytes.size()), &n);
+        if (ausgang != CURLE_AGAIN && (ausgang != CURLE_OK || n == 0))
+            break;
+        bytes.append(block.data(), n);
+    }
+    return bytes;
+}
+
 } // namespace
 
 std::optional<HttpErgebnis> CurlHttp::hole(const HttpAnfrage& anfrage) {
-    static const CURLcode vorbereitet = curl_global_init(CURL_GLOBAL_DEFAULT);
-    // A handle of its own for each request: a connection kept from an earlier one may still lead to the phone
-    // that was plugged in then, and proves nothing about the path of now.
-    const std::unique_ptr<CURL, void (*)(CURL*)> besitz(curl_easy_init(), curl_easy_cleanup);
+    const auto besitz = neuerGriff();
     CURL* griff = besitz.get();
-    if (vorbereitet != CURLE_OK || griff == nullptr)
+    if (griff == nullptr)
         return std::nullopt;
     Vorgang vorgang;
     richteEin(griff, anfrage.weg, vorgang);
@@ -118,6 +149,26 @@ std::optional<HttpErgebnis> CurlHttp::hole(const HttpAnfrage& anfrage) {
     if (ausgang != CURLE_OK || status == 0)
         return std::nullopt;
     return HttpErgebnis{static_cast<int>(status), std::move(vorgang.koerper)};
+}
+
+bool CurlHttp::proxyGruesst() {
+    using namespace std::string_view_literals;
+    const auto frist = Zeit::now() + std::chrono::seconds(1);
+    const auto besitz = neuerGriff();
+    CURL* griff = besitz.get();
+    if (griff == nullptr)
+        return false;
+    curl_easy_setopt(griff, CURLOPT_URL, ("http://" + amMac(socksPort)).c_str());
+    curl_easy_setopt(griff, CURLOPT_NOPROXY, "*");
+    curl_easy_setopt(griff, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(griff, CURLOPT_TIMEOUT_MS, 1000L);
+    curl_easy_setopt(griff, CURLOPT_SOCKOPTFUNCTION, markiereSocket);
+    curl_easy_setopt(griff, CURLOPT_CONNECT_ONLY, 1L);
+    constexpr auto gruss = "\x05\x01\x00"sv; // version 5; one way to log in: without
+    std::size_t gesendet = 0;
+    return curl_easy_perform(griff) == CURLE_OK &&
+           curl_easy_send(griff, gruss.data(), gruss.size(), &gesendet) == CURLE_OK &&
+           gesendet == gruss.size() && empfange(griff, 2, frist) == "\x05\x00"sv;
 }
 
 } // namespace mobilsteg

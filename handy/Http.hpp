@@ -30,16 +30,21 @@ class Http {
 public:
     virtual ~Http() = default;
 
-    /// Sends the request, follows redirects, and blocks until the answer is complete: for up to 4 s
-    /// (3 s without a sign of life) directly, 12 s (10 s) through the proxy. Not on the main queue.
+    /// Sends the request and blocks until the answer is complete: for up to 4 s (3 s without a sign of life)
+    /// directly, 12 s (10 s) through the proxy, where alone redirects are followed. Not on the main queue.
     /// Absent: no HTTP answer came, whatever the reason.
     [[nodiscard]] virtual std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) = 0;
+
+    /// Whether what listens at the Mac's SOCKS port greets as a SOCKS5 proxy without a password. Nothing is
+    /// connected through it. Blocks for up to 1 s; not on the main queue.
+    [[nodiscard]] virtual bool proxyGruesst() = 0;
 };
 
 /// HTTP by libcurl. Each request stands alone: nothing (connections, cookies, cache, credentials) is kept.
 class CurlHttp final : public Http {
 public:
     [[nodiscard]] std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
+    [[nodiscard]] bool proxyGruesst() override;
 };
 
 } // namespace mobilsteg

@@ -87,19 +87,26 @@ std::string Berichte::diagnose(const Angaben& a) const {
 }
 
 std::optional<std::string> Berichte::tailscale() const {
-    std::vector<std::string> kandidaten = {"/Applications/Tailscale.app/Contents/MacOS/Tailscale",
-                                           "/usr/local/bin/tailscale", "/opt/homebrew/bin/tailscale"};
+    std::vector<std::string> kandidaten = {
+        orte_.imSystem("/Applications/Tailscale.app/Contents/MacOS/Tailscale"),
+        orte_.imSystem("/usr/local/bin/tailscale"), orte_.imSystem("/opt/homebrew/bin/tailscale")};
     const std::string gefunden =
         ausgabe("/usr/bin/mdfind",
                 {"kMDItemCFBundleIdentifier == 'io.tailscale.ipn.macsys' || kMDItemCFBundleIdentifier == "
                  "'io.tailscale.ipn.macos'"},
                 8);
-    if (const auto pfade = teile(gefunden, '\n'); !pfade.empty())
-        kandidaten.insert(kandidaten.begin(), std::string(pfade[0]) + "/Contents/MacOS/Tailscale");
-    for (const auto& kandidat : kandidaten)
-        if (const auto pfad = orte_.imSystem(kandidat); istAusfuehrbar(pfad))
-            return pfad;
-    return std::nullopt;
+    // What lies elsewhere may be a download that only calls itself so.
+    for (const auto zeile : teile(gefunden, '\n')) {
+        const std::string pfad(zeile);
+        const bool imHeim = pfad.starts_with(orte_.imHeim("/Applications/"));
+        if (absoluterPfad(pfad) != pfad || !(imHeim || pfad.starts_with("/Applications/")))
+            continue;
+        kandidaten.insert(kandidaten.begin(),
+                          (imHeim ? pfad : orte_.imSystem(pfad)) + "/Contents/MacOS/Tailscale");
+        break;
+    }
+    const auto programm = std::find_if(kandidaten.begin(), kandidaten.end(), istAusfuehrbar);
+    return programm == kandidaten.end() ? std::nullopt : std::optional(*programm);
 }
 
 std::string Berichte::tailscaleDiagnose() const {

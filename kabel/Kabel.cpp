@@ -24,6 +24,9 @@ constexpr std::int64_t browserTakte = 10;
 // --- the clock -------------------------------------------------------------------------------------------
 
 void Kabel::start() {
+    const auto& buendel = anschluesse_.buendel;
+    protokoll(variante_.anzeigename() + " " + buendel.version.value_or("?") + " (" +
+              buendel.bauversion.value_or("?") + ")");
     anzeigetakt_ = anschluesse_.haupt.wiederhole(anzeigePeriode, anzeigePeriode, [this] { rotiere(); });
     aufQ([this] { raeumeUebriggebliebenesWeg(); });
     anschluesse_.standdienst.starte();
@@ -58,6 +61,7 @@ void Kabel::schritt() {
         return;
     letzteAntwort_.reset();
     schrittInnen();
+    zeigeBelegtePorts();
     schreibeStand(lageIntern_.phase, letzteAntwort_);
     uebergib(); // what follows may take a minute
     ++tick_;
@@ -87,13 +91,19 @@ void Kabel::schrittInnen() {
         return verliere(Phase::Art::nichtAutorisiert);
     case Verbindung::Fund::neues:
         lageIntern_.handy = verbindung_.handyName();
+        beginneNeu();
         break;
     case Verbindung::Fund::dasselbe:
+        if (verbindung_.zuletztGueltig() && !verbindung_.wegSteht())
+            beginneNeu();
         break;
     }
 
     for (const auto& zeile : verbindung_.leiteWeiter())
         protokoll(zeile);
+    // Whatever else listens at our ports is not the phone: it must neither hear our id nor be proven.
+    if (!verbindung_.forwards())
+        return verliere(Phase::Art::weitergabeAus);
     letzteAntwort_ = verbindung_.meldeAn(id_, anschluesse_.rechnername, erhebung_.vpnZieleIntern());
     if (!letzteAntwort_)
         return verliere(Phase::Art::weitergabeAus);
@@ -106,17 +116,17 @@ void Kabel::schrittInnen() {
         return verliere(Phase::Art::wartetAufHandy);
 
     if (!verbindung_.zuletztGueltig()) {
-        static const Phase ohneBeweis =
-            Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?");
         // In a row of failing proofs the error stays: else panel and log went back and forth every tick.
-        if (lageIntern_.phase != ohneBeweis) {
+        if (!beweisMisslang_) {
             setze(Phase::Art::pruefung);
             uebergib(); // the proof may take twelve seconds
         }
         const auto adresse = verbindung_.beweise();
+        beweisMisslang_ = !adresse;
         if (!adresse) { // no teardown: the forwards stand, and the next tick proves again
             proxyWeg(); // mostly there is none; the tools may have refused when the link was lost
-            return setze(ohneBeweis);
+            return setze(
+                Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?"));
         }
         protokoll("Beweis: draußen als " + *adresse);
         lageIntern_.austritt = *adresse;
@@ -141,11 +151,37 @@ void Kabel::setze(const Phase& neu) {
 /// Sets the phase that tells what is missing and takes back what depends on the link.
 void Kabel::verliere(const Phase& phase) {
     setze(phase);
+    gibWegAuf();
+}
+
+/// Another phone, or a path that no longer leads to it: the same tick proves anew.
+void Kabel::beginneNeu() {
+    beweisMisslang_ = false;
+    if (!verbindung_.zuletztGueltig())
+        return;
+    lageIntern_.phase = Phase::Art::pruefung;
+    gibWegAuf();
+}
+
+void Kabel::gibWegAuf() {
+    beweisMisslang_ = false;
     verbindung_.verwirfBeweis();
     verloren();
     uebergib(); // a helper and the tools may take half a minute to go
     volltunnelWeg();
     proxyWeg();
+}
+
+/// Says it once, so that what the user does meanwhile can be answered in the same place.
+void Kabel::zeigeBelegtePorts() {
+    const auto& belegte = verbindung_.belegtePorts();
+    if (belegte == gezeigteBelegung_)
+        return;
+    if (!belegte.empty())
+        lageIntern_.meldung = belegte;
+    else if (lageIntern_.meldung == gezeigteBelegung_)
+        lageIntern_.meldung.clear();
+    gezeigteBelegung_ = belegte;
 }
 
 void Kabel::verloren() {
@@ -161,6 +197,10 @@ void Kabel::aufraeumen() {
     meldeTunnelende(tunnel_.beendeFuerImmer());
     proxyWeg();
     verbindung_.baueAb();
+    verbindung_.verwirfBeweis();
+    verloren();
+    setze(Phase::Art::beendet);
+    schreibeStand(lageIntern_.phase, std::nullopt); // or it would say for ever that we are on our way
     uebergib();
 }
 
@@ -252,7 +292,7 @@ void Kabel::proxyUmschalten() {
     aufQ([this] {
         if (proxy_.gesetzt())
             proxyWeg();
-        else if (verbindung_.zuletztGueltig())
+        else if (verbindung_.zuletztGueltig() && verbindung_.wegSteht())
             proxyAn();
         else
             lageIntern_.meldung = "Erst muss das Handy freigeben.";

@@ -130,6 +130,9 @@ private:
     void schrittInnen();
     void setze(const Phase& neu);
     void verliere(const Phase& phase);
+    void beginneNeu();
+    void gibWegAuf();
+    void zeigeBelegtePorts();
     void verloren();
     void brichAb(const std::string& warum);
     void zeigeStatus(const Antwort& antwort);
@@ -170,7 +173,9 @@ private:
     Lage lageIntern_;
     Lage uebergebeneLage_;
     Schalterstellungen schalterIntern_;
-    std::optional<Antwort> letzteAntwort_;    // valid only in the tick that fetched it
+    std::optional<Antwort> letzteAntwort_; // valid only in the tick that fetched it
+    bool beweisMisslang_ = false;          // and nothing has changed since
+    std::string gezeigteBelegung_;
     std::set<std::string> letzteProxyfehler_; // told once, although each tick tries again
     std::int64_t tick_ = 0;
     bool aufgeraeumt_ = false;

@@ -11,6 +11,25 @@ namespace {
 
 constexpr double forwardSekunden = 10;
 constexpr double abbauSekunden = 5;
+constexpr double listeSekunden = 5;
+
+bool istBelegt(const Ergebnis& ergebnis) {
+    return ergebnis.status != 0 && ergebnis.fehler.find("already in use") != std::string::npos;
+}
+
+std::string belegungstext(const Ergebnis& socks, const Ergebnis& gastseite) {
+    if (istBelegt(socks))
+        return "Port " + std::to_string(socksPort) + " ist auf diesem Mac belegt";
+    if (!istBelegt(gastseite))
+        return "";
+    std::string ports;
+    for (const int port : gastPorts)
+        ports += (port == gastPorts.front()  ? ""
+                  : port == gastPorts.back() ? " und "
+                                             : ", ") +
+                 std::to_string(port);
+    return "Ports " + ports + " sind auf diesem Mac belegt";
+}
 
 } // namespace
 
@@ -30,11 +49,14 @@ bool Verbindung::findeAdb() {
 
 Verbindung::Fund Verbindung::sucheHandy() {
     const auto geraete = adb_.geraete(*adbPfad_);
-    const auto inZustand = [&](const char* zustand) {
-        return std::find_if(geraete.begin(), geraete.end(),
-                            [&](const auto& g) { return g.zustand == zustand; });
+    const auto inZustand = [&](const char* zustand, bool nurAmKabel = false) {
+        return std::find_if(geraete.begin(), geraete.end(), [&](const auto& g) {
+            return g.zustand == zustand && (g.amKabel || !nurAmKabel);
+        });
     };
-    const auto bereit = inZustand("device");
+    auto bereit = inZustand("device", true);
+    if (bereit == geraete.end())
+        bereit = inZustand("device");
     if (bereit == geraete.end())
         return inZustand("unauthorized") == geraete.end() ? Fund::keins : Fund::unautorisiert;
     if (serial_ == bereit->serial)
@@ -48,6 +70,7 @@ Verbindung::Fund Verbindung::sucheHandy() {
 void Verbindung::vergissHandy() {
     serial_.reset();
     forwards_ = false;
+    belegtePorts_.clear();
 }
 
 Ergebnis Verbindung::leiteEinenWeiter(int lokal, int amHandy) const {
@@ -58,25 +81,38 @@ Ergebnis Verbindung::leiteGastseiteWeiter(std::vector<std::string>& zeilen) {
     // With 8080 still in use it is tried twice; whoever held it may just have let go.
     std::vector<int> ports = {handy_.gastPort};
     ports.insert(ports.end(), gastPorts.begin(), gastPorts.end());
+    auto noten = andereGastPorts_.lies();
+    std::erase_if(noten, [this](const auto& port) { return fremdeGastPorts_.contains(port); });
+    fremdeGastPorts_.clear();
     Ergebnis letztes;
     for (const int port : ports) {
-        // Written down first: a call that is cut off, or a run that dies in the middle of it, may leave it
-        // standing.
         if (port != gastPortAmHandy)
-            andereGastPorts_.merke(std::to_string(port));
+            merkeAndereGastPorts();
         letztes = leiteEinenWeiter(port, gastPortAmHandy);
         if (letztes.status == 0) {
             if (port != gastPortAmHandy || handy_.gastPort != gastPortAmHandy)
                 zeilen.push_back("Gästeseite lokal auf Port " + std::to_string(port) +
                                  (port != gastPortAmHandy ? " (8080 belegt)" : ""));
             handy_.gastPort = port;
-            break;
+            if (port != gastPortAmHandy)
+                noten.insert(std::to_string(port));
+            andereGastPorts_.schreibe(noten);
         }
-        if (letztes.fehler.find("already in use") == std::string::npos)
+        if (!istBelegt(letztes))
             break;
-        andereGastPorts_.vergiss(std::to_string(port));
+        fremdeGastPorts_.insert(std::to_string(port));
     }
     return letztes;
+}
+
+/// Before one of them is tried: a call that is cut off, or a run that dies in the middle of it, may leave it
+/// standing. All at once, and without effect while they are noted: all may be taken for days.
+void Verbindung::merkeAndereGastPorts() {
+    auto noten = andereGastPorts_.lies();
+    for (const int port : gastPorts)
+        if (port != gastPortAmHandy)
+            noten.insert(std::to_string(port));
+    andereGastPorts_.schreibe(noten);
 }
 
 std::vector<std::string> Verbindung::leiteWeiter() {
@@ -88,6 +124,7 @@ std::vector<std::string> Verbindung::leiteWeiter() {
     const Ergebnis socks = leiteEinenWeiter(socksPort, socksPort);
     const Ergebnis gastseite = leiteGastseiteWeiter(zeilen);
     forwards_ = socks.status == 0 && gastseite.status == 0;
+    belegtePorts_ = belegungstext(socks, gastseite);
     if (!forwards_) {
         const auto& grund = socks.status != 0 ? socks.fehler : gastseite.fehler;
         zeilen.push_back(std::string("adb forward scheitert: ") + (socks.status != 0 ? "1080 " : "") +
@@ -95,6 +132,17 @@ std::vector<std::string> Verbindung::leiteWeiter() {
                          std::string(beschnitten(grund)));
     }
     return zeilen;
+}
+
+bool Verbindung::wegSteht() {
+    const auto liste = laeufer_(*adbPfad_, {"forward", "--list"}, listeSekunden);
+    const std::string unserer = *serial_ + " " + tcp(socksPort) + " " + tcp(socksPort);
+    const auto zeilen = teile(liste.ausgabe, '\n');
+    const bool steht = std::any_of(zeilen.begin(), zeilen.end(),
+                                   [&](auto zeile) { return beschnitten(zeile) == unserer; }) &&
+                       handy_.proxyGruesst();
+    forwards_ = forwards_ && steht;
+    return steht;
 }
 
 std::optional<Antwort> Verbindung::meldeAn(const std::string& id, const std::string& name,
@@ -122,7 +170,8 @@ void Verbindung::verwirfBeweis() {
 /// A run that was killed left its forward at a port that this one may not need: adb would keep it for good.
 void Verbindung::nimmUebriggebliebeneWeg() {
     for (const auto& port : andereGastPorts_.lies())
-        if (port != std::to_string(handy_.gastPort) && entferne(*serial_, "tcp:" + port))
+        if (port != std::to_string(handy_.gastPort) && !fremdeGastPorts_.contains(port) &&
+            entferne(*serial_, "tcp:" + port))
             andereGastPorts_.vergiss(port);
 }
 
@@ -135,11 +184,13 @@ void Verbindung::baueAb() {
     if (!adbPfad_ || !forwardSerial_)
         return;
     (void)entferne(*forwardSerial_, tcp(socksPort));
-    auto ports = andereGastPorts_.lies();
+    auto noten = andereGastPorts_.lies();
+    auto ports = noten;
     ports.insert(std::to_string(handy_.gastPort));
     for (const auto& port : ports)
-        if (entferne(*forwardSerial_, "tcp:" + port))
-            andereGastPorts_.vergiss(port);
+        if (fremdeGastPorts_.contains(port) || entferne(*forwardSerial_, "tcp:" + port))
+            noten.erase(port);
+    andereGastPorts_.schreibe(noten);
 }
 
 } // namespace mobilsteg

@@ -6,6 +6,7 @@
 #include "plattform/Einstellungen.hpp"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,8 +27,8 @@ public:
 
     enum class Fund { keins, unautorisiert, dasselbe, neues };
 
-    /// Looks for the first usable phone. A new one's name is in `handyName()`; its forwards are still to
-    /// come.
+    /// Looks for the first usable phone, on the cable before elsewhere. A new one's name is in
+    /// `handyName()`; its forwards are still to come.
     [[nodiscard]] Fund sucheHandy();
 
     /// The phone is gone: nothing of it is in place any more.
@@ -35,6 +36,16 @@ public:
 
     /// Sets the two forwards up unless they stand. Returns what is to be logged.
     [[nodiscard]] std::vector<std::string> leiteWeiter();
+
+    /// Whether both forwards of this phone stand, as far as adb has told.
+    [[nodiscard]] bool forwards() const { return forwards_; }
+
+    /// Which of our ports other programs of this Mac hold, as the user reads it; empty: none that hinders.
+    [[nodiscard]] const std::string& belegtePorts() const { return belegtePorts_; }
+
+    /// Whether adb still forwards the SOCKS port to this phone and what answers there speaks SOCKS5. If not,
+    /// the forwards are built anew next time. Blocks for up to 6 s.
+    [[nodiscard]] bool wegSteht();
 
     /// Registers with the phone. Absent: no answer; the forwards are then built anew next time.
     [[nodiscard]] std::optional<Antwort> meldeAn(const std::string& id, const std::string& name,
@@ -59,6 +70,7 @@ public:
 private:
     [[nodiscard]] Ergebnis leiteEinenWeiter(int lokal, int amHandy) const;
     [[nodiscard]] Ergebnis leiteGastseiteWeiter(std::vector<std::string>& zeilen);
+    void merkeAndereGastPorts();
     void nimmUebriggebliebeneWeg();
     /// False: it may still stand, since adb did not come to answer.
     [[nodiscard]] bool entferne(const std::string& serial, const std::string& lokal) const;
@@ -75,6 +87,9 @@ private:
     std::optional<std::string> forwardSerial_;
     std::string handyName_;
     bool forwards_ = false;
+    std::string belegtePorts_;
+    /// Found in use by others in the last search: nothing of ours stands there.
+    std::set<std::string> fremdeGastPorts_;
     bool zuletztGueltig_ = false; // the path through the phone is proven
     std::string austrittIntern_;
 };

@@ -64,6 +64,7 @@ std::string Phase::text() const {
         {Art::abgelehnt, "Am Handy abgelehnt"},
         {Art::pruefung, "Prüfe den Weg durch das Handy …"},
         {Art::faehrt, "Fährt mit"},
+        {Art::beendet, "Beendet"},
     };
     for (const auto& [a, text] : texte)
         if (a == art)

@@ -11,7 +11,8 @@
 
 namespace mobilsteg {
 
-/// How far the way through the phone has come. `faehrt` is the only phase in which traffic passes.
+/// How far the way through the phone has come. `faehrt` is the only phase in which traffic passes; `beendet`
+/// is the program's last.
 struct Phase {
     enum class Art {
         proxyFehler,
@@ -24,6 +25,7 @@ struct Phase {
         abgelehnt,
         pruefung,
         faehrt,
+        beendet,
     };
 
     Art art = Art::start;

@@ -97,7 +97,17 @@ bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkei
 
 bool haengeAn(const std::string& pfad, std::string_view inhalt) {
     const Deskriptor datei(::open(pfad.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC | O_NONBLOCK));
-    return datei && schreibeAlles(datei.nummer(), inhalt);
+    struct stat vorher {};
+    if (!datei || ::fstat(datei.nummer(), &vorher) != 0)
+        return false;
+    if (schreibeAlles(datei.nummer(), inhalt))
+        return true;
+    // On a full disk the beginning may have gone in; but not what another program wrote meanwhile.
+    struct stat jetzt {};
+    if (S_ISREG(vorher.st_mode) && ::fstat(datei.nummer(), &jetzt) == 0 && jetzt.st_size > vorher.st_size &&
+        jetzt.st_size < vorher.st_size + static_cast<off_t>(inhalt.size()))
+        return ::ftruncate(datei.nummer(), vorher.st_size) == 0 && false;
+    return false;
 }
 
 bool legeElternordnerAn(const std::string& pfad) {

@@ -12,6 +12,7 @@ struct Gegenstelle final : Http {
         gesendet.push_back(anfrage);
         return antwort;
     }
+    bool proxyGruesst() override { return true; }
     std::vector<HttpAnfrage> gesendet;
     std::optional<HttpErgebnis> antwort;
 };

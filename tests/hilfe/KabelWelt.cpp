@@ -104,9 +104,16 @@ Ergebnis KabelWelt::adb(const std::vector<std::string>& worte) {
     if (worte.front() == "devices") {
         std::string liste = "List of devices attached\n";
         for (const auto& h : handys)
-            liste += h.serial + "             " + h.zustand + " product:x" +
+            liste += h.serial + "             " + h.zustand + (h.amKabel ? " usb:1-1" : "") + " product:x" +
                      (h.modell.empty() ? "" : " model:" + h.modell) + " transport_id:1\n";
         return {0, liste + "\n", ""};
+    }
+    if (worte.at(1) == "--list") {
+        std::string liste;
+        for (const auto& [lokal, handy] : forwards)
+            liste += handy + " tcp:" + std::to_string(lokal) +
+                     " tcp:" + (lokal == socksPort ? "1080" : "8080") + "\n";
+        return {0, liste, ""};
     }
     const std::string& serial = worte.at(1);
     const auto port = [&](std::size_t wort) {
@@ -206,14 +213,26 @@ const Modellhandy* KabelWelt::bereites(const std::string& serial) const {
     return handy == handys.end() ? nullptr : &*handy;
 }
 
+const Modellhandy* KabelWelt::anPort(int port) const {
+    static const Modellhandy fremdes{.serial = "", .austritt = "198.51.100.66"};
+    if (belegtePorts.contains(port) && !forwards.contains(port))
+        return fremdesHandy ? &fremdes : nullptr;
+    const auto* handy = forwards.contains(port) ? bereites(forwards.at(port)) : nullptr;
+    return handy != nullptr && handy->teilt ? handy : nullptr;
+}
+
+bool KabelWelt::proxyGruesst() {
+    const auto* handy = anPort(socksPort);
+    return handy != nullptr && handy->gruesst;
+}
+
 std::optional<HttpErgebnis> KabelWelt::hole(const HttpAnfrage& anfrage) {
     if (dauerHttp > Dauer{})
         welt.uhr().schlafe(dauerHttp);
     const bool durchProxy = anfrage.weg == HttpAnfrage::Weg::durchProxy;
     const auto hinPort = std::string("http://127.0.0.1:").size();
-    const auto forward = forwards.find(durchProxy ? socksPort : std::atoi(anfrage.url.c_str() + hinPort));
-    const auto* handy = forward == forwards.end() ? nullptr : bereites(forward->second);
-    if (handy == nullptr || !handy->teilt || (durchProxy && !handy->austritt))
+    const auto* handy = anPort(durchProxy ? socksPort : std::atoi(anfrage.url.c_str() + hinPort));
+    if (handy == nullptr || (durchProxy && !(handy->austritt && handy->gruesst)))
         return std::nullopt;
     if (durchProxy)
         return HttpErgebnis{200, *handy->austritt};

@@ -23,10 +23,12 @@ struct Modellhandy {
     std::string serial = "R5CT1";
     std::string zustand = "device"; ///< as adb lists it
     std::string modell = "SM_S911B";
+    bool amKabel = true;
     bool teilt = true; ///< the phone app listens
     std::string entscheid = "erlaubt";
     std::optional<std::string> austritt = "203.0.113.7\n"; ///< nothing: its proxy is broken
     std::string status{};                                  ///< JSON of the answer's status; empty: none
+    bool gruesst = true;                                   ///< its proxy speaks SOCKS5
 };
 
 /// What the user at the password dialog and the helper behind it do.
@@ -70,6 +72,7 @@ public:
     // The world, for the test to change at any time.
     std::vector<Modellhandy> handys;
     std::set<int> belegtePorts;                    ///< held by other programs
+    bool fremdesHandy = false;                     ///< these answer as a phone would
     std::string forwardFehler, networksetupFehler; ///< not empty: adb forward, a change fails with it
     std::string schnittstelle = "en0";             ///< of the default route; empty: none
     std::string dienste = "(1) USB LAN\n(Hardware Port: USB LAN, Device: en7)\n\n"
@@ -125,6 +128,7 @@ public:
 
     // The controller's ports: the phone, the password dialog, the questions, the tools, the program's end.
     [[nodiscard]] std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
+    [[nodiscard]] bool proxyGruesst() override;
     std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override;
     int frage(const Frage& frage) override;
     virtual Ergebnis werkzeug(const std::string& programm, const std::vector<std::string>& argumente,
@@ -133,6 +137,7 @@ public:
 
 protected:
     [[nodiscard]] const Modellhandy* bereites(const std::string& serial) const; ///< null: adb cannot use it
+    [[nodiscard]] const Modellhandy* anPort(int port) const; ///< whose app answers there; null: nobody's
 
 private:
     Ergebnis adb(const std::vector<std::string>& worte);

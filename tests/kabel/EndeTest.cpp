@@ -53,6 +53,10 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
     });
     w.welt.laufe(10s);
     EXPECT_EQ(w.aufrufe.size(), 3U);
+    EXPECT_EQ(w.protokoll().back(), "Beendet");
+    EXPECT_THAT(w.ordner.lies("/heim/Library/Application Support/Mobilsteg Bordlotse/stand.json"),
+                AllOf(HasSubstr(R"("faehrt": false)"), HasSubstr(R"("phase": "Beendet")"),
+                      HasSubstr(R"("proxy_gesetzt": false)")));
     EXPECT_THAT(w.skripte, IsEmpty());
 }
 

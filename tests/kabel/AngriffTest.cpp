@@ -1,0 +1,97 @@
+// What others on this Mac and on the cable may try: to pass as the phone, to be heard, to be shown.
+
+#include "tests/hilfe/KabelWelt.hpp"
+
+#include <gmock/gmock.h>
+
+using namespace mobilsteg;
+using namespace testing;
+
+namespace {
+
+TEST(Angriff, werAnUnserenPortsHorchtGiltNichtAlsHandy) {
+    const std::pair<std::set<int>, std::string> faelle[] = {
+        {{1080}, "Port 1080 ist auf diesem Mac belegt"},
+        {{8080, 18080, 18081, 18082, 28080},
+         "Ports 8080, 18080, 18081, 18082 und 28080 sind auf diesem Mac belegt"}};
+    for (const auto& [ports, meldung] : faelle) {
+        HandyWelt w;
+        w.belegtePorts = ports;
+        w.fremdesHandy = true;
+        w.starteBis(1);
+        int geschrieben = 0;
+        w.einstellungen.vorAenderung = [&] { ++geschrieben; };
+        EXPECT_EQ(w.phaseBei(60), Phase::Art::weitergabeAus);
+        EXPECT_EQ(geschrieben, 0) << "it may last for days";
+        EXPECT_THAT(w.anmeldungen, IsEmpty());
+        EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+        EXPECT_EQ(w.zustand().meldung, meldung);
+        w.belegtePorts.clear();
+        EXPECT_EQ(w.phaseBei(63), Phase::Art::faehrt);
+        EXPECT_EQ(w.zustand().meldung, "");
+        w.raeumeAuf();
+        EXPECT_FALSE(w.einstellungen.werte.contains("kabel.gastport"));
+    }
+}
+
+TEST(Angriff, einBewiesenerWegBleibtNichtVonSelbstBewiesen) {
+    const auto misslungen =
+        Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?");
+    const Modellhandy fremdes{.serial = "192.0.2.5:5555", .austritt = "198.51.100.66"};
+    struct Fall {
+        const char* name;
+        std::function<void(KabelWelt&)> geschieht;
+        Phase phase;
+        std::string austritt;
+        int beweise;
+    };
+    const Fall faelle[] = {
+        {"forward verschwunden", [](auto& w) { w.forwards.erase(1080); }, Phase::Art::faehrt, "203.0.113.7",
+         2},
+        {"forward umgeleitet", [](auto& w) { w.forwards[1080] = "ANDERES"; }, Phase::Art::faehrt,
+         "203.0.113.7", 2},
+        {"Proxy des Handys kaputt", [](auto& w) { w.handys[0].gruesst = false; }, misslungen, "", 1},
+        {"fremder SOCKS",
+         [](auto& w) {
+             w.forwards.erase(1080);
+             w.belegtePorts = {1080};
+             w.fremdesHandy = true;
+         },
+         Phase::Art::weitergabeAus, "", 1},
+        {"anderes Handy ohne Netz",
+         [](auto& w) { w.handys = {Modellhandy{.serial = "ANDERES", .austritt = std::nullopt}}; }, misslungen,
+         "", 1},
+        {"anderes Handy", [&](auto& w) { w.handys = {fremdes}; }, Phase::Art::faehrt, "198.51.100.66", 2},
+        {"Netzgerät neben dem am Kabel",
+         [&](auto& w) {
+             w.handys.insert(w.handys.begin(), fremdes);
+             w.handys[0].amKabel = false;
+         },
+         Phase::Art::faehrt, "203.0.113.7", 1},
+    };
+    for (const auto& fall : faelle) {
+        SCOPED_TRACE(fall.name);
+        KabelWelt w;
+        w.fahreLos();
+        fall.geschieht(w);
+        EXPECT_EQ(w.phaseBei(3.5), fall.phase);
+        EXPECT_EQ(w.zustand().austritt, fall.austritt);
+        EXPECT_EQ(w.socksAn["Wi-Fi"], fall.phase == Phase::Art::faehrt);
+        EXPECT_THAT(w.protokoll(), Contains(StartsWith("Beweis: draußen als ")).Times(fall.beweise));
+        EXPECT_THAT(w.protokoll(), Contains("System-Proxy entfernt von Wi-Fi")
+                                       .Times(fall.beweise == 1 && fall.phase == Phase::Art::faehrt ? 0 : 1));
+    }
+}
+
+TEST(Angriff, derSchalterFragtVorherObDerWegNochSteht) {
+    KabelWelt w;
+    w.einstellungen.werte["proxy.automatisch"] = false;
+    w.handys = {Modellhandy{}};
+    ASSERT_EQ((w.starte(), w.phaseBei(1)), Phase::Art::faehrt);
+    w.forwards.erase(1080);
+    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
+    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+    EXPECT_EQ(w.zustand().meldung, "Erst muss das Handy freigeben.");
+}
+
+} // namespace
