@@ -33,6 +33,7 @@ TEST(Adb, liestDieListeWieSieIst) {
         const auto geraete = Adb::lies("List of devices attached\nallein\n\n" + zeile);
         ASSERT_EQ(geraete.size(), 1U) << zeile;
         EXPECT_EQ(geraete[0].serial + "|" + geraete[0].zustand + "|" + geraete[0].modell, soll);
+        EXPECT_EQ(geraete[0].amKabel, soll.starts_with("R5"));
     }
     EXPECT_THAT(Adb::lies("R5CT20ABCDE device"), IsEmpty());
 }

@@ -67,24 +67,45 @@ std::string antwort(const std::string& kopf, const std::string& koerper = "") {
     return ::setenv("no_proxy", "nur-am-handy.invalid", 1) == 0;
 }();
 
+const std::string amHandy = "nur-am-handy.invalid";
+
+/// The phone's proxy towards one client, up to the request itself; returns what the client asked it for.
+std::string vermittle(tcp::socket& socket, const std::string& leave = "\x05\x00"s) {
+    const auto lies = [&](std::size_t anzahl) {
+        std::string bytes(anzahl, '\0');
+        bytes.resize(asio::read(socket, asio::buffer(bytes), egal));
+        return bytes;
+    };
+    lies(static_cast<unsigned char>(lies(2).back())); // the ways to log in
+    asio::write(socket, asio::buffer(leave), egal);
+    const auto ziel = lies(7 + amHandy.size());
+    asio::write(socket, asio::buffer("\x05\x00\x00\x01\x00\x00\x00\x00\x00\x00", 10), egal);
+    return ziel;
+}
+
 std::vector<std::string> anfragen; // what the last server has heard
 
 /// Asks a server that has these answers, for one request after the other: "status body", "-" without an
 /// answer.
-std::string hole(const std::vector<std::string>& antworten, const std::string& koerper = "") {
+std::string hole(const std::vector<std::string>& antworten, const std::string& koerper = "",
+                 HttpAnfrage::Weg weg = HttpAnfrage::Weg::direkt) {
+    const bool direkt = weg == HttpAnfrage::Weg::direkt;
     anfragen.clear();
-    const Server server([&](tcp::socket& socket) {
-        EXPECT_EQ(vererbbareSockets(::getpeername, socket.local_endpoint().port()), 0);
-        anfragen.push_back(liesAnfrage(socket));
-        if (anfragen.size() <= antworten.size())
-            asio::write(socket, asio::buffer(antworten[anfragen.size() - 1]), egal);
-    });
-    const std::string url = "http://127.0.0.1:" + std::to_string(server.horcher.local_endpoint().port());
-    const auto ergebnis = CurlHttp().hole({HttpAnfrage::Weg::direkt,
-                                           koerper.empty() ? "GET" : "POST",
-                                           url + "/hin",
-                                           {{"Content-Type", "text/plain"}},
-                                           koerper});
+    const Server server(
+        [&](tcp::socket& socket) {
+            EXPECT_EQ(vererbbareSockets(::getpeername, socket.local_endpoint().port()), 0);
+            if (!direkt)
+                vermittle(socket);
+            anfragen.push_back(liesAnfrage(socket));
+            if (anfragen.size() <= antworten.size())
+                asio::write(socket, asio::buffer(antworten[anfragen.size() - 1]), egal);
+        },
+        direkt ? 0 : 1080);
+    const std::string url =
+        "http://" +
+        (direkt ? "127.0.0.1:" + std::to_string(server.horcher.local_endpoint().port()) : amHandy);
+    const auto ergebnis = CurlHttp().hole(
+        {weg, koerper.empty() ? "GET" : "POST", url + "/hin", {{"Content-Type", "text/plain"}}, koerper});
     return ergebnis ? std::to_string(ergebnis->status) + " " + ergebnis->koerper : "-";
 }
 
@@ -94,7 +115,7 @@ TEST(CurlHttp, bringtWasDerServerSagtOderNichts) {
     const auto hinter = [](std::size_t umwege) {
         std::vector<std::string> alle(umwege, antwort("302 Found\r\nLocation: /her", "ein Umweg"));
         alle.push_back(gut);
-        return hole(alle);
+        return hole(alle, "", HttpAnfrage::Weg::durchProxy);
     };
     EXPECT_EQ(hinter(0), "200 da");
     EXPECT_EQ(hinter(20), "200 da");
@@ -104,41 +125,35 @@ TEST(CurlHttp, bringtWasDerServerSagtOderNichts) {
     const std::string vierMegabyte(4U << 20U, 'x');
     EXPECT_TRUE(hole({antwort("200 OK", vierMegabyte)}) == "200 " + vierMegabyte);
     for (const std::string& schlechte :
-         {antwort("200 OK", vierMegabyte + "x"), antwort("302 Found\r\nLocation: file:///etc/hostname"),
-          "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalb"s, "SSH-2.0-OpenSSH_9.2\r\n"s, ""s})
+         {antwort("200 OK", vierMegabyte + "x"), "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalb"s,
+          "SSH-2.0-OpenSSH_9.2\r\n"s, ""s})
         EXPECT_EQ(hole({schlechte}), "-") << schlechte.substr(0, 80);
+    EXPECT_EQ(
+        hole({antwort("302 Found\r\nLocation: file:///etc/hostname")}, "", HttpAnfrage::Weg::durchProxy),
+        "-");
 }
 
-TEST(CurlHttp, sendetDenKoerperUndLaesstIhnNurBei302Fallen) {
+/// What the phone is told is for it alone.
+TEST(CurlHttp, sendetDenKoerperGanzUndKeinemAnderen) {
     // So large that curl would ask for leave to send it.
     const std::string koerper = "viel\0"s + std::string(1'200'000, 'k') + "[ende]";
-    const auto post = [&](const std::string& pfad) {
-        return AllOf(StartsWith("POST " + pfad + " HTTP/1.1\r\n"), Not(HasSubstr("Expect:")),
-                     HasSubstr("\r\nContent-Type: text/plain\r\n"), EndsWith("\r\n\r\n" + koerper));
-    };
-    EXPECT_EQ(hole({antwort("302 Found\r\nLocation: /her"), gut}, koerper), "200 da");
-    EXPECT_THAT(anfragen, ElementsAre(post("/hin"), AllOf(StartsWith("GET /her "), EndsWith("\r\n\r\n"))));
-    EXPECT_EQ(hole({antwort("307 Temporary Redirect\r\nLocation: /her"), gut}, koerper), "200 da");
-    EXPECT_THAT(anfragen, ElementsAre(post("/hin"), post("/her")));
+    for (const std::string status : {"302", "307"}) {
+        EXPECT_EQ(hole({antwort(status + " Found\r\nLocation: /her", "ein Umweg"), gut}, koerper),
+                  status + " ein Umweg");
+        EXPECT_THAT(anfragen,
+                    ElementsAre(AllOf(StartsWith("POST /hin HTTP/1.1\r\n"), Not(HasSubstr("Expect:")),
+                                      HasSubstr("\r\nContent-Type: text/plain\r\n"),
+                                      EndsWith("\r\n\r\n" + koerper))));
+    }
 }
 
 TEST(CurlHttp, fragtDenProxyDesHandysNachDemNamen) {
     std::string gehoert;
-    const HttpAnfrage frage{
-        HttpAnfrage::Weg::durchProxy, "GET", "http://nur-am-handy.invalid:8123/ip", {}, ""};
+    const HttpAnfrage frage{HttpAnfrage::Weg::durchProxy, "GET", "http://" + amHandy + ":8123/ip", {}, ""};
     for (const auto& leave : {"\x05\x00"s, "\x05\xFF"s}) {
         const Server proxy(
             [&](tcp::socket& s) {
-                const auto lies = [&](std::size_t anzahl) {
-                    std::string bytes(anzahl, '\0');
-                    bytes.resize(asio::read(s, asio::buffer(bytes), egal));
-                    return bytes;
-                };
-                lies(static_cast<unsigned char>(lies(2).back())); // the ways to log in
-                asio::write(s, asio::buffer(leave), egal);
-                gehoert += lies(27);
-                asio::write(s, asio::buffer("\x05\x00\x00\x01\x00\x00\x00\x00\x00\x00", 10), egal);
-                gehoert += liesAnfrage(s);
+                gehoert += vermittle(s, leave) + liesAnfrage(s);
                 asio::write(s, asio::buffer(antwort("200 OK", "203.0.113.7\n")), egal);
             },
             1080);
@@ -147,6 +162,30 @@ TEST(CurlHttp, fragtDenProxyDesHandysNachDemNamen) {
     EXPECT_THAT(gehoert, StartsWith("\x05\x01\x00\x03\x14nur-am-handy.invalid\x1F\xBBGET /ip HTTP/1.1\r\n"
                                     "Host: nur-am-handy.invalid:8123\r\n"s));
     EXPECT_FALSE(CurlHttp().hole(frage)) << "nobody listens";
+}
+
+TEST(CurlHttp, kenntDenProxyAmGruss) {
+    using Stuecke = std::vector<std::string>;
+    for (const auto& [stuecke, gruesst] :
+         std::initializer_list<std::pair<Stuecke, bool>>{{{"\x05\x00"s}, true},
+                                                         {{"\x05", "\x00"s}, true},
+                                                         {{"\x05\xFF"}, false},
+                                                         {{"SSH-2.0-OpenSSH_9.2\r\n"}, false},
+                                                         {{"\x05"}, false},
+                                                         {{}, false}}) {
+        const Server proxy(
+            [&, antworten = stuecke](tcp::socket& s) {
+                EXPECT_EQ(vererbbareSockets(::getpeername, s.local_endpoint().port()), 0);
+                std::string gruss(3, '\0');
+                asio::read(s, asio::buffer(gruss), egal);
+                for (const auto& stueck : antworten)
+                    asio::write(s, asio::buffer(stueck), egal);
+                EXPECT_TRUE(gruss == "\x05\x01\x00"s);
+            },
+            1080);
+        EXPECT_EQ(CurlHttp().proxyGruesst(), gruesst);
+    }
+    EXPECT_FALSE(CurlHttp().proxyGruesst()) << "nobody listens";
 }
 
 } // namespace

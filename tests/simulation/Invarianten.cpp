@@ -38,10 +38,12 @@ bool Zufallswelt::unser(const std::string& dienst) const {
 
 /// On the work queue, right when a tick has written its document.
 void Zufallswelt::pruefeTick() {
+    const auto dokument = nlohmann::json::parse(standdienst.dokument);
+    if (dokument["phase"] == "Beendet")
+        return;
     ++zaehler["Ticks"];
     ++ticksOhneStoerung_;
     ticksOhneWeg_ = wegGueltig() ? 0 : ticksOhneWeg_ + 1;
-    const auto dokument = nlohmann::json::parse(standdienst.dokument);
     const std::string phase = dokument["phase"];
     const std::string austritt = dokument["austritt"];
     if (phase != std::exchange(phase_, phase))
@@ -49,11 +51,15 @@ void Zufallswelt::pruefeTick() {
     ticksOhneBeweis_ = austritt.empty() ? ticksOhneBeweis_ + 1 : 0;
     if (austritt.empty() || ticksOhneWeg_ >= 2)
         bewiesenBis_ = std::min(bewiesenBis_, welt.jetzt());
+    const auto* handy = anPort(socksPort);
+    const bool mitProxy = handy != nullptr && handy->gruesst && !handy->serial.empty();
+    ticksOhneProxy_ = mitProxy || !dokument["faehrt"] ? 0 : ticksOhneProxy_ + 1;
     if (dokument["faehrt"]) {
         ++zaehler["Ticks in „Fährt mit“"];
         pruefe(phase == "Fährt mit" && !austritt.empty(), "„Fährt mit“ nur mit Austrittsadresse");
         // The tick under way when the way was lost may still end well.
         pruefe(ticksOhneWeg_ < 2, "„Fährt mit“ nur, solange das Handy teilt und erlaubt");
+        pruefe(ticksOhneProxy_ < 3, "„Fährt mit“ nur, solange der Proxy der des Handys ist");
     }
     if (dokument["proxy_gesetzt"])
         pruefe(unser(dokument["dienst"]), "wo der Stand einen Proxy nennt, ist einer");

@@ -1,5 +1,6 @@
 // Nothing is left behind, under every seed of a world that fails, hangs and changes.
 
+#include "plattform/Dateien.hpp"
 #include "tests/simulation/Zufallswelt.hpp"
 
 #include <gmock/gmock.h>
@@ -48,10 +49,18 @@ TEST(Simulation, jedeInvarianteKannBrechen) {
     const std::pair<std::function<void(W&)>, const char*> brueche[] = {
         {klapptNurScheinbar(" off"), "zwei Ticks nach dem Verlust des Weges ist der Proxy aus"},
         {klapptNurScheinbar("--remove"), "am Ende steht keine Weiterleitung"},
-        {immer([](W& w) { w.tunnel.taub = true; }),
+        {immer([](W& w) { schreibeAtomar(w.stoppPfad() + ".laeuft", "", Haltbarkeit::fluechtig); }),
          "zwei Ticks nach dem Verlust des Weges ist der Tunnel aus"},
         {immer([](W& w) { w.meisteHelfer += w.helfer; }), "nie lebt mehr als ein Helfer"},
         {immer([](W& w) { w.haupt.sync([&] { w.q->sync([] {}); }); }), "keine Schlange wartet im Kreis"},
+        {[](W& w) {
+             w.stattWerkzeug = [](const std::string& aufruf) -> std::optional<Ergebnis> {
+                 if (aufruf == "adb forward --list")
+                     return Ergebnis{0, "R5CT1 tcp:1080 tcp:1080\nZWEITES tcp:1080 tcp:1080\n", ""};
+                 return std::nullopt;
+             };
+         },
+         "„Fährt mit“ nur, solange der Proxy der des Handys ist"},
         {zeigt([](Zustand& z) { z.austritt = "203.0.113.9"; }), "der Stand gleicht dem Zustand"},
         {zeigt([](Zustand& z) { z.klasse = "2. Klasse"; }), "ohne Verbindung zeigt nichts mehr auf sie"},
         {zeigt([](Zustand& z) { z.menge = "0 kB"; }), "die Menge ist die des Handys"},

@@ -54,6 +54,7 @@ void Zufallswelt::lebe(int ticks) {
     networksetupFehler.clear();
     forwardFehler.clear();
     belegtePorts.clear();
+    fremdesHandy = false;
     tunnel = {};
     stecke({});
     laufe(150s);
@@ -198,6 +199,14 @@ std::optional<HttpErgebnis> Zufallswelt::hole(const HttpAnfrage& anfrage) {
     return ergebnis;
 }
 
+bool Zufallswelt::proxyGruesst() {
+    portaufruf("Gruß");
+    welt.uhr().schlafe(dauer(50));
+    const bool gestoert = wuerfel(stoerungsrate_);
+    zaehler["Störungen"] += gestoert;
+    return !gestoert && KabelWelt::proxyGruesst();
+}
+
 std::optional<Skriptfehler> Zufallswelt::fuehreAus(const std::string& quelle) {
     portaufruf("Passwortdialog");
     // Decided in the tick before, it may come at the moment when the next one ends.
@@ -243,6 +252,12 @@ void Zufallswelt::ereignis() {
             belegtePorts = {std::array{1080, 8080, 18080, 18081}[waehle(4)]};
         },
         [&] { belegtePorts.clear(); },
+        [&] { // another program's proxy in the place of a forward that was removed
+            fremdesHandy = true;
+            forwards.erase(socksPort);
+            belegtePorts = {socksPort};
+        },
+        [&] { neue.front().gruesst = !neue.front().gruesst; },
         [&] {
             schnittstelle = std::array{"", "en0", "en7"}[waehle(3)];
         },

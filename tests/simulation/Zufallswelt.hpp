@@ -28,6 +28,7 @@ private:
     Ergebnis werkzeug(const std::string& programm, const std::vector<std::string>& argumente,
                       double sekunden) override;
     std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
+    bool proxyGruesst() override;
     std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override;
     void portaufruf(const std::string& was);
 
@@ -63,7 +64,7 @@ private:
     Zeitgeber ereignisse_;
     bool endet_ = false; ///< the clean-up is under way
 
-    int ticksOhneWeg_ = 0, ticksOhneBeweis_ = 0, ticksOhneStoerung_ = 0;
+    int ticksOhneWeg_ = 0, ticksOhneBeweis_ = 0, ticksOhneStoerung_ = 0, ticksOhneProxy_ = 0;
     bool marke_ = false;     ///< the helper's lay there when the last tick ended
     std::string phase_;      ///< of the last document
     bool nachTick_ = false;  ///< the document is this tick's and nothing happened since
