@@ -64,7 +64,7 @@ void adb(std::string_view bytes) {
         verlangeEinzeilig(g.serial);
         verlangeEinzeilig(g.zustand);
         verlange((g.serial + g.zustand).find(' ') == std::string::npos, "a serial is one argument");
-        gedruckt += g.serial + "  " + g.zustand + "\n";
+        gedruckt += g.serial + "  " + g.zustand + (g.amKabel ? " usb:1-1\n" : "\n");
         verlangeUtf8(std::exchange(g.modell, ""));
     }
     auto wiedergelesene = Adb::lies(gedruckt);
