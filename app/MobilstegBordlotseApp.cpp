@@ -26,7 +26,7 @@ MobilstegBordlotseApp::MobilstegBordlotseApp(const Befehlszeile& zeile, const st
       kabel_({haupt, takt_, volltunnelQ_, uhr_, lauf, http_, *einstellungen_, standdienst_, *skript_, dialog,
               [this] { return browser_.finden(); },
               [this](const BrowserFund& fund) { browser_.hinzufuegen(fund); }, eigenesBuendel(kennung), orte_,
-              rechnername(), brichAb}) {
+              rechnername(), brichAb, [this] { geraetewache_.halte(); }}) {
     Kabel::setzeGemeinsames(&kabel_);
 }
 

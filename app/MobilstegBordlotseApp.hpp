@@ -2,6 +2,7 @@
 
 #include "ansicht/Browser.hpp"
 #include "app/Befehlszeile.hpp"
+#include "handy/Geraetewache.hpp"
 #include "handy/Http.hpp"
 #include "kabel/Kabel.hpp"
 #include "plattform/Adapter.hpp"
@@ -33,6 +34,7 @@ private:
     Browser browser_;
     AsioSchlange standQ_{"standdienst"};
     Standdienst standdienst_{standQ_};
+    Geraetewache geraetewache_{standQ_, [this] { kabel_.siehNach(); }};
     AsioSchlange takt_{"kabel.takt"};
     AsioSchlange volltunnelQ_{"volltunnel.start"};
     Kabel kabel_;

@@ -30,7 +30,7 @@ void Kabel::start() {
     anzeigetakt_ = anschluesse_.haupt.wiederhole(anzeigePeriode, anzeigePeriode, [this] { rotiere(); });
     aufQ([this] { raeumeUebriggebliebenesWeg(); });
     anschluesse_.standdienst.starte();
-    takt_ = anschluesse_.q.wiederhole(ersterTakt, taktPeriode, [this] { schritt(); });
+    takt_ = anschluesse_.q.wiederhole(ersterTakt, taktPeriode, [this] { takt(); });
 }
 
 void Kabel::aufQ(std::function<void()> was) {
@@ -47,7 +47,12 @@ void Kabel::uebergib() {
     if (lageIntern_ == uebergebeneLage_)
         return;
     uebergebeneLage_ = lageIntern_;
-    speicher_.veroeffentliche([lage = lageIntern_](Zustand& z) { static_cast<Lage&>(z) = lage; });
+    speicher_.veroeffentliche([this, lage = lageIntern_](Zustand& z) {
+        const bool anderePhase = z.phase != lage.phase;
+        static_cast<Lage&>(z) = lage;
+        if (anderePhase) // not only at the next beat: a struck-through plug would stand beside the new phase
+            zeigeInDerMenueleiste(z);
+    });
 }
 
 void Kabel::raeumeUebriggebliebenesWeg() {
@@ -55,15 +60,29 @@ void Kabel::raeumeUebriggebliebenesWeg() {
     (void)tunnel_.raeumeWeg();
 }
 
-void Kabel::schritt() {
-    // Between the clean-up and the end of the process the clock still runs; nothing may be set again then.
-    if (aufgeraeumt_)
+void Kabel::siehNach() {
+    if (blickWartet_.exchange(true))
         return;
+    anschluesse_.q.async([this] {
+        blickWartet_ = false;
+        if (!aufgeraeumt_)
+            schritt();
+    });
+}
+
+void Kabel::schritt() {
     letzteAntwort_.reset();
     schrittInnen();
     zeigeBelegtePorts();
     schreibeStand(lageIntern_.phase, letzteAntwort_);
-    uebergib(); // what follows may take a minute
+    uebergib();
+}
+
+void Kabel::takt() {
+    // Between the clean-up and the end of the process the clock still runs; nothing may be set again then.
+    if (aufgeraeumt_)
+        return;
+    schritt(); // what follows may take a minute
     ++tick_;
 
     if (tick_ % berichtTakte == 0 && letzteAntwort_)
@@ -82,7 +101,10 @@ void Kabel::schrittInnen() {
     if (!verbindung_.findeAdb())
         return verliere(Phase::Art::keinAdb);
 
-    switch (verbindung_.sucheHandy()) {
+    const auto fund = verbindung_.sucheHandy();
+    if (anschluesse_.haltGeraetewache)
+        anschluesse_.haltGeraetewache();
+    switch (fund) {
     case Verbindung::Fund::keins:
         verbindung_.vergissHandy();
         return verliere(Phase::Art::keinHandy);
@@ -349,14 +371,16 @@ void Kabel::berichteSenden() {
 
 void Kabel::rotiere() {
     ++rotation_;
-    const auto& zustand = speicher_.zustand();
+    Zustand neu = speicher_.zustand();
+    zeigeInDerMenueleiste(neu);
+    if (neu != speicher_.zustand())
+        speicher_.aendere([&](Zustand& z) { z = neu; });
+}
+
+void Kabel::zeigeInDerMenueleiste(Zustand& zustand) const {
     auto leiste = menueleiste(zustand, rotation_);
-    if (leiste == Menueleiste{zustand.symbol, zustand.kurz})
-        return;
-    speicher_.aendere([&](Zustand& z) {
-        z.symbol = std::move(leiste.symbol);
-        z.kurz = std::move(leiste.kurz);
-    });
+    zustand.symbol = std::move(leiste.symbol);
+    zustand.kurz = std::move(leiste.kurz);
 }
 
 } // namespace mobilsteg

@@ -15,6 +15,7 @@
 #include "plattform/Orte.hpp"
 #include "plattform/Schlange.hpp"
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -57,6 +58,8 @@ public:
         std::string rechnername;
         /// Ends the program after a programming error, everything taken back; does not return.
         std::function<void(const std::string&)> abbruch;
+        /// Told at each step that the adb server runs: who listens to it then calls `siehNach`. May be empty.
+        std::function<void()> haltGeraetewache = {};
     };
 
     /// Reads the settings; starts nothing.
@@ -108,12 +111,17 @@ public:
     [[nodiscard]] const std::string& name() const { return anschluesse_.rechnername; }
     [[nodiscard]] const std::string& protokollPfad() const { return protokoll_.pfad(); }
 
+    /// Looks at the cable at once instead of with the next tick; several wishes that wait become one look.
+    /// Any queue; returns at once.
+    void siehNach();
+
     /// One log line. Any queue.
     void protokoll(const std::string& text) { protokoll_.schreibe(text); }
 
 private:
     // On the main queue.
     void rotiere();
+    void zeigeInDerMenueleiste(Zustand& zustand) const;
     void volltunnelAnGeaendert(bool alt, bool speichern);
     void schalteVolltunnelAus(bool speichern);
     void stelle(bool Schalterstellungen::*schalter, bool an, const char* schluessel,
@@ -126,6 +134,7 @@ private:
     // On q.
     void uebergib();
     void raeumeUebriggebliebenesWeg();
+    void takt();
     void schritt();
     void schrittInnen();
     void setze(const Phase& neu);
@@ -179,6 +188,8 @@ private:
     std::set<std::string> letzteProxyfehler_; // told once, although each tick tries again
     std::int64_t tick_ = 0;
     bool aufgeraeumt_ = false;
+
+    std::atomic<bool> blickWartet_ = false; // any queue
 
     std::uint64_t rotation_ = 0; // main queue
 

@@ -86,6 +86,7 @@ public:
     std::map<std::string, std::string> ausgaben; ///< what other tools print; those missing here are missing
     std::vector<BrowserFund> browser;            ///< as they are found
     bool nimmtBerichte = true;
+    std::function<void()> haltGeraetewache;
     std::vector<int> antworten; ///< to the coming questions; one more question fails the test
 
     // What the world looks like.

@@ -154,17 +154,46 @@ TEST(Fahrt, jedesWerkzeugHatSeineFrist) {
                             "route 5", "scutil 5", "tailscale 10", "tailscale 25"));
 }
 
-TEST(Fahrt, dieMenueleisteWechseltAlleVierSekunden) {
+TEST(Fahrt, dieMenueleisteFolgtDerPhaseUndWechseltAlleVierSekunden) {
     HandyWelt w;
     w.handys[0].status = R"({"paths":[{"iface":"wifi","healthy":false,"rtt_ms":0}]})";
     w.starte();
     std::vector<std::string> bilder;
-    for (const double sekunde : {3.9, 4.1, 8.1, 12.1, 15.9}) {
+    for (const double sekunde : {0.1, 3.9, 4.1, 8.1, 12.1, 15.9}) {
         w.laufeBisSekunde(sekunde);
         bilder.push_back(w.zustand().symbol + " " + w.zustand().kurz);
     }
-    EXPECT_THAT(bilder, ElementsAre("cable.connector.slash ", "cable.connector W✕", "cable.connector 2.",
-                                    "cable.connector W✕", "cable.connector W✕"));
+    EXPECT_THAT(bilder, ElementsAre("cable.connector.slash ", "cable.connector 2.", "cable.connector W✕",
+                                    "cable.connector 2.", "cable.connector W✕", "cable.connector W✕"));
+}
+
+TEST(Fahrt, eineMeldungVonAdbZiehtDenBlickVor) {
+    KabelWelt w;
+    int gehalten = 0;
+    w.haltGeraetewache = [&] { ++gehalten; };
+    w.fahreLos();
+    w.handys.clear();
+    w.aufrufe.clear();
+    w.q->async([&] { // two while the queue is busy are one look
+        w.kabel->siehNach();
+        w.kabel->siehNach();
+    });
+    w.laufeBisSekunde(1.1);
+    EXPECT_EQ(w.zustand().phase, Phase::Art::keinHandy);
+    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+    EXPECT_THAT(w.aufrufe, Contains("adb devices -l").Times(1));
+    EXPECT_EQ(gehalten, 2);
+    w.laufeBisSekunde(29);
+    w.browser = {{"Edge", "e", false, "/e"}};
+    w.laufeBisSekunde(30.1);
+    EXPECT_THAT(w.zustand().browserOhne, IsEmpty()) << "a look is no tick: the eleventh one finds browsers";
+    w.laufeBisSekunde(30.5);
+    EXPECT_EQ(w.zustand().browserOhne.size(), 1U);
+    w.raeumeAuf();
+    w.aufrufe.clear();
+    w.kabel->siehNach();
+    w.laufeBisSekunde(32);
+    EXPECT_THAT(w.aufrufe, IsEmpty());
 }
 
 /// Or it would flicker.
