@@ -6,15 +6,15 @@ namespace mobilsteg::volltunnel {
 
 namespace {
 
-constexpr std::uint8_t icmp = 1;
-constexpr std::uint8_t tcp = 6;
-constexpr std::uint8_t udp = 17;
-constexpr std::uint8_t icmp6 = 58;
+constexpr std::uint8_t protIcmp = 1;
+constexpr std::uint8_t protTcp = 6;
+constexpr std::uint8_t protUdp = 17;
+constexpr std::uint8_t protIcmp6 = 58;
 
-constexpr std::uint8_t fin = 1;
-constexpr std::uint8_t syn = 2;
-constexpr std::uint8_t rst = 4;
-constexpr std::uint8_t ack = 16;
+constexpr std::uint8_t istFin = 1;
+constexpr std::uint8_t istSyn = 2;
+constexpr std::uint8_t istRst = 4;
+constexpr std::uint8_t istAck = 16;
 
 constexpr std::size_t kopf4 = 20;
 constexpr std::size_t kopf6 = 40;
@@ -23,7 +23,7 @@ std::uint16_t wort(const std::uint8_t* stelle) {
     return static_cast<std::uint16_t>(stelle[0] << 8 | stelle[1]);
 }
 
-void setze(std::uint8_t* stelle, std::size_t wert) {
+void setzeWort(std::uint8_t* stelle, std::size_t wert) {
     stelle[0] = static_cast<std::uint8_t>(wert >> 8);
     stelle[1] = static_cast<std::uint8_t>(wert);
 }
@@ -33,8 +33,8 @@ std::uint32_t langwort(const std::uint8_t* stelle) {
 }
 
 void setzeLang(std::uint8_t* stelle, std::uint32_t wert) {
-    setze(stelle, wert >> 16);
-    setze(stelle + 2, wert & 0xFFFFU);
+    setzeWort(stelle, wert >> 16);
+    setzeWort(stelle + 2, wert & 0xFFFFU);
 }
 
 std::uint64_t summe(const std::uint8_t* stelle, std::size_t laenge) {
@@ -69,7 +69,7 @@ void setzeAdresse(std::uint8_t* stelle, const Adresse& neue) {
 /// RFC 1624: the checksum at `stelle` after the sum of what it covers went from `alt` to `neu`.
 void bessere(std::uint8_t* stelle, std::uint64_t alt, std::uint64_t neu) {
     const auto nicht = [](unsigned wert) { return static_cast<std::uint16_t>(~wert); };
-    setze(stelle, nicht(gefaltet(std::uint64_t{nicht(wort(stelle))} + nicht(gefaltet(alt)) + neu)));
+    setzeWort(stelle, nicht(gefaltet(std::uint64_t{nicht(wort(stelle))} + nicht(gefaltet(alt)) + neu)));
 }
 
 /// What an IP header says, and whether it is one. The ports and what else the protocol adds come later.
@@ -107,13 +107,13 @@ std::string huelle(const Adresse& von, const Adresse& nach, std::uint8_t protoko
     std::string paket((sechs ? kopf6 : kopf4) + last, '\0');
     auto* b = reinterpret_cast<std::uint8_t*>(paket.data());
     b[0] = sechs ? 0x60 : 0x45;
-    setze(b + (sechs ? 4 : 2), sechs ? last : paket.size());
+    setzeWort(b + (sechs ? 4 : 2), sechs ? last : paket.size());
     b[sechs ? 6 : 9] = protokoll;
     b[sechs ? 7 : 8] = 64; // hops
     setzeAdresse(b + (sechs ? 8 : 12), von);
     setzeAdresse(b + (sechs ? 24 : 16), nach);
     if (!sechs)
-        setze(b + 10, static_cast<std::uint16_t>(~gefaltet(summe(b, kopf4))));
+        setzeWort(b + 10, static_cast<std::uint16_t>(~gefaltet(summe(b, kopf4))));
     return paket;
 }
 
@@ -125,31 +125,32 @@ void schliesseAb(std::string& paket, std::size_t stelle, std::uint8_t protokoll)
     const std::size_t kopf = sechs ? kopf6 : kopf4;
     const std::size_t laenge = paket.size() - kopf;
     std::uint64_t s = summe(b + kopf, laenge);
-    if (protokoll != icmp)
+    if (protokoll != protIcmp)
         s += summe(b + (sechs ? 8 : 12), sechs ? 32 : 8) + protokoll + laenge;
     const auto fertig = static_cast<std::uint16_t>(~gefaltet(s));
-    setze(b + kopf + stelle, protokoll == udp && fertig == 0 ? 0xFFFF : fertig); // 0: without a checksum
+    setzeWort(b + kopf + stelle,
+              protokoll == protUdp && fertig == 0 ? 0xFFFF : fertig); // 0: without a checksum
 }
 
 std::optional<std::string> abriss(const Paket& paket) {
     const std::uint8_t* b = &paket.bytes[paket.kopf];
     const std::uint8_t merkmale = b[13];
-    if ((merkmale & rst) != 0)
+    if ((merkmale & istRst) != 0)
         return std::nullopt;
-    std::string antwort = huelle(paket.nach.address(), paket.von.address(), tcp, 20);
+    std::string antwort = huelle(paket.nach.address(), paket.von.address(), protTcp, 20);
     auto* a = reinterpret_cast<std::uint8_t*>(antwort.data()) + antwort.size() - 20;
-    setze(a, paket.nach.port());
-    setze(a + 2, paket.von.port());
-    if ((merkmale & ack) != 0) {
+    setzeWort(a, paket.nach.port());
+    setzeWort(a + 2, paket.von.port());
+    if ((merkmale & istAck) != 0) {
         setzeLang(a + 4, langwort(b + 8));
-        a[13] = rst;
+        a[13] = istRst;
     } else {
         const auto laenge = static_cast<std::uint32_t>(paket.bytes.size() - paket.last);
-        setzeLang(a + 8, langwort(b + 4) + laenge + ((merkmale & syn) != 0) + ((merkmale & fin) != 0));
-        a[13] = rst | ack;
+        setzeLang(a + 8, langwort(b + 4) + laenge + ((merkmale & istSyn) != 0) + ((merkmale & istFin) != 0));
+        a[13] = istRst | istAck;
     }
     a[12] = 5 << 4;
-    schliesseAb(antwort, 16, tcp);
+    schliesseAb(antwort, 16, protTcp);
     return antwort;
 }
 
@@ -157,7 +158,7 @@ std::optional<std::string> unerreichbar(const Paket& paket) {
     const bool sechs = paket.nach.address().is_v6();
     // As much of the packet as the standards want back: the sender finds its socket by it.
     const std::size_t zitat = std::min(paket.bytes.size(), std::size_t{sechs ? 1232U : 548U});
-    const std::uint8_t protokoll = sechs ? icmp6 : icmp;
+    const std::uint8_t protokoll = sechs ? protIcmp6 : protIcmp;
     std::string antwort = huelle(paket.nach.address(), paket.von.address(), protokoll, 8 + zitat);
     auto* a = reinterpret_cast<std::uint8_t*>(antwort.data()) + antwort.size() - zitat - 8;
     a[0] = sechs ? 1 : 3;
@@ -181,23 +182,23 @@ std::optional<Paket> liesPaket(Bytes bytes) {
         return std::nullopt;
     const Bytes rest = paket.bytes.subspan(paket.kopf);
     paket.last = paket.kopf;
-    if (protokoll == tcp) {
+    if (protokoll == protTcp) {
         if (rest.size() < 20)
             return std::nullopt;
         const std::size_t laenge = static_cast<std::size_t>(rest[12] >> 4) * 4;
         if (laenge < 20 || laenge > rest.size())
             return std::nullopt;
         paket.art = Art::tcp;
-        paket.syn = (rest[13] & (syn | ack | rst | fin)) == syn;
+        paket.syn = (rest[13] & (istSyn | istAck | istRst | istFin)) == istSyn;
         paket.last += laenge;
-    } else if (protokoll == udp) {
+    } else if (protokoll == protUdp) {
         if (rest.size() < 8 || wort(&rest[4]) != rest.size())
             return std::nullopt;
         paket.art = Art::udp;
         paket.last += 8;
     } else {
         const bool sechs = paket.kopf == kopf6 && paket.bytes[0] >> 4 == 6;
-        if (protokoll == (sechs ? icmp6 : icmp)) {
+        if (protokoll == (sechs ? protIcmp6 : protIcmp)) {
             if (rest.empty() || rest[0] != (sechs ? 128 : 8))
                 return std::nullopt;
             paket.art = Art::echo;
@@ -219,8 +220,8 @@ void schreibeUm(Paket& paket, const Stelle& von, const Stelle& nach) {
     const std::uint64_t portsVorher = summe(ports, 4);
     setzeAdresse(adressen, von.address());
     setzeAdresse(adressen + breite, nach.address());
-    setze(ports, von.port());
-    setze(ports + 2, nach.port());
+    setzeWort(ports, von.port());
+    setzeWort(ports + 2, nach.port());
     const std::uint64_t adressenJetzt = summe(adressen, 2 * breite);
     bessere(ports + 16, adressenVorher + portsVorher, adressenJetzt + summe(ports, 4));
     if (!sechs)
@@ -239,13 +240,13 @@ std::optional<std::string> udpPaket(const Stelle& von, const Stelle& nach, std::
     constexpr std::size_t laengstes = 65'535 - kopf4 - 8;
     if (last.size() > laengstes)
         return std::nullopt;
-    std::string paket = huelle(von.address(), nach.address(), udp, 8 + last.size());
+    std::string paket = huelle(von.address(), nach.address(), protUdp, 8 + last.size());
     auto* b = reinterpret_cast<std::uint8_t*>(paket.data()) + paket.size() - last.size() - 8;
-    setze(b, von.port());
-    setze(b + 2, nach.port());
-    setze(b + 4, 8 + last.size());
+    setzeWort(b, von.port());
+    setzeWort(b + 2, nach.port());
+    setzeWort(b + 4, 8 + last.size());
     std::ranges::copy(last, b + 8);
-    schliesseAb(paket, 6, udp);
+    schliesseAb(paket, 6, protUdp);
     return paket;
 }
 

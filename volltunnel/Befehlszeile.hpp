@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "volltunnel/Paket.hpp"
+
+namespace mobilsteg::volltunnel {
+
+struct Auftrag {
+    Stelle proxy;
+    std::string stopp;  ///< absolute path of the stop file
+    std::string dienst; ///< network service whose DNS may have to be set
+    int wache = 0;      ///< the process with which everything ends
+    bool nurVPN = false;
+    bool vpnDurch = false;
+    std::string wurzel; ///< empty: the real system; else a folder that stands for "/" of the outside tools
+};
+
+/// Reads the arguments. Absent: `fehler` says in German what is wrong with them.
+[[nodiscard]] std::optional<Auftrag> liesBefehlszeile(const std::vector<std::string>& worte,
+                                                      std::string& fehler);
+
+} // namespace mobilsteg::volltunnel

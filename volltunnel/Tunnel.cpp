@@ -1,0 +1,360 @@
+#include "volltunnel/Tunnel.hpp"
+
+#include "plattform/Text.hpp"
+#include "plattform/Tunnelgeraet.hpp"
+
+#include <asio/local/stream_protocol.hpp>
+#include <asio/posix/stream_descriptor.hpp>
+#include <asio/read_until.hpp>
+#include <asio/steady_timer.hpp>
+#include <asio/streambuf.hpp>
+#include <asio/write.hpp>
+#include <nlohmann/json.hpp>
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "volltunnel/Namen.hpp"
+#include "volltunnel/Umschau.hpp"
+#include "volltunnel/Wege.hpp"
+#include "volltunnel/Weiterleitung.hpp"
+#include "volltunnel/Werkzeug.hpp"
+
+namespace mobilsteg::volltunnel {
+
+namespace {
+
+using asio::ip::tcp;
+using Uhrzeit = std::chrono::steady_clock;
+
+constexpr int paketeAmStueck = 64; // before the connections have their turn
+constexpr std::chrono::seconds takt{1};
+constexpr std::chrono::seconds beweisabstand{2};
+constexpr std::chrono::seconds beweisfrist{15};
+constexpr std::chrono::milliseconds abschied{150};
+constexpr std::uint16_t dns = 53;
+
+class Tunnel {
+public:
+    Tunnel(const Tunnelteile& teile, const Auftrag& auftrag, const Nutzerordner& ordner)
+        : auftrag_(auftrag), ordner_(ordner), geraet_(kontext_, teile.geraet),
+          kanal_(kontext_, asio::local::stream_protocol(), teile.kanal), puffer_(groesstesPaket() + 1024),
+          namen_(kontext_, {auftrag.proxy,
+                            [this](const Stelle& server, const Stelle& fragender, std::string_view antwort) {
+                                if (const auto paket = udpPaket(server, fragender, antwort))
+                                    schreib(*paket);
+                            },
+                            [this](Ausgang ausgang, Zeit beginn) { melde(ausgang, beginn); }}),
+          weiterleitung_(kontext_, tabelle_,
+                         {auftrag.proxy, [this](const Tabelle::Fluss& fluss) { return ziel(fluss); },
+                          [this](const Tabelle::Fluss& fluss, Ausgang ausgang, Zeit beginn) {
+                              istBeweis(fluss) ? nimmBeweis(fluss, ausgang) : melde(ausgang, beginn);
+                          }}),
+          vpnwege_(auftrag.nurVPN, auftrag.vpnDurch) {
+        horche(teile.horcher4, false);
+        horche(teile.horcher6, true);
+        warteAufPaket();
+        warteAufZeile();
+        ticke();
+        beweise();
+        umschau_.emplace(kontext_, auftrag.wurzel, [this](std::vector<Vpn> vpns) {
+            vpns_ = std::move(vpns);
+            werteVpns();
+        });
+    }
+
+    void laufe() { kontext_.run(); }
+
+private:
+    /// One of the two families: our end, the made-up other end, and our listener's port.
+    struct Familie {
+        Enden enden;
+        std::uint16_t horcher = 0; ///< 0: the machine does not have this family
+        bool bewiesen = false;
+    };
+
+    Familie& familie(const Adresse& adresse) { return familien_[adresse.is_v6() ? 1 : 0]; }
+
+    void horche(int nummer, bool sechs) {
+        Familie& f = familien_[sechs ? 1 : 0];
+        f.enden = tunnelenden(sechs);
+        if (nummer < 0) {
+            f.bewiesen = true;
+            return;
+        }
+        tcp::acceptor horcher(kontext_, sechs ? tcp::v6() : tcp::v4(), nummer);
+        f.horcher = horcher.local_endpoint().port();
+        weiterleitung_.horche(std::move(horcher), f.enden.drueben);
+    }
+
+    void warteAufPaket() {
+        geraet_.async_wait(asio::posix::descriptor_base::wait_read, [this](std::error_code fehler) {
+            if (fehler)
+                return;
+            for (int i = 0; i < paketeAmStueck; ++i) {
+                const auto n = liesVomGeraet(geraet_.native_handle(), puffer_);
+                if (!n)
+                    return gibAuf("das Gerät des Tunnels ist verschwunden");
+                if (*n == 0)
+                    break;
+                nimm({puffer_.data(), *n});
+            }
+            warteAufPaket();
+        });
+    }
+
+    void nimm(Bytes bytes) {
+        auto paket = liesPaket(bytes);
+        if (!paket)
+            return;
+        const Familie& f = familie(paket->von.address());
+        if (paket->art == Art::tcp && f.horcher != 0 && traegt(paket->nach.address())) {
+            if (const auto neu = umgelenkt(*paket, f)) {
+                schreibeUm(*paket, neu->von, neu->nach);
+                return schreibAufGeraet(geraet_.native_handle(), paket->bytes);
+            }
+        } else if (paket->art == Art::udp && paket->nach.port() == dns && traegt(paket->nach.address())) {
+            const Bytes frage = paket->bytes.subspan(paket->last);
+            return namen_.frage(paket->von, paket->nach,
+                                {reinterpret_cast<const char*>(frage.data()), frage.size()});
+        }
+        if (const auto nein = absage(*paket))
+            schreib(*nein);
+    }
+
+    /// The ends that a TCP packet gets: on its way out the listener's, on its way back those it once had.
+    std::optional<Tabelle::Fluss> umgelenkt(const Paket& paket, const Familie& f) {
+        if (paket.von == Stelle(f.enden.hier, f.horcher)) {
+            const auto* fluss =
+                paket.nach.address() == f.enden.drueben ? tabelle_.her(paket.nach.port()) : nullptr;
+            return fluss ? std::optional<Tabelle::Fluss>({fluss->nach, fluss->von}) : std::nullopt;
+        }
+        const auto port = tabelle_.hin({paket.von, paket.nach}, paket.syn, Uhrzeit::now());
+        if (!port)
+            return std::nullopt;
+        return Tabelle::Fluss{{f.enden.drueben, *port}, {f.enden.hier, f.horcher}};
+    }
+
+    /// Whether the tunnel takes what goes there. Tailscale's range has a road of its own as long as Tailscale
+    /// runs; without it, and unless VPNs are to go through the phone, nobody is there.
+    [[nodiscard]] bool traegt(const Adresse& ziel) const {
+        const bool tailscale = ziel.is_v4() && ziel.to_v4().to_uint() >> 22 == 0x6440'0000 >> 22;
+        return istEinzelne(ziel) && !ziel.is_loopback() && (auftrag_.vpnDurch || !tailscale);
+    }
+
+    void schreib(std::string_view paket) {
+        schreibAufGeraet(geraet_.native_handle(),
+                         {reinterpret_cast<const std::uint8_t*>(paket.data()), paket.size()});
+    }
+
+    // The proof: a connection of our own to the tunnel's other end goes the way of all others.
+
+    [[nodiscard]] bool istBeweis(const Tabelle::Fluss& fluss) {
+        return fluss.nach.address() == familie(fluss.nach.address()).enden.drueben;
+    }
+
+    /// Where it really goes: to public name servers, one after the other.
+    Stelle ziel(const Tabelle::Fluss& fluss) {
+        static constexpr const char* ziele[] = {"1.1.1.1", "9.9.9.9", "8.8.8.8"};
+        if (!istBeweis(fluss))
+            return fluss.nach;
+        angekommen_ = true;
+        return {asio::ip::make_address(ziele[beweise_ % std::size(ziele)]), dns};
+    }
+
+    void beweise() {
+        ++beweise_;
+        if (steht())
+            return;
+        if (Uhrzeit::now() > anfang_ + beweisfrist)
+            return gibAuf(angekommen_
+                              ? "kein Netz durch den Tunnel: " + beweisgrund_
+                              : "die Firewall dieses Rechners lässt keine Verbindung durch den Tunnel");
+        for (const Familie& f : familien_)
+            if (!f.bewiesen) {
+                auto socket = std::make_shared<tcp::socket>(kontext_);
+                socket->async_connect({f.enden.drueben, dns}, [this, socket](std::error_code) {
+                    proben_.push_back(socket); // stays open until the proxy has answered
+                });
+            }
+        beweistakt_.expires_after(beweisabstand);
+        beweistakt_.async_wait([this](std::error_code fehler) {
+            if (!fehler)
+                beweise();
+        });
+    }
+
+    void nimmBeweis(const Tabelle::Fluss& fluss, Ausgang ausgang) {
+        if (ausgang == Ausgang::verbunden || ausgang == Ausgang::nein)
+            familie(fluss.nach.address()).bewiesen = true;
+        else
+            beweisgrund_ = ausgang == Ausgang::kaputt ? "der Proxy lehnt ab" : "der Proxy antwortet nicht";
+        meldeBeweis();
+    }
+
+    [[nodiscard]] bool steht() const { return familien_[0].bewiesen && familien_[1].bewiesen; }
+
+    /// The roads are set by what the survey says: both have to be there.
+    void meldeBeweis() {
+        if (!steht() || !befund_ || gemeldet_)
+            return;
+        gemeldet_ = true;
+        beweistakt_.cancel();
+        proben_.clear();
+        protokolliere("Beweis: eine Verbindung kam durch den Tunnel");
+        sende("bewiesen");
+    }
+
+    void melde(Ausgang ausgang, Zeit beginn) {
+        if (ausfall_.melde(ausgang, beginn, Uhrzeit::now()))
+            gibAuf("kein Netz durch den Tunnel seit 15 s");
+    }
+
+    // The VPNs.
+
+    void werteVpns() {
+        auto befund = vpnwege_.werte(vpns_, openvpn_, [this](const Adresse& a) { return tabelle_.lebt(a); });
+        if (befund_ == befund)
+            return;
+        if (!befund_ || befund_->wege != befund.wege) {
+            std::string zeile = "vpns";
+            for (const Adresse& a : befund.wege)
+                zeile += " " + a.to_string();
+            sende(zeile);
+        }
+        if (!befund_ || befund_->gesichert != befund.gesichert) {
+            auto liste = nlohmann::json::array();
+            for (const auto& [name, server] : befund.gesichert) {
+                liste.push_back({{"dienst", name}, {"server", server}});
+                protokolliere("VPN durch den Tunnel: " + name + " · " + server);
+            }
+            ordner_.schreibe(".vpns.json", nlohmann::json{{"vpns", liste}}.dump(
+                                               -1, ' ', false, nlohmann::json::error_handler_t::replace));
+        }
+        befund_ = std::move(befund);
+        meldeBeweis();
+    }
+
+    // The other process.
+
+    void warteAufZeile() {
+        asio::async_read_until(kanal_, eingang_, '\n', [this](std::error_code fehler, std::size_t n) {
+            if (fehler)
+                return verlassen();
+            const std::string zeile(asio::buffers_begin(eingang_.data()),
+                                    asio::buffers_begin(eingang_.data()) +
+                                        static_cast<std::ptrdiff_t>(n - 1));
+            eingang_.consume(n);
+            if (zeile == "ende")
+                return gehe();
+            if (zeile.starts_with("openvpn")) {
+                openvpn_ = liesOpenvpn(zeile);
+                // What comes from the tunnel's own end goes through it.
+                std::erase_if(openvpn_,
+                              [this](const Openvpn& o) { return o.hier == familie(o.hier).enden.hier; });
+                werteVpns();
+            }
+            warteAufZeile();
+        });
+    }
+
+    void sende(const std::string& zeile) {
+        std::error_code egal; // a few short lines: there is always room, and who is gone needs none
+        asio::write(kanal_, asio::buffer(zeile + "\n"), egal);
+    }
+
+    void gibAuf(const std::string& grund) {
+        if (!std::exchange(aufgegeben_, true))
+            sende("grund " + grund);
+    }
+
+    /// The process with the rights was killed; nobody else takes the marks away, or sees that the device
+    /// goes.
+    void verlassen() {
+        protokolliere("Der Helfer wurde abgeschossen; DNS und Umwege nimmt der nächste Start zurück");
+        ordner_.schreibe(".fehler", "der Helfer wurde beendet");
+        for (const char* endung : {".vpns.json", ".laeuft"})
+            ordner_.entferne(endung);
+        gehe();
+    }
+
+    /// The programs hear at once that their connections are gone, as long as there is a device to say it by.
+    void gehe() {
+        weiterleitung_.reisseAb();
+        beweistakt_.expires_after(abschied);
+        beweistakt_.async_wait([](std::error_code) { ::_exit(0); });
+    }
+
+    void ticke() {
+        takt_.expires_after(takt);
+        takt_.async_wait([this](std::error_code fehler) {
+            if (fehler)
+                return;
+            const Zeit jetzt = Uhrzeit::now();
+            tabelle_.raeume(jetzt);
+            namen_.raeume(jetzt);
+            weiterleitung_.raeume(jetzt);
+            if (++ticks_ % 3 == 0 && befund_)
+                werteVpns();
+            if (ticks_ % 60 == 0)
+                zaehle();
+            ticke();
+        });
+    }
+
+    void zaehle() {
+        const auto jetzt = weiterleitung_.zaehler();
+        if (jetzt == gezaehlt_ && namen_.fragen() == gefragt_)
+            return;
+        protokolliere("In dieser Minute: " + std::to_string(jetzt.verbindungen - gezaehlt_.verbindungen) +
+                      " Verbindungen (" + std::to_string(tabelle_.gehalten()) + " offen), " +
+                      std::to_string((jetzt.hinaus - gezaehlt_.hinaus) / 1000) + " kB hinaus, " +
+                      std::to_string((jetzt.herein - gezaehlt_.herein) / 1000) + " kB herein, " +
+                      std::to_string(namen_.fragen() - gefragt_) + " Namen");
+        gezaehlt_ = jetzt;
+        gefragt_ = namen_.fragen();
+    }
+
+    Auftrag auftrag_;
+    const Nutzerordner& ordner_;
+    asio::io_context kontext_{1};
+    asio::posix::stream_descriptor geraet_;
+    asio::local::stream_protocol::socket kanal_;
+    asio::streambuf eingang_;
+    asio::steady_timer takt_{kontext_}, beweistakt_{kontext_};
+    std::vector<std::uint8_t> puffer_;
+    std::array<Familie, 2> familien_;
+    Tabelle tabelle_;
+    Ausfall ausfall_;
+    Namen namen_;
+    Weiterleitung weiterleitung_;
+    Vpnwege vpnwege_;
+    std::vector<Vpn> vpns_;
+    std::vector<Openvpn> openvpn_;
+    std::optional<Vpnbefund> befund_;
+    std::optional<Umschau> umschau_;
+
+    Zeit anfang_ = Uhrzeit::now();
+    std::size_t beweise_ = 0;
+    std::vector<std::shared_ptr<tcp::socket>> proben_;
+    bool angekommen_ = false; ///< a packet of the proof came back to the listener
+    std::string beweisgrund_ = "der Proxy antwortet nicht";
+    bool gemeldet_ = false;
+    bool aufgegeben_ = false;
+    unsigned ticks_ = 0;
+    Weiterleitung::Zaehler gezaehlt_;
+    std::uint64_t gefragt_ = 0;
+};
+
+} // namespace
+
+void fuehreTunnel(const Tunnelteile& teile, const Auftrag& auftrag, const Nutzerordner& ordner) {
+    try {
+        Tunnel(teile, auftrag, ordner).laufe();
+    } catch (const std::exception& fehler) {
+        protokolliere(std::string("Fehler: ") + fehler.what());
+    }
+    ::_exit(1);
+}
+
+} // namespace mobilsteg::volltunnel
