@@ -11,59 +11,40 @@ using namespace testing;
 
 namespace {
 
-constexpr const char* profile = "/heim/Library/Application Support/";
-
 TEST(Browser, findetSieInBeidenOrdnernUndDieErweiterungInJedemProfil) {
     const Ordner o;
+    const std::string w = "/wurzel/Applications/", h = "/heim/Applications/";
+    for (const auto& app :
+         {w + "Brave Browser", w + "Microsoft Edge", h + "Microsoft Edge", w + "Arc", h + "Google Chrome"})
+        o.lege(app + ".app/x", "");
+    const std::string version = "/Extensions/abc/1.0_0/";
+    for (const auto& datei : {"Google/Chrome/Default" + version + "anderes.js",
+                              "Google/Chrome/Profile 3" + version + "notbetrieb.js",
+                              "Microsoft Edge/Default" + version + "notbetrieb.js",
+                              "BraveSoftware/Brave-Browser/Profile3" + version + "notbetrieb.js"})
+        o.lege("/heim/Library/Application Support/" + datei, "");
     const SpeicherEinstellungen einstellungen;
-    const Browser browser(nullptr, {o.pfad() + "/heim", o.pfad() + "/wurzel"}, einstellungen);
-    EXPECT_THAT(browser.finden(), IsEmpty());
-
-    for (const char* name : {"Vivaldi", "Brave Browser", "Arc", "Microsoft Edge"})
-        o.lege("/wurzel/Applications/" + std::string(name) + ".app/x", "");
-    for (const char* name : {"Google Chrome", "Microsoft Edge", "Chromium"})
-        o.lege("/heim/Applications/" + std::string(name) + ".app/x", "");
-    const auto erweiterung = [&](const std::string& wo, const char* datei = "notbetrieb.js") {
-        o.lege(profile + wo + "/Extensions/abc/1.0_0/" + datei, "");
-    };
-    erweiterung("Google/Chrome/Default", "anderes.js");
-    erweiterung("Google/Chrome/Profile 3");
-    erweiterung("Microsoft Edge/Default");
-    erweiterung("Chromium/Profile 1");
-    erweiterung("BraveSoftware/Brave-Browser/System Profile");
-    erweiterung("BraveSoftware/Brave-Browser/Guest Profile");
-    erweiterung("BraveSoftware/Brave-Browser/Profile3");
-    o.lege(std::string(profile) + "Vivaldi/Default/Extensions", "keine Ordner, sondern eine Datei");
-    std::filesystem::create_directories(o.pfad() + profile + "Arc/User Data/Default/Extensions/abc");
-    std::filesystem::create_directory_symlink("..",
-                                              o.pfad() + profile + "Arc/User Data/Default/Extensions/abc/1");
-
-    const std::string w = o.pfad() + "/wurzel/Applications/";
-    const std::string h = o.pfad() + "/heim/Applications/";
-    EXPECT_THAT(browser.finden(),
-                ElementsAre(BrowserFund{"Chrome", "com.google.Chrome", true, h + "Google Chrome.app"},
-                            BrowserFund{"Brave", "com.brave.Browser", false, w + "Brave Browser.app"},
-                            BrowserFund{"Edge", "com.microsoft.edgemac", true, w + "Microsoft Edge.app"},
-                            BrowserFund{"Arc", "company.thebrowser.Browser", false, w + "Arc.app"},
-                            BrowserFund{"Vivaldi", "com.vivaldi.Vivaldi", false, w + "Vivaldi.app"},
-                            BrowserFund{"Chromium", "org.chromium.Chromium", true, h + "Chromium.app"}));
+    const auto& p = o.pfad();
+    EXPECT_THAT(Browser(nullptr, {p + "/heim", p + "/wurzel"}, einstellungen).finden(),
+                ElementsAre(BrowserFund{"Chrome", "com.google.Chrome", true, p + h + "Google Chrome.app"},
+                            BrowserFund{"Brave", "com.brave.Browser", false, p + w + "Brave Browser.app"},
+                            BrowserFund{"Edge", "com.microsoft.edgemac", true, p + w + "Microsoft Edge.app"},
+                            BrowserFund{"Arc", "company.thebrowser.Browser", false, p + w + "Arc.app"}));
 }
 
 TEST(Browser, oeffnetDieSeiteInGenauDiesem) {
     std::vector<std::string> aufrufe;
-    const auto laeufer = [&](const std::string& programm, const std::vector<std::string>& worte,
-                             double frist) {
-        aufrufe.push_back(programm + " " + verbunden(worte, " ") + (frist == 10 ? "" : " ohne die Frist"));
-        return Ergebnis{1, "", "geht nicht"};
+    const auto laeufer = [&](const std::string& programm, const std::vector<std::string>& worte, double) {
+        aufrufe.push_back(programm + " " + verbunden(worte, " "));
+        return Ergebnis{};
     };
     SpeicherEinstellungen einstellungen;
     for (const char* seite : {"", "https://store.example/x"}) {
         einstellungen.werte["fahrtwind.store"] = std::string(seite);
         Browser(laeufer, {"/heim", "/w"}, einstellungen).hinzufuegen({"Edge", "edge", false, ""});
     }
-    EXPECT_THAT(aufrufe,
-                ElementsAre(AllOf(StartsWith("/w/usr/bin/open -b edge http"), EndsWith("/download/")),
-                            "/w/usr/bin/open -b edge https://store.example/x"));
+    EXPECT_THAT(aufrufe, ElementsAre(MatchesRegex("/w/usr/bin/open -b edge http.*/download/"),
+                                     "/w/usr/bin/open -b edge https://store.example/x"));
 }
 
 } // namespace

@@ -1,146 +1,171 @@
-// The panel as a tree: what it shows for which state, and what its controls do.
+// The panel as a tree and in the terminal: what it shows for which state, and what its controls do.
 
 #include "ansicht/Inhalt.hpp"
 
+#include "ansicht/terminal/Eingabe.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "plattform/Text.hpp"
 #include "tests/hilfe/KabelWelt.hpp"
 
 #include <gmock/gmock.h>
 
-#include <regex>
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace mobilsteg;
 using namespace testing;
 
 namespace {
 
-/// The beginnings of the lines that a reader sees, without the dividers and the commands.
+/// The beginnings of the panel's lines, without the commands.
 std::vector<std::string> kurzform(const Baum& baum) {
     std::vector<std::string> zeilen;
-    const std::string text = std::regex_replace(alsText(baum, false), std::regex("  +"), " | ");
+    const std::string text = alsText(baum, false);
     for (const auto zeile : teile(std::string_view(text).substr(0, text.find("\n>")), '\n'))
-        if (!zeile.starts_with("─"))
+        if (!zeile.starts_with("──"))
             zeilen.emplace_back(ersteZeichen(zeile, 32));
     return zeilen;
 }
 
-Zustand fahrend() {
+struct Inhalt : Test {
     Zustand z;
+};
+
+TEST_F(Inhalt, reise) {
     z.phase = Phase::Art::faehrt;
     z.handy = "Pixel";
     z.klasse = "1. Klasse";
     z.gleise = {"WLAN · 42 ms", "Mobilfunk · weg"};
     z.menge = "12,4 MB";
-    return z;
-}
-
-TEST(Inhalt, reise) {
-    Zustand z = fahrend();
     z.notlage = z.volltunnelLaeuft = true;
     z.rettung = "1 Funkloch";
-    z.meldung = "Erst freigeben.";
+    z.meldung = "zwei\nZeilen \x1b[31m";
     z.browserOhne = {{"Edge", "e", false, "/b"}};
     EXPECT_THAT(kurzform(inhalt(z, false)),
-                ElementsAre("● Mobilsteg Bordlotse", "Fährt mit", "Handy | Pixel",
-                            "Klasse | 1. Klasse · Notlage", "Gleis 1 | WLAN · 42 ms",
-                            "Gleis 2 | Mobilfunk · weg", "Durchs Handy | 12,4 MB", "✓ 1 Funkloch",
-                            "Volltunnel | aktiv — alles fährt", "Erst freigeben.",
-                            "fahrtwind fehlt im Browser — die", "[In Edge hinzufügen] | [×]",
-                            "[ ] Expertenmodus | [Beenden]"));
-    z.klasse = "";
+                ElementsAre("● Mobilsteg Bordlotse", "Fährt mit", "Handy         Pixel",
+                            "Klasse        1. Klasse · Notlag", "Gleis 1       WLAN · 42 ms",
+                            "Gleis 2       Mobilfunk · weg", "Durchs Handy  12,4 MB", "✓ 1 Funkloch",
+                            "Volltunnel    aktiv — alles fähr", "zwei Zeilen  [31m",
+                            "fahrtwind fehlt im Browser — die", "[In Edge hinzufügen]   [×]",
+                            "[ ] Expertenmodus   [Beenden]"));
     z.browserHinweisWeg = true;
-    const auto zeilen = kurzform(inhalt(z, false));
-    EXPECT_THAT(zeilen, Contains("Klasse | —")) << "no emergency without a class";
-    EXPECT_THAT(zeilen, Not(Contains(HasSubstr("Edge"))));
+    EXPECT_THAT(kurzform(inhalt(z, false)), Not(Contains(HasSubstr("Edge"))));
 }
 
-TEST(Inhalt, experte) {
-    Zustand z = fahrend();
-    z.experte = z.proxyGesetzt = z.volltunnelLaeuft = true;
+TEST_F(Inhalt, experte) {
+    z.experte = true;
+    EXPECT_THAT(kurzform(inhalt(z, false)), IsSupersetOf({"Proxy am Mac  aus", "Draußen als   —",
+                                                          "[Proxy jetzt setzen]", "Volltunnel    aus"}));
+    z.proxyGesetzt = z.volltunnelLaeuft = true;
     z.austritt = "203.0.113.7";
     z.durch = {"Safari (3)", "curl (1)"};
     z.vorbei = {"Mail (2)"};
     const auto zeilen = kurzform(inhalt(z, false));
-    EXPECT_THAT(std::vector(zeilen.begin() + 7, zeilen.end()),
-                ElementsAre("Proxy am Mac | 127.0.0.1:1080 an", "Draußen als | 203.0.113.7",
-                            "Durch Proxy | Safari (3), curl (", "Am Proxy vorbei | Mail (2)",
+    EXPECT_THAT(std::vector(zeilen.begin() + 5, zeilen.end()),
+                ElementsAre("Proxy am Mac     127.0.0.1:1080 ", "Draußen als      203.0.113.7",
+                            "Durch Proxy      Safari (3), cur", "Am Proxy vorbei  Mail (2)",
                             "Diese Programme beachten den Sys", "[x] System-Proxy automatisch set",
                             "[Proxy entfernen]", "[ ] Volltunnel: alles vom Mac du",
-                            "Volltunnel | aktiv — Standardrou", "[ ] VPNs durch das Handy (Tailsc",
+                            "Volltunnel       aktiv — Standar", "[ ] VPNs durch das Handy (Tailsc",
                             "[ ] Nur VPNs durchs Handy (Stand", "An: VPN-Clients fahren gebündelt",
                             "Protokoll: ~/Library/Logs/Mobils", "Profil:", "(•) Reise (Bordlotse)",
-                            "( ) Firmen-VPN (VPN-Lotse)", "[x] Expertenmodus | [Beenden]"));
-    z = Zustand{};
-    z.experte = true;
-    EXPECT_THAT(kurzform(inhalt(z, false)), IsSupersetOf({"Proxy am Mac | aus", "Draußen als | —",
-                                                          "[Proxy jetzt setzen]", "Volltunnel | aus"}));
+                            "( ) Firmen-VPN (VPN-Lotse)", "[x] Expertenmodus   [Beenden]"));
 }
 
-TEST(Inhalt, vpn) {
-    Zustand z;
+TEST_F(Inhalt, vpn) {
     z.profil = "vpn";
     z.nurVPN = true;
     z.browserOhne = {{"Edge", "e", false, "/b"}};
-    EXPECT_THAT(kurzform(inhalt(z, false)),
-                ElementsAre("● Mobilsteg Bordlotse · VPN", "Ihr VPN übersteht Funklöcher", "Starte …",
-                            "Kein VPN verbunden.", "Handy | —", "Klasse | —", "Durchs Handy | —",
-                            "[ ] Funkloch-Schutz (Volltunnel,", "[x] Nur den VPN durchs Handy — a",
-                            "[ ] Expertenmodus | [Beenden]"));
-    z.experte = true;
     EXPECT_THAT(kurzform(inhalt(z, true)),
-                AllOf(Contains("● Mobilsteg VPN-Lotse"), Not(Contains(HasSubstr("Funkloch-Schutz")))));
-    const auto block = [&](bool tunnel, const Phase& phase, const char* gesichert, const char* offen) {
-        z.volltunnelLaeuft = tunnel;
-        z.phase = phase;
-        const auto g = teile(gesichert, ' '), o = teile(offen, ' ');
-        z.vpnsGesichert = {g.begin(), g.end()};
-        z.vpnsOffen = {o.begin(), o.end()};
-        return verbunden(kurzform(vpnBlock(z)), "\n");
-    };
-    const Phase faehrt = Phase::Art::faehrt;
-    EXPECT_EQ(block(true, faehrt, "", ""), "Kein VPN verbunden — verbinden S");
-    EXPECT_EQ(block(true, faehrt, "A", ""), "● A · gesichert\nFällt WLAN oder Mobilfunk aus, l");
-    EXPECT_EQ(block(false, faehrt, "A A", "B C B"),
-              "● A · gesichert\nFällt WLAN oder Mobilfunk aus, l\n"
-              "○ B · ungesichert\n○ C · ungesichert\nFunkloch-Schutz einschalten, dan");
-    EXPECT_EQ(block(true, faehrt, "", "B"), "○ B · noch nicht gesichert");
-    EXPECT_EQ(block(false, Phase::proxyFehler("x"), "", "B"),
-              "○ B · ungesichert\nSobald das Handy am Kabel freigi");
+                ElementsAre("● Mobilsteg VPN-Lotse", "Ihr VPN übersteht Funklöcher", "Starte …",
+                            "Kein VPN verbunden.", "Handy         —", "Klasse        —", "Durchs Handy  —",
+                            "[ ] Funkloch-Schutz (Volltunnel,", "[x] Nur den VPN durchs Handy — a",
+                            "[ ] Expertenmodus   [Beenden]"));
 }
 
-TEST(Inhalt, punktFolgtDerPhase) {
-    using enum Phase::Art;
-    const auto punkt = [](const Phase& phase) {
-        Zustand z;
+TEST_F(Inhalt, jederVpnStehtEinmalDaUndWieErGesichertIst) {
+    using Vpns = std::vector<std::string>;
+    const Phase faehrt = Phase::Art::faehrt;
+    const std::tuple<bool, Phase, Vpns, Vpns, const char*> faelle[] = {
+        {true, faehrt, {}, {}, "Kein VPN verbunden — verbinden S"},
+        {true, faehrt, {"A"}, {}, "● A · gesichert\nFällt WLAN oder Mobilfunk aus, l"},
+        {true, faehrt, {}, {"B", "C", "B"}, "○ B · noch nicht gesichert\n○ C · noch nicht gesichert"},
+        {false, faehrt, {}, {"B"}, "○ B · ungesichert\nFunkloch-Schutz einschalten, dan"},
+        {false, Phase::Art::pruefung, {}, {"B"}, "○ B · ungesichert\nSobald das Handy am Kabel freigi"}};
+    for (const auto& [tunnel, phase, gesichert, offen, soll] : faelle) {
+        z.volltunnelLaeuft = tunnel;
         z.phase = phase;
-        return std::get<Kopf>(inhalt(z, false).front().inhalt).punkt;
-    };
-    for (const auto gelb : {start, wartetAufHandy, pruefung})
-        EXPECT_EQ(punkt(gelb), Farbe::gelb);
-    for (const auto rot : {keinAdb, abgelehnt})
-        EXPECT_EQ(punkt(rot), Farbe::rot);
-    EXPECT_EQ(punkt(faehrt), Farbe::gruen);
+        z.vpnsGesichert = gesichert;
+        z.vpnsOffen = offen;
+        EXPECT_EQ(verbunden(kurzform(vpnBlock(z)), "\n"), soll);
+    }
+}
+
+TEST_F(Inhalt, punktFolgtDerPhase) {
+    using enum Phase::Art;
+    for (const auto& [phase, farbe] : std::map<Phase::Art, std::string>{
+             {start, "33"}, {wartetAufHandy, "33"}, {pruefung, "33"}, {faehrt, "32"}, {abgelehnt, "31"}}) {
+        z.phase = phase;
+        EXPECT_THAT(alsText(inhalt(z, false), true), StartsWith("\x1b[" + farbe + "m●\x1b[0m "));
+    }
 }
 
 TEST(Bedienung, jederGezeigteSchalterWirkt) {
     KabelWelt w;
-    w.einstellungen.werte["volltunnel.erklaert"] = true;
+    w.einstellungen.werte = {{"experte", true}, {"volltunnel.erklaert", true}};
     w.baue();
     int beendet = 0;
-    const auto bediene = [&](const Aktion& aktion) {
-        w.haupt.sync([&] { fuehreAus(aktion, *w.kabel, [&] { ++beendet; }); });
-    };
-    bediene({Bedienung::experte, "an"});
-    const auto liste = angebote(inhalt(w.zustand(), false));
-    EXPECT_EQ(liste.size(), 8U);
-    for (const auto& angebot : liste) {
+    for (const auto& angebot : angebote(inhalt(w.zustand(), false))) {
         const auto vorher = w.zustand();
-        bediene(angebot.aktion);
-        w.welt.laufe({});
+        w.bediene([&](Kabel& k) { fuehreAus(angebot.aktion, k, [&] { ++beendet; }); });
         EXPECT_FALSE(w.zustand() == vorher && beendet == 0) << angebot.text;
     }
     EXPECT_EQ(beendet, 1);
+}
+
+TEST(Befehle, verstehenNurWasDasFeldZeigt) {
+    Zustand reise, experte, vpn;
+    experte.experte = true;
+    experte.browserOhne = {{"Brave", "b", false, "/b"}};
+    vpn.profil = "vpn";
+    EXPECT_THAT(alsText(inhalt(reise, false), false),
+                EndsWith("\n> experte an  Expertenmodus\n> beenden     Beenden\n"));
+    const std::string verborgen = "“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht";
+    const std::tuple<const Zustand*, std::string, std::string> faelle[] = {
+        {&reise, "  experte \t an ", ""},
+        {&reise, "experte aus", "„experte aus“ gilt schon"},
+        {&reise, "experte", "So geht der Befehl: experte an|aus"},
+        {&reise, "beenden jetzt", "So geht der Befehl: beenden"},
+        {&reise, "browser", "So geht der Befehl: browser NAME"},
+        {&experte, "browser Edge", "„browser Edge" + verborgen},
+        {&experte, "Experte an", "Unbekannter Befehl: „Experte an“"},
+        {&vpn, "vpn-durch an", "„vpn-durch an" + verborgen}};
+    for (const auto& [zustand, zeile, antwort] : faelle)
+        EXPECT_EQ(verstehe(zeile, inhalt(*zustand, false)).antwort, antwort);
+    for (const auto* zustand : {&experte, &vpn}) { // every command that is listed is understood
+        const Baum baum = inhalt(*zustand, false);
+        for (const auto& angebot : angebote(baum))
+            EXPECT_EQ(verstehe(befehl(angebot.aktion), baum).aktion, angebot.aktion) << angebot.text;
+    }
+}
+
+TEST(Terminaldialog, zeilenAntwortenUndDasEndeDerEingabeSchliesst) {
+    int rohr[2];
+    ASSERT_EQ(::pipe(rohr), 0);
+    ::dup2(rohr[0], STDIN_FILENO);
+    ::fcntl(STDIN_FILENO, F_SETFL, O_NONBLOCK); // as another program that shares the input may have left it
+    VirtuelleWelt welt;
+    Eingabe eingabe(welt.schlange("haupt"), {});
+    eingabe.beginne();
+    Terminaldialog dialog(stdout, eingabe);
+    const auto frage = [&] { return dialog.frage({"Frage?", "Darum.", {"Ja", "Nein"}}); };
+    const std::string getippt = "2\n Ja \t\n3\nNein!\n1"; // the last line has no end
+    ASSERT_EQ(::write(rohr[1], getippt.data(), getippt.size()), std::ssize(getippt));
+    for (const int antwort : {1, 0, -1, -1})
+        EXPECT_EQ(frage(), antwort);
+    ::close(rohr[1]);
+    for (const int antwort : {0, -1})
+        EXPECT_EQ(frage(), antwort);
 }
 
 } // namespace

@@ -7,8 +7,6 @@
 #include <sys/resource.h>
 #include <sys/socket.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <functional>
 #include <vector>
 
@@ -28,23 +26,17 @@ inline void imEngpass(std::size_t frei, const std::function<void()>& was) {
     ::setrlimit(RLIMIT_NOFILE, &vorher);
 }
 
-inline std::vector<int> offeneDeskriptoren() {
-    std::vector<int> offene;
-    for (const auto& eintrag : std::filesystem::directory_iterator("/dev/fd"))
-        offene.push_back(std::stoi(eintrag.path().filename()));
-    return offene;
-}
-
 /// How many sockets with `port` at the end that `frage` tells (`getsockname`, `getpeername`) a tool would
 /// inherit.
-template <typename Frage>
-int vererbbareSockets(Frage frage, std::uint16_t port) {
-    return static_cast<int>(std::ranges::count_if(offeneDeskriptoren(), [&](int nummer) {
+int vererbbareSockets(auto frage, std::uint16_t port) {
+    int anzahl = 0;
+    for (int nummer = 0; nummer < 1'000; ++nummer) {
         sockaddr_in stelle{};
         socklen_t laenge = sizeof stelle;
-        return frage(nummer, reinterpret_cast<sockaddr*>(&stelle), &laenge) == 0 &&
-               stelle.sin_port == htons(port) && (::fcntl(nummer, F_GETFD) & FD_CLOEXEC) == 0;
-    }));
+        anzahl += frage(nummer, reinterpret_cast<sockaddr*>(&stelle), &laenge) == 0 &&
+                  stelle.sin_port == htons(port) && (::fcntl(nummer, F_GETFD) & FD_CLOEXEC) == 0;
+    }
+    return anzahl;
 }
 
 } // namespace mobilsteg

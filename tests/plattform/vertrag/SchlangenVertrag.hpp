@@ -14,40 +14,39 @@
 namespace mobilsteg {
 
 /// A queue, and the way to let it go on.
-class Schlangenbank {
-public:
+struct Schlangenbank {
     virtual ~Schlangenbank() = default;
     virtual Schlange& q() = 0;
     virtual void halt() = 0;
     virtual void laufeWeiter() { std::this_thread::yield(); }
 };
 
-/// Defined by each test program for the queues that it names.
-[[nodiscard]] std::unique_ptr<Schlangenbank> neueBank(const std::string& art);
+/// Defined by each test program for its queue.
+[[nodiscard]] std::unique_ptr<Schlangenbank> neueBank();
 
-class SchlangenVertrag : public testing::TestWithParam<std::string> {
-protected:
+struct SchlangenVertrag : testing::Test {
     void bis(const std::atomic<bool>& wert) {
         for (const Dauer ende = uhr.monoton() + std::chrono::seconds(30); !wert; bank->laufeWeiter())
             ASSERT_LT(uhr.monoton(), ende) << "vergeblich gewartet";
     }
 
     Systemuhr uhr;
-    std::unique_ptr<Schlangenbank> bank = neueBank(GetParam());
+    std::unique_ptr<Schlangenbank> bank = neueBank();
     Schlange& q = bank->q();
-    AsioSchlange andere{"andere"}; // goes first: its jobs may be waiting for q
     std::atomic<bool> fertig = false;
 };
 
-TEST_P(SchlangenVertrag, laesstAuftraegeInDerFolgeIhrerUebergabeLaufenBisZumHalt) {
+TEST_F(SchlangenVertrag, laesstAuftraegeInDerFolgeIhrerUebergabeLaufenBisZumHalt) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    AsioSchlange andere("andere");
     std::string folge; // without a lock: only q touches it
     andere.async([&] {
-        EXPECT_TRUE(andere.istHier() && !q.istHier());
         for (const char buchstabe : {'a', 'b', 'c'})
             q.async([&, buchstabe] { folge += buchstabe; });
         q.sync([&] { folge += "s "; });
         q.async([&] {
             EXPECT_TRUE(q.istHier() && !andere.istHier());
+            EXPECT_DEATH(q.sync([] {}), "Programmierfehler: .*" + q.bezeichnung());
             q.async([&] { folge += "eigener "; });
             // A queue may wait for another one.
             andere.sync([&] { q.async([&] { folge += "fremder"; }); });
@@ -56,27 +55,11 @@ TEST_P(SchlangenVertrag, laesstAuftraegeInDerFolgeIhrerUebergabeLaufenBisZumHalt
     });
     bis(fertig);
     EXPECT_EQ(folge, "abcs eigener fremder");
-
     bank->halt();
-    fertig = false;
-    andere.async([&] {
-        q.async([] { ADD_FAILURE(); });
-        q.sync([] { ADD_FAILURE(); });
-        fertig = true;
-    });
-    bis(fertig);
+    andere.sync([&] { q.sync([] { ADD_FAILURE(); }); }); // returns, though nothing runs
 }
 
-TEST_P(SchlangenVertrag, syncAufSichSelbstBeendetDasProgramm) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    q.async([&] {
-        EXPECT_DEATH(q.sync([] {}), "Programmierfehler: .*" + q.bezeichnung());
-        fertig = true;
-    });
-    bis(fertig);
-}
-
-TEST_P(SchlangenVertrag, holtVersaeumteTakteEinmalNachUndKehrtInsRasterZurueck) {
+TEST_F(SchlangenVertrag, holtVersaeumteTakteEinmalNachUndKehrtInsRasterZurueck) {
     constexpr Dauer periode = std::chrono::milliseconds(40);
     std::vector<Dauer> laeufe; // touched by q alone
     const Dauer beginn = uhr.monoton();
@@ -96,28 +79,26 @@ TEST_P(SchlangenVertrag, holtVersaeumteTakteEinmalNachUndKehrtInsRasterZurueck) 
     EXPECT_LT(laeufe.size(), 90U) << "counted on from the late run";
 }
 
-TEST_P(SchlangenVertrag, zeitgeberEndetMitSeinemGriff) {
+TEST_F(SchlangenVertrag, zeitgeberEndetMitSeinemGriff) {
     using namespace std::chrono_literals;
     Zeitgeber selbst;
-    std::atomic<int> eigene = 0;
-    std::atomic<int> fremde = 0;
-    std::atomic<bool> genug = false;
+    std::atomic<int> eigene = 0, fremde = 0;
     q.async([&] {
         selbst = q.wiederhole(0ms, 1ms, [&] {
             if (++eigene == 2)
                 selbst.reset(); // from inside the job
         });
     });
-    Zeitgeber fremder = q.wiederhole(0ms, 1ms, [&] { genug = ++fremde >= 3 && eigene >= 2; });
-    bis(genug);
+    Zeitgeber fremder = q.wiederhole(0ms, 1ms, [&] { fertig = ++fremde >= 3 && eigene >= 2; });
+    bis(fertig);
     fremder.reset();
     int danach = 0;
-    andere.async([&] {
-        q.sync([&] { danach = fremde; }); // a run that had begun is over now
-        fremder = q.wiederhole(10ms, 1h, [&] { fertig = true; });
+    std::atomic<bool> spaeter = false;
+    q.async([&] {
+        danach = fremde; // a run that had begun is over now
+        fremder = q.wiederhole(10ms, 1h, [&] { spaeter = true; });
     });
-    bis(fertig);
-    andere.sync([] {}); // the handle is in its place
+    bis(spaeter);
     EXPECT_EQ(fremde, danach);
     EXPECT_EQ(eigene, 2);
     bank.reset();
