@@ -3,15 +3,20 @@
 #include "handy/Lauf.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Kindprozess.hpp"
+#include "plattform/Text.hpp"
 #include "tests/hilfe/Klient.hpp"
 #include "tests/hilfe/Ordner.hpp"
 
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
 #include <csignal>
 #include <functional>
 #include <memory>
-#include <optional>
-#include <string>
-#include <vector>
+#include <thread>
 
 namespace mobilsteg {
 
@@ -21,29 +26,70 @@ inline const std::string vpnEinstellungen = "/heim/Library/Preferences/de.mobils
 inline const std::string anwendungsordner = "/heim/Library/Application Support/Mobilsteg Bordlotse/";
 inline const std::string standdatei = anwendungsordner + "stand.json";
 inline const std::string protokolldatei = "/heim/Library/Logs/MobilstegBordlotse.log";
-inline const std::string helfermarke = anwendungsordner + "volltunnel.stopp.laeuft";
 inline const std::string tunnellog = "/heim/Library/Logs/MobilstegVolltunnel.log";
 
 inline constexpr const char* vpnLotse = "mobilsteg-vpnlotse";
+inline constexpr const char* laeuftImStand = R"("volltunnel": true)";
 
-/// The settings of a user of that edition who has seen all explanations and wants the tunnel.
-inline constexpr const char* vpnBenutzer = R"({"b2b.erklaert":true,"volltunnel.erklaert":true,
-    "volltunnel":true,"nurVPN":false,"austritt.dienst":"http://austritt.probe/"})";
+/// Where a shipped program of that name lies.
+inline std::string programmpfad(const std::string& name) {
+    return BIN_ORDNER "/" + name;
+}
+
+inline bool portFrei(int port) {
+    return !Klient(port).verbunden;
+}
+
+/// Asks until it holds. False: it did not in a time that is ample on a busy machine, too.
+[[nodiscard]] inline bool warteBis(const std::function<bool()>& bedingung, double sekunden = 45) {
+    const auto frist = std::chrono::steady_clock::now() + std::chrono::duration<double>(sekunden);
+    while (!bedingung()) {
+        if (std::chrono::steady_clock::now() > frist)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return true;
+}
 
 /// A program started by a test, in a process group of its own; ended with the test if it still runs then.
 class Programm {
 public:
     /// Its outputs go to `ausgabe`, a file; its standard input is a pipe held open by this object.
-    /// `umstand`: what a shell does before it becomes the program, such as setting limits.
-    Programm(std::vector<std::string> worte, const std::string& ausgabe, const std::string& umstand = ":");
-    ~Programm();
+    Programm(std::vector<std::string> worte, const std::string& ausgabe) {
+        int rohr[2];
+        EXPECT_EQ(::pipe2(rohr, O_CLOEXEC), 0);
+        const Deskriptor lesen(rohr[0]);
+        eingabe_ = Deskriptor(rohr[1]);
+        worte.insert(worte.begin(), {"-c", R"(exec "$@" >>"$0" 2>&1)", ausgabe});
+        auto versuch = starteProzess("/bin/sh", worte, {lesen.nummer(), true});
+        EXPECT_TRUE(versuch.kind) << versuch.grund;
+        kind_ = std::move(versuch.kind).value();
+    }
+    ~Programm() {
+        eingabe_.schliesse();
+        if (!status_)
+            sende(SIGTERM);
+        if (!warteAufEnde()) {
+            ADD_FAILURE() << "ließ sich nicht beenden";
+            toete();
+        }
+    }
 
     void sende(int signal) const { ::kill(kind_.nummer, signal); }
     void sendeGruppe(int signal) const { ::kill(-kind_.nummer, signal); } ///< as a terminal does
-    void tippe(const std::string& zeile) const;
+    void tippe(const std::string& zeile) const {
+        EXPECT_GT(::dprintf(eingabe_.nummer(), "%s\n", zeile.c_str()), 0);
+    }
+    void toete() {
+        sende(SIGKILL);
+        warteAufEnde();
+    }
     /// Waits for its end: exit code, or the signal's number. Absent: it did not end in time.
-    std::optional<int> warteAufEnde();
-    void toete();
+    std::optional<int> warteAufEnde() {
+        if (!status_ && warteBis([&] { return kind_.istBeendet(); }))
+            status_ = kind_.warteUndErnte();
+        return status_;
+    }
 
 private:
     Deskriptor eingabe_;
@@ -51,75 +97,121 @@ private:
     std::optional<int> status_;
 };
 
-/// A simulated phone that really runs.
+/// A simulated phone that really runs, the first, second … one of its trip.
 class Probehandy {
 public:
-    Probehandy(const std::string& ordner, std::vector<std::string> optionen);
+    Probehandy(int nummer, const std::string& ordner, std::vector<std::string> optionen)
+        : adbPort_(std::to_string(5650 + nummer)), steuerport_(std::to_string(5660 + nummer)) {
+        std::filesystem::create_directories(ordner);
+        optionen.insert(optionen.begin(), {programmpfad("mobilsteg-probehandy"), "--ordner", ordner, "--port",
+                                           adbPort_, "--steuerport", steuerport_, "--adb-server",
+                                           std::getenv("ANDROID_ADB_SERVER_PORT")});
+        programm_ = std::make_unique<Programm>(optionen, ordner + "/ausgabe");
+        EXPECT_TRUE(warteBis([&] { return liesDatei(ordner + "/ausgabe").value_or("").ends_with("\n"); }));
+    }
 
     /// Drives it; the test fails when it refuses.
-    std::string sage(const std::string& befehl) const;
+    std::string sage(const std::string& befehl) const {
+        const auto ergebnis = lauf(programmpfad("mobilsteg-probehandy"), {"--sage", steuerport_, befehl}, 60);
+        EXPECT_EQ(ergebnis.status, 0) << befehl << ": " << ergebnis.ausgabe << ergebnis.fehler;
+        return ergebnis.ausgabe;
+    }
     [[nodiscard]] std::string serial() const { return "127.0.0.1:" + adbPort_; }
 
 private:
-    std::unique_ptr<Programm> programm_;
     std::string adbPort_, steuerport_;
+    std::unique_ptr<Programm> programm_;
 };
 
-/// A trip with the shipped programs: an adb server of its own, a simulated Mac, a fresh home.
+/// A trip with the shipped programs: an adb server of its own, a simulated Mac, a fresh home. Its user has
+/// seen all explanations; the one of the VPN edition wants the tunnel.
 class Fahrtbank {
 public:
-    Fahrtbank();
-    ~Fahrtbank();
+    Fahrtbank() {
+        ::setenv("ANDROID_ADB_SERVER_PORT", "5643", 1);
+        EXPECT_TRUE(portFrei(1080)) << "Port 1080 ist belegt: die Fahrt braucht ihn";
+        const auto aufbau = lauf("/bin/sh", {QUELL_ORDNER "/probe/mac/aufbauen", ordner.pfad() + "/mac"}, 60);
+        EXPECT_EQ(aufbau.status, 0) << aufbau.fehler;
+        ordner.lege(einstellungen, R"({"profil":"reise","austritt.dienst":"http://austritt.probe/"})");
+        mitTunnel(vpnEinstellungen);
+    }
+    ~Fahrtbank() {
+        programm.reset();
+        (void)adb({"kill-server"});
+    }
+
+    void mitTunnel(const std::string& datei) const {
+        ordner.lege(datei,
+                    R"({"profil":"reise","b2b.erklaert":true,"volltunnel.erklaert":true,"volltunnel":true,
+                               "nurVPN":false,"austritt.dienst":"http://austritt.probe/"})");
+    }
 
     /// A phone on the cable unless told otherwise.
-    std::unique_ptr<Probehandy> handy(std::vector<std::string> optionen = {"--stecken", "--erlaubt"});
-    /// Starts the program; `umstand` happens in the home.
-    void starte(const std::string& name = "mobilsteg-bordlotse", const std::string& umstand = ":",
-                const std::vector<std::string>& optionen = {"--terminal"});
-    /// Runs the program with other options to its end.
-    [[nodiscard]] Ergebnis rufe(const std::string& option) const;
+    std::unique_ptr<Probehandy> handy(const std::vector<std::string>& optionen = {"--stecken", "--erlaubt"}) {
+        (void)adb({"start-server"});
+        ++handys_;
+        return std::make_unique<Probehandy>(handys_, ordner.pfad() + "/handy" + std::to_string(handys_),
+                                            optionen);
+    }
+    void starte(const std::string& name = "mobilsteg-bordlotse",
+                const std::vector<std::string>& optionen = {"--terminal"}) {
+        programm = std::make_unique<Programm>(aufruf(name, optionen), ordner.pfad() + "/ausgabe");
+    }
+    /// Runs the program to its end.
+    [[nodiscard]] Ergebnis rufe(const std::vector<std::string>& optionen) const {
+        const auto worte = aufruf("mobilsteg-bordlotse", optionen);
+        return lauf(worte.front(), {worte.begin() + 1, worte.end()}, 60);
+    }
 
-    /// The state document's phase, once it begins with `anfang`; the test fails when that takes too long.
-    void erwartePhase(const std::string& anfang) const;
+    /// Waits for that phase in the state document; the test fails when it takes too long.
+    void erwartePhase(const std::string& anfang) const {
+        EXPECT_TRUE(imStand("\"phase\": \"" + anfang)) << anfang << ordner.lies(standdatei) << protokoll();
+    }
     /// The test fails when anything of the program, or of one before it, is left.
-    void erwarteNichts() const;
+    void erwarteNichts() const {
+        EXPECT_FALSE(proxyAn());
+        EXPECT_EQ(forwards(), "");
+        EXPECT_TRUE(portFrei(1081)) << "an adb server that the program started must not have inherited it";
+        EXPECT_TRUE(warteBis([&] { return !helferLaeuft(); }));
+    }
     /// Whether that piece comes to stand in a file, in the printed panel, in the state document.
-    [[nodiscard]] bool kommt(const std::string& datei, const std::string& stueck) const;
+    [[nodiscard]] bool kommt(const std::string& datei, const std::string& stueck) const {
+        return warteBis([&] { return ordner.lies(datei).find(stueck) != std::string::npos; });
+    }
     [[nodiscard]] bool zeigt(const std::string& stueck) const { return kommt("/ausgabe", stueck); }
-    [[nodiscard]] bool imStand(const std::string& s) const { return kommt(standdatei, s); }
+    [[nodiscard]] bool imStand(const std::string& stueck) const { return kommt(standdatei, stueck); }
 
-    [[nodiscard]] std::string stand() const { return ordner.lies(standdatei); }
-    [[nodiscard]] std::string ausgabe() const { return ordner.lies("/ausgabe"); }
     [[nodiscard]] std::string protokoll() const { return ordner.lies(protokolldatei); }
-    [[nodiscard]] int zeilenMit(const std::string& stueck) const; ///< of the log
-    [[nodiscard]] std::string adb(const std::vector<std::string>& worte) const;
+    [[nodiscard]] std::string adb(const std::vector<std::string>& worte) const {
+        return std::string(beschnitten(lauf(ordner.pfad() + "/mac/opt/homebrew/bin/adb", worte, 60).ausgabe));
+    }
     [[nodiscard]] std::string forwards() const { return adb({"forward", "--list"}); }
     [[nodiscard]] bool proxyAn() const {
         return ordner.lies("/mac/zustand/socks").find("Wi-Fi\ton\t") != std::string::npos;
     }
-    [[nodiscard]] bool helferLaeuft() const { return existiert(ordner.pfad() + helfermarke); }
+    [[nodiscard]] bool helferLaeuft() const {
+        return existiert(ordner.pfad() + anwendungsordner + "volltunnel.stopp.laeuft");
+    }
 
     std::unique_ptr<Programm> programm;
     Ordner ordner;
 
 private:
+    /// In a package of its own, so that what lies in the build folder's resources makes no difference.
     [[nodiscard]] std::vector<std::string> aufruf(const std::string& name,
-                                                  const std::vector<std::string>& optionen) const;
+                                                  std::vector<std::string> optionen) const {
+        const std::string& o = ordner.pfad();
+        const std::string lege =
+            R"(cd "$0" && mkdir -p bin Resources && cp -n "$1" "$1"-fenster bin; cp -n "$2" Resources)";
+        (void)lauf("/bin/sh",
+                   {"-c", lege, o, programmpfad(name), QUELL_ORDNER "/probe/tunnel/mobilsteg-volltunnel"},
+                   60);
+        optionen.insert(optionen.begin(),
+                        {o + "/bin/" + name, "--heim", o + "/heim", "--wurzel", o + "/mac"});
+        return optionen;
+    }
 
     int handys_ = 0;
 };
-
-/// Where a shipped program of that name lies.
-[[nodiscard]] inline std::string programmpfad(const std::string& name) {
-    return BIN_ORDNER "/" + name;
-}
-
-/// Asks until it holds. False: it did not in a time that is ample on a busy machine, too.
-[[nodiscard]] bool warteBis(const std::function<bool()>& bedingung, double sekunden = 45);
-
-/// Whether nobody listens on that loopback port.
-[[nodiscard]] inline bool portFrei(int port) {
-    return !Klient(port).verbunden;
-}
 
 } // namespace mobilsteg

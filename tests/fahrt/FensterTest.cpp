@@ -1,23 +1,21 @@
 // The menu-bar program on a virtual display: a real click on the item, a real click on a checkbox.
 
-#include "plattform/Text.hpp"
 #include "tests/fahrt/Fahrtbank.hpp"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <regex>
 
 using namespace mobilsteg;
 
 namespace {
 
-std::string xdotool(const std::vector<std::string>& worte) {
-    return lauf("/usr/bin/xdotool", worte, 60).ausgabe;
+std::string xdotool(const std::string& worte) {
+    return lauf("/bin/sh", {"-c", "xdotool " + worte}, 60).ausgabe;
 }
 
 void klicke(int x, int y) {
-    (void)xdotool({"mousemove", std::to_string(x), std::to_string(y), "click", "1"});
+    (void)xdotool("mousemove " + std::to_string(x) + " " + std::to_string(y) + " click 1");
 }
 
 struct Fenster {
@@ -27,12 +25,11 @@ struct Fenster {
 /// The program's visible panel, told by its width of 330; height 0: there is none.
 Fenster panel() {
     static const std::regex lage("X=(\\d+)\nY=(\\d+)\nWIDTH=330\nHEIGHT=(\\d+)");
-    const std::string fenster =
-        xdotool({"search", "--onlyvisible", "--class", "mobilsteg", "getwindowgeometry", "--shell", "%@"});
+    const auto fenster = xdotool("search --onlyvisible --class mobilsteg getwindowgeometry --shell %@");
     std::smatch zahlen;
-    return std::regex_search(fenster, zahlen, lage)
-               ? Fenster{std::stoi(zahlen[1]), std::stoi(zahlen[2]), std::stoi(zahlen[3])}
-               : Fenster{};
+    if (!std::regex_search(fenster, zahlen, lage))
+        return {};
+    return {std::stoi(zahlen[1]), std::stoi(zahlen[2]), std::stoi(zahlen[3])};
 }
 
 /// Clicks on the item until the panel is there: the tray takes the item in when it likes, and a click that
@@ -46,29 +43,26 @@ bool oeffnePanel() {
 
 TEST(Fenster, einKlickOeffnetDasPanelUndEinKlickStelltUm) {
     const Ordner ordner;
-    const auto starte = [&](const std::string& name, const std::string& worte) {
-        const std::vector<std::string> befehl = {"/bin/sh", "-c", "exec " + name + " " + worte};
-        return std::make_unique<Programm>(befehl, ordner.pfad() + "/" + name);
-    };
-    const auto anzeige = starte("Xvfb", "-displayfd 1 -screen 0 1280x900x24 -nolisten tcp");
-    ASSERT_TRUE(warteBis([&] { return ordner.lies("/Xvfb").ends_with('\n'); }));
-    ::setenv("DISPLAY", (":" + std::string(beschnitten(ordner.lies("/Xvfb")))).c_str(), 1);
+    const Programm anzeige({"Xvfb", "-displayfd", "1", "-screen", "0", "1280x900x24", "-nolisten", "tcp"},
+                           ordner.pfad() + "/nummer");
+    ASSERT_TRUE(warteBis([&] { return ordner.lies("/nummer").ends_with('\n'); }));
+    ::setenv("DISPLAY", (":" + std::string(beschnitten(ordner.lies("/nummer")))).c_str(), 1);
     ::unsetenv("QT_QPA_PLATFORM");
-    const auto verwalter = starte("openbox", "");
-    const auto leiste = starte("trayer", "--edge top --align right --widthtype request --height 24");
+    const Programm verwalter({"openbox"}, ordner.pfad() + "/rest");
+    const Programm leiste(
+        {"trayer", "--edge", "top", "--align", "right", "--widthtype", "request", "--height", "24"},
+        ordner.pfad() + "/rest");
     Fahrtbank bank;
-    bank.starte("mobilsteg-bordlotse", ":", {});
+    bank.starte("mobilsteg-bordlotse", {});
     bank.erwartePhase("Kein Handy am Kabel");
-    ASSERT_TRUE(oeffnePanel()) << bank.ausgabe();
+    ASSERT_TRUE(oeffnePanel());
 
     const Fenster kleines = panel();
-    const std::string experte = "\"experte\": true";
-    EXPECT_EQ(bank.ordner.lies(einstellungen).find(experte), std::string::npos);
     klicke(kleines.x + 20, kleines.y + kleines.hoehe - 24); // the box at the left of the bottom row
-    EXPECT_TRUE(bank.kommt(einstellungen, experte)) << bank.ausgabe();
+    EXPECT_TRUE(bank.kommt(einstellungen, "\"experte\": true"));
     EXPECT_TRUE(warteBis([&] { return panel().hoehe > kleines.hoehe; })) << "the expert's block";
 
-    (void)xdotool({"key", "Escape"});
+    (void)xdotool("key Escape");
     EXPECT_TRUE(warteBis([] { return panel().hoehe == 0; }));
     EXPECT_TRUE(oeffnePanel()) << "it opens again";
 
