@@ -33,8 +33,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* wieder = "printed and read again it is the same";
-
 void verlange(bool gilt, const char* was) {
     if (!gilt)
         throw std::logic_error(was);
@@ -49,6 +47,13 @@ void verlangeEinzeilig(std::string_view text) {
     verlange(!text.empty() && text.find('\n') == std::string_view::npos, "one line, and not an empty one");
 }
 
+/// What is read of the bytes and printed as the tool prints it is read again as the same.
+void verlangeRundweg(std::string_view bytes, std::string (*liesUndDrucke)(const std::string&)) {
+    const std::string gedruckt = liesUndDrucke(alsUtf8(bytes));
+    verlangeUtf8(gedruckt);
+    verlange(liesUndDrucke(gedruckt) == gedruckt, "printed and read again it is the same");
+}
+
 /// An input for two readers: what stands before and behind the first line of "====".
 std::pair<std::string, std::string> geteilt(const std::string& bytes) {
     const auto grenze = std::min(bytes.find("\n====\n"), bytes.size());
@@ -58,104 +63,72 @@ std::pair<std::string, std::string> geteilt(const std::string& bytes) {
 // --- what the tools print ---------------------------------------------------------------------------------
 
 void adb(std::string_view bytes) {
-    auto geraete = Adb::lies(alsUtf8(bytes));
-    std::string gedruckt = "List of devices attached\n";
-    for (auto& g : geraete) {
-        verlangeEinzeilig(g.serial);
-        verlangeEinzeilig(g.zustand);
-        verlange((g.serial + g.zustand).find(' ') == std::string::npos, "a serial is one argument");
-        gedruckt += g.serial + "  " + g.zustand + (g.amKabel ? " usb:1-1\n" : "\n");
-        verlangeUtf8(std::exchange(g.modell, ""));
-    }
-    auto wiedergelesene = Adb::lies(gedruckt);
-    for (auto& g : wiedergelesene)
-        g.modell.clear(); // a state may look like a model
-    verlange(wiedergelesene == geraete, wieder);
+    verlangeRundweg(bytes, [](const std::string& liste) {
+        std::string gedruckt = "List of devices attached\n";
+        for (const auto& geraet : Adb::lies(liste)) {
+            verlangeUtf8(geraet.modell);
+            gedruckt += geraet.serial + "  " + geraet.zustand + (geraet.amKabel ? " usb:1-1\n" : "\n");
+        }
+        return gedruckt;
+    });
 }
 
 void netzdienste(std::string_view bytes) {
     const auto [route, liste] = geteilt(alsUtf8(bytes));
-    const auto gedruckt = [](const std::vector<Netzwerkdienst>& dienste) {
-        std::string text;
-        for (const auto& [name, eingeschaltet, anschluss] : dienste) {
-            verlangeEinzeilig(name);
-            text += (eingeschaltet ? "(1) " : "(*) ") + name + "\n" + anschluss + "\n";
-        }
-        return text;
-    };
-    const auto dienste = SystemProxy::liesDienste(liste);
-    const auto einmal = gedruckt(dienste);
-    verlange(gedruckt(SystemProxy::liesDienste(einmal)) == einmal, wieder);
+    verlangeRundweg(liste, [](const std::string& text) {
+        std::string gedruckt;
+        for (const auto& [name, eingeschaltet, anschluss] : SystemProxy::liesDienste(text))
+            gedruckt += (eingeschaltet ? "(1) " : "(*) ") + name + "\n" + anschluss + "\n";
+        return gedruckt;
+    });
     const auto schnittstelle = SystemProxy::schnittstelle(route);
     verlangeEinzeilig(schnittstelle.value_or("en0"));
-    verlangeEinzeilig(SystemProxy::dienstFuer(schnittstelle, dienste).value_or("Wi-Fi"));
-}
-
-void proxyziel(std::string_view bytes) {
-    if (SystemProxy::zeigtAufUns(bytes))
-        for (const auto* teil : {"Enabled: Yes", "Server: 127.0.0.1", "Port: 1080"})
-            verlange(bytes.find(teil) != std::string_view::npos, "a proxy of the user's own is not ours");
+    verlangeEinzeilig(
+        SystemProxy::dienstFuer(schnittstelle, SystemProxy::liesDienste(liste)).value_or("Wi-Fi"));
 }
 
 void vpnliste(std::string_view bytes) {
-    const auto [liste, bekanntes] = geteilt(alsUtf8(bytes));
-    const auto bekannte = teile(bekanntes, '\n');
-    const auto namen = Erhebung::liesDienste(liste, {bekannte.begin(), bekannte.end()});
-    std::string gedruckt;
-    for (const auto& name : namen) {
-        verlangeEinzeilig(name);
-        verlange(std::ranges::find(bekannte, name) == bekannte.end(), "a name that is not known");
-        gedruckt += "* (Connected)   2B1E4C5D VPN (x) \"" + name + "\"   [VPN:x]\n";
-    }
-    verlange(Erhebung::liesDienste(gedruckt, {}) == namen, wieder);
+    verlangeRundweg(bytes, [](const std::string& liste) {
+        std::string gedruckt;
+        for (const auto& name : Erhebung::liesDienste(liste, {"Firma 7"}))
+            gedruckt += "* (Connected)   2B1E4C5D VPN (x) \"" + name + "\"   [VPN:x]\n";
+        return gedruckt;
+    });
 }
 
 void verbindungen(std::string_view bytes) {
     const std::string lsof = alsUtf8(bytes);
     auto soll = Erhebung::liesVerbindungen(lsof);
-    for (auto* liste : {&soll.durch, &soll.vorbei}) {
-        verlange(liste->size() <= 8, "the most frequent ones only");
+    for (auto* liste : {&soll.durch, &soll.vorbei})
         for (auto& eintrag : *liste) { // "name (count)"
             verlangeEinzeilig(eintrag);
             const auto zahl = eintrag.rfind('(') + 1;
             eintrag.replace(zahl, eintrag.npos, std::to_string(2 * std::stol(eintrag.substr(zahl))) + ")");
         }
-    }
     verlange(Erhebung::liesVerbindungen(lsof + "\n" + lsof) == soll, "twice the rows, twice the number");
 }
 
 void tunnelbericht(std::string_view bytes) {
     const auto bericht = Erhebung::liesTunnelbericht(bytes);
-    verlange(bericht.eintraege.size() == bericht.namen.size(), "a name for each entry");
-    for (std::size_t i = 0; i < bericht.namen.size(); ++i) {
-        verlangeUtf8(bericht.eintraege[i]);
-        verlange(bericht.eintraege[i].starts_with(bericht.namen[i]), "an entry begins with its name");
-    }
-    for (const auto& ziel : Erhebung::liste_ips(bericht.eintraege))
-        verlange(teile(ziel, '.').size() == 4, "what may be an address");
+    const auto beginntMit = [](const auto& eintrag, const auto& name) { return eintrag.starts_with(name); };
+    verlange(std::ranges::equal(bericht.eintraege, bericht.namen, beginntMit), "an entry for each name");
+    verlangeUtf8(verbunden(bericht.eintraege, ""));
 }
 
 void skriptfehler(std::string_view bytes) {
-    const auto fehler = liesSkriptfehler(alsUtf8(bytes));
-    if (!fehler.meldung)
-        return;
-    verlangeEinzeilig(*fehler.meldung);
-    const auto gelesen = liesSkriptfehler("0:9: execution error: " + *fehler.meldung + " (" +
-                                          std::to_string(fehler.nummer) + ")\n");
-    verlange(gelesen.meldung == fehler.meldung && gelesen.nummer == fehler.nummer, wieder);
+    verlangeRundweg(bytes, [](const std::string& ausgabe) {
+        const auto fehler = liesSkriptfehler(ausgabe);
+        verlangeEinzeilig(fehler.meldung.value_or("keine"));
+        const auto nummer = " (" + std::to_string(fehler.nummer) + ")\n";
+        return fehler.meldung ? "0:9: execution error: " + *fehler.meldung + nummer : "";
+    });
 }
 
 void skriptquelle(std::string_view bytes) {
-    const auto befehlFuer = [](const std::string& d) {
-        return tunnelbefehl("/" + d + "/h", "/" + d + "/s", "/" + d + "/p", 1, {d, false, true});
-    };
     std::string dienst = alsUtf8(bytes);
     std::erase(dienst, '\''); // the one character that is trusted not to be there
-    const auto befehl = befehlFuer(dienst);
-    std::string soll;
-    for (const char c : befehlFuer("\x01"))
-        soll += c == '\x01' ? dienst : std::string(1, c);
-    verlange(befehl == soll && soll.find(" '" + dienst + "' ") != std::string::npos,
+    const auto befehl = tunnelbefehl("/h", "/s", "/p", 1, {dienst, false, true});
+    verlange(befehl.find(" '" + dienst + "' ") != befehl.npos,
              "a name is one word, never a command of root's");
     std::string literal = "do shell script \"";
     for (const char c : befehl)
@@ -172,10 +145,8 @@ void antwort(std::string_view bytes) {
         return;
     if (const auto werte = Anzeige().zeige(*gelesen, "Mac", std::chrono::seconds(1)))
         verlangeUtf8(verbunden(werte->gleise, "") + werte->menge + werte->rettung);
-    Standangaben angaben;
-    angaben.name = "Mac";
-    const auto stand = standDokument(angaben, gelesen);
-    verlange(stand == standDokument(angaben, Antwort::ausJson(json::parse(bytes).dump(1))),
+    const auto stand = standDokument({}, gelesen);
+    verlange(stand == standDokument({}, Antwort::ausJson(json::parse(bytes).dump(1))),
              "white space and order of the keys do not count");
     verlange(json::parse(stand).dump(2) == stand, "the state document is JSON");
 }
@@ -198,23 +169,20 @@ void standdienst(std::string_view bytes) {
         dienst.starte();
         dienst.setzeDokument(dokument);
     }
-    const auto stuecke = teile(bytes, '\0');
     Klient klient(dienst.port());
     verlange(klient.verbunden, "a connection");
-    for (const auto stueck : stuecke)
+    for (const auto stueck : teile(bytes, '\0'))
         klient.sende(stueck);
     klient.sagtNichtsMehr();
     auto alles = klient.lies();
     klient.reisseAb(); // thousands of lingering connections would use up the ports
-    // A client that goes on behind a whole request may find the connection closed, but has its answer.
+    // One that talks on behind a whole request may find the connection closed, but has its answer.
     alles.resize(std::min(alles.rfind("[kein Ende: " + std::to_string(ECONNRESET)), alles.size()));
     // Pieces may arrive together: any beginning of the request may be the one that was answered.
     std::string bisher;
-    bool erwartet = stuecke.empty() && alles == Standdienst::antwort("", dokument);
-    for (const auto stueck : stuecke) {
-        bisher += stueck;
-        erwartet = erwartet || alles == Standdienst::antwort(bisher, dokument);
-    }
+    bool erwartet = teile(bytes, '\0').empty() && alles == Standdienst::antwort("", dokument);
+    for (const auto stueck : teile(bytes, '\0'))
+        erwartet = alles == Standdienst::antwort(bisher += stueck, dokument) || erwartet;
     verlange(erwartet, "one whole answer");
 }
 
@@ -223,21 +191,18 @@ void einstellungen(std::string_view bytes) {
     const std::string pfad = ordner.lege("/einstellungen.json", std::string(bytes));
     const std::string beiseite = pfad + ".defekt";
     std::remove(beiseite.c_str());
-    json soll = json::parse(bytes, nullptr, false);
-    const auto lies = [&](const std::unique_ptr<Einstellungen>& e) {
-        return std::pair(e->text("profil"), e->tabelle("bericht.stand"));
-    };
     const auto speicher = dateiEinstellungen(pfad);
-    const auto gelesen = lies(speicher);
-    verlange(!gelesen.first || soll["profil"] == *gelesen.first, "a text that stands there");
-    verlange(!gelesen.second || soll["bericht.stand"] == json(*gelesen.second), "a table that stands there");
+    const auto profil = speicher->text("profil");
+    const auto tabelle = speicher->tabelle("bericht.stand");
     const std::string wert = alsUtf8(bytes.substr(0, 40));
     speicher->setzeText("proxy.dienst", wert);
     const auto danach = dateiEinstellungen(pfad);
-    verlange(danach->text("proxy.dienst") == wert && lies(danach) == gelesen,
+    verlange(danach->text("proxy.dienst") == wert && danach->text("profil") == profil &&
+                 danach->tabelle("bericht.stand") == tabelle,
              "what is stored is read by the next run");
     if (existiert(beiseite))
         return verlange(liesDatei(beiseite) == bytes, "what is not understood is kept, not lost");
+    json soll = json::parse(bytes, nullptr, false);
     soll["proxy.dienst"] = wert;
     verlange(json::parse(liesDatei(pfad).value_or("")) == soll, "other keys stay as they are");
 }
@@ -277,12 +242,11 @@ void eingabe(std::string_view bytes) {
     std::string getippt; // the byte 1 stands for what a fuzzer is too slow to type
     for (const char c : bytes)
         getippt += c == 1 ? std::string(30'000, 'x') : std::string(1, c);
-    std::string soll; // each line as it was typed, an endless one cut
+    std::string soll, gelesen;
     for (std::size_t von = 0, ende = 0; von < getippt.size(); von = ende + 1) {
         ende = std::min(getippt.find('\n', von), getippt.size());
         soll += getippt.substr(von, std::min(ende - von, Zeilen::laengste)) + "\n";
     }
-    std::string gelesen;
     const auto nimm = [&](const std::string& zeile) { gelesen += zeile + "\n"; };
     Zeilen zeilen;
     // As small as the first byte says, so that reads end in the middle of lines.
@@ -298,14 +262,12 @@ void text(std::string_view bytes) {
     const std::string t = alsUtf8(bytes);
     const std::string gedruckt = json(bytes).dump(-1, ' ', false, json::error_handler_t::replace);
     verlange(json::parse(gedruckt) == t, "repaired as the JSON library repairs it");
-    verlange(alsUtf8(t) == t, "what is UTF-8 stays as it is");
     const auto mitte = beschnitten(t);
     verlange(beschnitten(mitte) == mitte && ohneWeissraum(mitte) == ohneWeissraum(t),
              "trimmed of blanks only");
     const std::size_t zeichen = zeichenzahl(t);
     for (const std::size_t n : {std::size_t{0}, zeichen / 2, zeichen, zeichen + 1}) {
         const auto erste = ersteZeichen(t, n);
-        verlangeUtf8(erste);
         verlange(t.starts_with(erste) && zeichenzahl(erste) == std::min(n, zeichen), "whole characters");
     }
 }
@@ -359,7 +321,6 @@ std::span<const Pruefung> pruefungen() {
         {"netzdienste", netzdienste, "  interface: en9\n====\n",
          "(#) LAN #\n(Hardware Port: LAN #, Device: en#)\n\n", ""},
         {"paket", paket, std::string("E\0\xFF\xFF\0\0\0\0@\6\0\0\n\0\0\1\x01\1\1\1", 20), "#", ""},
-        {"proxyziel", proxyziel, "Enabled: Yes\n", "Server: 10.0.0.#\n", "Port: 1080\n"},
         {"skriptfehler", skriptfehler, "", "x: execution error: Fehler #. (-#)\n", ""},
         {"skriptquelle", skriptquelle, "", "'Dienst #\\\"", ""},
         {"standdienst", standdienst, "GET / HTTP/1.1\r\n", "X-Kopf-#: wert\r\n", "\r\n"},
