@@ -1,77 +1,313 @@
 #pragma once
 
-#include "tests/hilfe/KabelWelt.hpp"
+#include "plattform/Text.hpp"
+#include "tests/simulation/Invarianten.hpp"
 
+#include <array>
 #include <random>
 
 namespace mobilsteg {
 
+using namespace std::chrono_literals;
+
 /// The controller's world with faults: every call of a port may fail, hang, be cut off or come late; phones
 /// and forwards come and go, the user clicks, and the process is killed at any call and starts again on what
 /// it left. All of it, the order of the queues included, follows from the seed.
-class Zufallswelt final : public KabelWelt {
+class Zufallswelt final : public Invarianten {
 public:
-    explicit Zufallswelt(std::uint64_t samen);
+    explicit Zufallswelt(std::uint64_t samen)
+        : Invarianten(samen), zufall_(samen * 0x9E3779B97F4A7C15U + 1),
+          stoerungsrate_(std::array{0U, 1U, 5U, 25U}[samen % 4]) {
+        buendelkennung = wuerfel(50) ? "de.mobilsteg.bordlotse" : "de.mobilsteg.vpnlotse";
+        einstellungen.werte["volltunnel.erklaert"] = true;
+        einstellungen.vorAenderung = [this] { portaufruf("Einstellung"); };
+        handys = {neuesHandy("R5CT1")};
+    }
 
-    /// Runs for that many ticks, over as many lives of the process as it takes, then without faults to the
+    /// Runs for a hundred ticks, over as many lives of the process as it takes, then without faults to the
     /// end. The first broken invariant ends it at once.
-    void lebe(int ticks);
-
-    std::map<std::string, int> zaehler; ///< what happened how often
-    std::string verstoss;               ///< the broken invariant; empty: none
-    bool erzaehlt = false;              ///< prints what happens
-    /// Changes the answers that come through the phone's proxy, or from the phone itself; may be empty.
-    std::function<void(bool durchProxy, std::optional<HttpErgebnis>&)> verfaelsche;
+    void lebe() {
+        constexpr int ticks = 100;
+        ereignisse_ = welt.schlange("ereignisse").wiederhole(350ms, 700ms, [this] { ereignis(); });
+        while (zaehler["Ticks"] < ticks && verstoss.empty()) {
+            bisTod_ = wuerfel(70) ? 1 + static_cast<int>(waehle(600)) : 0;
+            starteProzess();
+            const int bis = std::min(zaehler["Ticks"] + 1 + static_cast<int>(waehle(60)), ticks);
+            while (kabel && zaehler["Ticks"] < bis && verstoss.empty())
+                laufe(3s);
+            if (kabel)
+                beendeInOrdnung();
+            laufe(dauer(20000));
+        }
+        if (verstoss.empty())
+            lebeInRuheZuEnde();
+    }
 
 private:
-    // The ports, with their faults.
+    // --- the process's lives -----------------------------------------------------------------------------
+
+    /// The last life begins with faults and goes on without. Of what it met it may keep nothing: with the
+    /// next phone it drives, and in the end, its phone there or gone, nothing is left.
+    void lebeInRuheZuEnde() {
+        starteProzess();
+        laufe(dauer(60000));
+        ereignisse_.reset();
+        stoerungsrate_ = 0;
+        networksetupFehler.clear();
+        forwardFehler.clear();
+        belegtePorts.clear();
+        fremdesHandy = false;
+        tunnel = {};
+        stecke({});
+        laufe(150s);
+        stecke({Modellhandy{}});
+        laufe(60s);
+        const auto& z = zustand();
+        pruefe(z.phase == Phase::Art::faehrt && proxyAn() == z.proxyAutomatisch &&
+                   z.volltunnelAn == z.volltunnelLaeuft && helfer == (z.volltunnelAn ? 1 : 0),
+               "nach den Störungen fährt es wieder: " + z.phase.text());
+        if (wuerfel(50))
+            stecke({});
+        laufe(60s);
+        beendeInOrdnung();
+        laufe(5s);
+        pruefeEnde();
+    }
+
+    void starteProzess() {
+        geschieht("Starts");
+        vergissLetztesLeben();
+        haupt.async([this] {
+            baue();
+            kabel->start();
+        });
+        laufe({});
+    }
+
+    void beendeInOrdnung() {
+        geschieht("Enden in Ordnung");
+        endet_ = true;
+        const int stoerungen = zaehler["Störungen"];
+        bool fertig = false;
+        welt.schlange("signal").async([&] {
+            q->sync([this] { kabel->aufraeumen(); });
+            fertig = true;
+        });
+        // A dialog may stand open, and every tool may hang to its limit.
+        pruefe(welt.laufeBis([&] { return fertig || tot_; }, 400s), "das Aufräumen endet");
+        pruefe(!fertig || zaehler["Störungen"] > stoerungen || !proxyAn(), "am Ende ist kein Proxy gesetzt");
+        begrabeProzess();
+    }
+
+    void begrabeProzess() {
+        stuerzeAb();
+        bisTod_ = 0;
+        tot_ = endet_ = false;
+        // The helper notices that its program is gone, or does not; one that is only coming up always does.
+        if (helfer > 0 && !tunnel.taub && (!existiert(stoppPfad() + ".laeuft") || wuerfel(70)))
+            helferBautZurueck("");
+    }
+
+    void laufe(Dauer d) {
+        if (!verstoss.empty())
+            return;
+        welt.laufe(d);
+        if (tot_)
+            return begrabeProzess();
+        pruefe(welt.verklemmte() == 0, "keine Schlange wartet im Kreis");
+        pruefe(abgebrochen.empty(), "kein Programmierfehler");
+    }
+
+    // --- the ports, with their faults --------------------------------------------------------------------
+
+    struct Stoerung {
+        const char* name = ""; ///< empty: none
+        bool wirkt = true;     ///< the work is done, whatever the answer
+        double wartet = 0;     ///< with the answer, in parts of the call's time limit
+        int status = 0;        ///< of the tool, instead of its own; a request gets no answer
+        std::string (*antwort)(const std::string&) = [](const std::string& ganze) { return ganze; };
+    };
+
+    /// Counts down to the process's death.
+    void portaufruf(const std::string& was) {
+        if (bisTod_ == 0 || --bisTod_ > 0)
+            return;
+        geschieht("Tode", was);
+        tot_ = true;
+        welt.stirb();
+    }
+
+    Stoerung stoere(const std::string& aufruf) {
+        const auto halb = [](const std::string& ganze) { return ganze.substr(0, ganze.size() / 2); };
+        const auto unsinn = [](const std::string&) {
+            return std::string("\uFFFD(1) \n(Hardware Port: , Device: )\tdevice\n{[\"");
+        };
+        const Stoerung stoerungen[] = {
+            {"beginnt nicht", false, 0, -1, halb},
+            {"hängt", false, 1, 15, halb},
+            {"hängt nach getaner Arbeit", true, 1, 15, halb},
+            {"bricht ab", true, 0, 0, halb},
+            {"antwortet Unsinn", true, 0, 0, unsinn},
+            {"kommt spät", true, 0.98},
+        };
+        portaufruf(aufruf);
+        welt.uhr().schlafe(dauer(40)); // so that the other queues get between
+        if (!wuerfel(stoerungsrate_))
+            return {};
+        const auto& stoerung = stoerungen[waehle(std::size(stoerungen))];
+        geschieht("Störungen", aufruf + " " + stoerung.name);
+        return stoerung;
+    }
+
     Ergebnis werkzeug(const std::string& programm, const std::vector<std::string>& argumente,
-                      double sekunden) override;
-    std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
-    bool proxyGruesst() override;
-    std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override;
-    void portaufruf(const std::string& was);
+                      double sekunden) override {
+        aufrufe.clear();
+        const auto name = programm.substr(programm.rfind('/') + 1); // its folder is another one in each run
+        const auto aufruf = name + " " + verbunden(argumente, " ");
+        const auto stoerung = stoere(aufruf);
+        if (aufruf.ends_with(" off"))
+            pruefe(!socksAn[argumente[1]] || unser(argumente[1]), "der Proxy des Benutzers bleibt an");
+        const bool verweigert = !networksetupFehler.empty() && aufruf.starts_with("networksetup -set");
+        zaehler["Störungen"] += verweigert;
+        if (verweigert || (*stoerung.name != 0 && name == "networksetup"))
+            ticksOhneStoerung_ = 0;
+        auto ergebnis = stoerung.wirkt ? KabelWelt::werkzeug(programm, argumente, sekunden) : Ergebnis{};
+        welt.uhr().schlafe(std::chrono::milliseconds(static_cast<int>(1000 * stoerung.wartet * sekunden)));
+        if (stoerung.status != 0)
+            ergebnis.status = stoerung.status;
+        ergebnis.ausgabe = stoerung.antwort(ergebnis.ausgabe);
+        portaufruf(aufruf + " (getan)");
+        return ergebnis;
+    }
 
-    // What happens in the world, and what the user does.
-    void ereignis();
-    void klicke();
-    void stecke(std::vector<Modellhandy> neue);
-    void setzeEigenenProxy(const std::string& dienst);
-    [[nodiscard]] Modellhandy neuesHandy(const std::string& serial);
+    std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override {
+        const auto stoerung = stoere("Anfrage an " + anfrage.url);
+        gemeldet_.reset();
+        bytes_ += static_cast<std::int64_t>(waehle(2'000'000));
+        for (auto& handy : handys)
+            handy.status = R"({"paths":[{"iface":"wlan0","healthy":false,"rtt_ms":90}],"guests":[{"IP":)"
+                           R"("kabel:Testmac","BytesUp":100,"BytesDown":)" +
+                           std::to_string(bytes_) + "}]}";
+        auto ergebnis = stoerung.wirkt ? KabelWelt::hole(anfrage) : std::nullopt;
+        welt.uhr().schlafe(std::chrono::milliseconds(static_cast<int>(3000 * stoerung.wartet)));
+        if (!ergebnis || stoerung.status != 0)
+            return std::nullopt;
+        ergebnis->koerper = stoerung.antwort(ergebnis->koerper);
+        if (anfrage.weg == HttpAnfrage::Weg::durchProxy)
+            bewiesenBis_ = Dauer::max();
+        else if (ergebnis->koerper.ends_with("]}}")) // whole, and with a status
+            gemeldet_ = bytes_ + 100;
+        return ergebnis;
+    }
 
-    // The process's lives.
-    void starteProzess();
-    void beendeProzess(bool inOrdnung);
-    void laufe(Dauer dauer);
+    bool proxyGruesst() override {
+        const bool gestoert = *stoere("Gruß").name != 0;
+        return !gestoert && KabelWelt::proxyGruesst();
+    }
 
-    // The invariants.
-    void pruefe(bool haelt, const std::string& invariante);
-    void pruefeTick();
-    void pruefeNachAuftrag();
-    void pruefeEnde();
-    [[nodiscard]] bool wegGueltig() const;
-    [[nodiscard]] bool unser(const std::string& dienst) const;
-    [[nodiscard]] bool proxyAn() const { return unser("Wi-Fi") || unser("USB LAN"); }
+    std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override {
+        portaufruf("Passwortdialog");
+        // Decided in the tick before, it may come at the moment when the next one ends.
+        pruefe(welt.jetzt() <= bewiesenBis_, "kein Start ohne bewiesenen Weg");
+        pruefe(endet_ || !existiert(stoppPfad()), "beim Start liegt keine alte Bitte um Stopp");
+        geschieht("Tunnelstarts");
+        return KabelWelt::fuehreAus(quelle);
+    }
+
+    // --- what happens in the world, and what the user does -----------------------------------------------
+
+    Modellhandy neuesHandy(const std::string& serial) {
+        return {.serial = serial,
+                .zustand = wuerfel(80)   ? "device"
+                           : wuerfel(50) ? "unauthorized"
+                                         : "offline",
+                .teilt = wuerfel(80),
+                .entscheid = wuerfel(70)   ? "erlaubt"
+                             : wuerfel(50) ? "wartet"
+                                           : "abgelehnt",
+                .austritt = wuerfel(10) ? std::nullopt : Modellhandy{}.austritt};
+    }
+
+    void ereignis() {
+        if (!wuerfel(20))
+            return;
+        const bool an = wuerfel(60);
+        const std::array ports{0, 1080, 8080, 18080, 18081};
+        const Skriptfehler abbruch{false, -128, "Abgebrochen."};
+        const std::function<void()> moegliche[] = {
+            [&] { stecke(std::vector(1, neuesHandy(wuerfel(70) ? "R5CT1" : "ZY22"))); },
+            [&] { stecke({}); },
+            [&] { handys.size() == 1 ? handys.push_back(neuesHandy("ZWEITES")) : void(); },
+            [&] { forwards.clear(); }, // the adb server was started anew
+            [&] { belegtePorts = std::set{ports[waehle(ports.size())]}; },
+            [&] { fremdesHandy = true, forwards.erase(socksPort), belegtePorts = std::set{socksPort}; },
+            [&] { handys.empty() || (handys[0].gruesst = !handys[0].gruesst); },
+            [&] { schnittstelle = "en" + std::to_string(waehle(8)); },
+            [&] { schnittstelle.clear(); },
+            [&] { helfer > 0 && helferleben.back() ? helferBautZurueck("kein Netz") : void(); },
+            [&] { welt.stelleWanduhr(dauer(20'000'000) - 10000s); },
+            [&] { forwardFehler = wuerfel(30) ? "adb: error: closed" : ""; },
+            [&] { networksetupFehler = wuerfel(30) ? "** Error: Command requires admin privileges." : ""; },
+            [&] { tunnel = {dauer(20000), {}, dauer(50000), {}, wuerfel(10), false, dauer(9000)}; },
+            [&] { tunnel.zurueckgebaut = "kein Netz"; },
+            [&] { tunnel.skriptfehler = abbruch; },
+            [&] { setzeEigenenProxy(wuerfel(70) ? "Wi-Fi" : "USB LAN"); },
+            [&] { klicke([an](Kabel& k) { k.setzeProxyAutomatisch(an); }); },
+            [&] { klicke([an](Kabel& k) { k.setzeExperte(an); }); },
+            [&] { klicke([an](Kabel& k) { k.setzeVolltunnelAn(an); }); },
+            [&] { klicke([an](Kabel& k) { k.setzeVpnDurch(an); }); },
+            [&] { klicke([an](Kabel& k) { k.setzeNurVPN(an); }); },
+            [&] { klicke([](Kabel& k) { k.proxyUmschalten(); }); },
+            [&] { klicke([](Kabel& k) { k.profilUebernehmen(); }); },
+        };
+        // Another phone comes as often as eight of the others.
+        const auto was = std::max<std::size_t>(waehle(std::size(moegliche) + 7), 7) - 7;
+        geschieht("Ereignisse", std::to_string(was));
+        moegliche[was]();
+        std::erase_if(belegtePorts, [this](int port) { return forwards.contains(port); });
+    }
+
+    void stecke(std::vector<Modellhandy> neue) {
+        handys = std::move(neue);
+        std::erase_if(forwards, [this](const auto& forward) { return bereites(forward.second) == nullptr; });
+        if (wegGueltig())
+            ticksOhneWeg_ = 0;
+    }
+
+    /// On services where the program has none and may have none: on its own the user leaves the proxy alone.
+    void setzeEigenenProxy(const std::string& dienst) {
+        const auto ungewiss = einstellungen.text("proxy.ungewiss").value_or("");
+        if (unser(dienst) || einstellungen.text("proxy.dienst") == dienst ||
+            ungewiss.find(dienst) != ungewiss.npos)
+            return;
+        geschieht("Eigene Proxys", dienst);
+        socksAn[dienst] = true;
+        socksZiel[dienst] = {"192.0.2.9", 1080};
+    }
+
+    void klicke(const std::function<void(Kabel&)>& knopf) {
+        haupt.async([this, knopf] {
+            if (!kabel)
+                return;
+            ++offeneKlicks_;
+            knopf(*kabel);
+            q->async([this] {
+                --offeneKlicks_;
+                nachTick_ = false;
+            });
+        });
+    }
+
+    std::mt19937_64 zufall_;
+    std::size_t stoerungsrate_; ///< in per cent of the port calls
+    int bisTod_ = 0;            ///< port calls until the process dies; 0: it does not
+    bool tot_ = false;          ///< it has died, and is not buried yet
+    Zeitgeber ereignisse_;
+    std::int64_t bytes_ = 0; ///< what the phone has moved for us
 
     [[nodiscard]] std::size_t waehle(std::size_t aus) { return zufall_() % aus; }
     [[nodiscard]] bool wuerfel(std::size_t prozent) { return waehle(100) < prozent; }
     [[nodiscard]] Dauer dauer(std::size_t bisMs) { return std::chrono::milliseconds(waehle(bisMs)); }
-    void erzaehle(const std::string& was);
-
-    std::mt19937_64 zufall_;
-    std::size_t stoerungsrate_; ///< in per cent of the port calls
-    int bisTod_ = 0;            ///< port calls until the process dies; 0: it does not; -1: it is dead
-    Zeitgeber ereignisse_;
-    bool endet_ = false; ///< the clean-up is under way
-
-    int ticksOhneWeg_ = 0, ticksOhneBeweis_ = 0, ticksOhneStoerung_ = 0, ticksOhneProxy_ = 0;
-    bool marke_ = false;     ///< the helper's lay there when the last tick ended
-    std::string phase_;      ///< of the last document
-    bool nachTick_ = false;  ///< the document is this tick's and nothing happened since
-    int offeneKlicks_ = 0;   ///< whose work on the work queue is still to come
-    Dauer bewiesenBis_{-1};  ///< an exit address came through the phone, and no tick lost the way until then
-    std::int64_t bytes_ = 0; ///< what the phone has moved for us
-    std::optional<std::int64_t> gemeldet_; ///< and has told in this tick
 };
 
 } // namespace mobilsteg
