@@ -69,9 +69,14 @@ public:
                        : a_.vpnDurch ? "alles, auch VPN"
                                      : "alles") +
                       ", Wache " + std::to_string(a_.wache));
-        auto fehler = gerufen() ? std::nullopt : baueAuf();
-        if (!fehler)
-            fehler = wache();
+        Fehler fehler;
+        try {
+            fehler = gerufen() ? std::nullopt : baueAuf();
+            if (!fehler)
+                fehler = wache();
+        } catch (const std::exception& ausnahme) {
+            fehler = ausnahme.what();
+        }
         baueAb();
         if (fehler)
             gibAuf(*fehler);
@@ -125,7 +130,7 @@ private:
         name_ = geraet->name;
         for (const auto& befehl : wege_.geraetEin(name_, false))
             if (const auto lauf = fuehreAus(befehl, geraetefrist); !lauf.gelungen)
-                return name_ + " lässt sich nicht einrichten: " + std::string(beschnitten(lauf.fehler));
+                return name_ + " lässt sich nicht einrichten: " + lauf.grund();
         sechs_ = std::ranges::all_of(wege_.geraetEin(name_, true), [](const Befehl& befehl) {
             return fuehreAus(befehl, geraetefrist).gelungen; // not every machine has IPv6
         });
@@ -168,10 +173,9 @@ private:
         teile.kanal = kanal[1];
         rlimit grenze{};
         ::getrlimit(RLIMIT_NOFILE, &grenze);
-        rlim_t wieviele = deskriptoren;
-        do // as many as the system lets us have
-            grenze.rlim_cur = std::exchange(wieviele, wieviele / 2);
-        while (::setrlimit(RLIMIT_NOFILE, &grenze) != 0 && wieviele > 1000);
+        for (const rlim_t viele : {deskriptoren, grenze.rlim_max}) // or as many as the system lets us have
+            if (const rlimit mehr{viele, viele}; ::setrlimit(RLIMIT_NOFILE, &mehr) == 0)
+                break;
         kind_ = ::fork();
         if (kind_ < 0)
             return "kein Prozess für den Tunnel: " + fehlerbeschreibung(errno);
@@ -243,78 +247,61 @@ private:
     }
 
     Fehler setzeWege() {
-        for (int i = 0; i < 2; ++i)
-            auswege_[i] = frageAusweg(i == 1);
-        zieheNach();
+        steht_ = true;
+        pruefeAusweg();
         if (!a_.nurVPN) {
             setzeDns();
-            for (const char* netz : {"0.0.0.0/1", "128.0.0.0/1", "::/1", "8000::/1"}) {
-                if (!sechs_ && std::string_view(netz).find(':') != std::string_view::npos)
-                    continue;
-                if (const auto lauf = fuehreAus(wege_.durch(netz, name_), geraetefrist); !lauf.gelungen)
-                    return std::string("kein Weg für ") + netz + ": " + std::string(beschnitten(lauf.fehler));
-            }
+            for (const std::string netz :
+                 {"0.0.0.0/1", "128.0.0.0/1", "::/1", "8000::/1"}) // beats a default route
+                if (sechs_ || !istSechs(netz))
+                    if (const auto lauf = fuehreAus(wege_.fuehre(netz, {"", name_}), geraetefrist);
+                        !lauf.gelungen)
+                        return "kein Weg für " + netz + ": " + lauf.grund();
         }
-        steht_ = true;
-        protokolliere(std::string("Wege über ") + name_ + ": " +
-                      (a_.nurVPN ? "die Server der VPNs" : "alles") + (sechs_ ? "" : " (ohne IPv6)"));
+        protokolliere("Wege über " + name_ + ": " + (a_.nurVPN ? "die Server der VPNs" : "alles") +
+                      (sechs_ ? "" : " (ohne IPv6)"));
         return ordner_.schreibe(".laeuft", "") ? Fehler() : "die Laufmarke lässt sich nicht schreiben";
     }
 
-    [[nodiscard]] std::optional<Ausweg> frageAusweg(bool sechs) const {
-        return wege_.liesAusweg(fuehreAus(wege_.frageAusweg(sechs), geraetefrist).ausgabe);
-    }
-
-    /// The roads that are to be there and those that are: each difference is mended.
-    void zieheNach() {
-        std::set<std::string> soll(vpns_.begin(), vpns_.end());
-        if (!a_.nurVPN)
-            for (const auto& netz : wege_.immerVorbei())
-                soll.insert(netz);
-        for (auto i = gesetzte_.begin(); i != gesetzte_.end();) {
-            if (soll.contains(i->first)) {
-                ++i;
-                continue;
-            }
-            rueckbau_->nimmZurueck(i->second);
-            protokolliere("Kein eigener Weg mehr: " + i->first);
-            i = gesetzte_.erase(i);
-        }
-        for (const auto& netz : soll)
-            if (!gesetzte_.contains(netz))
-                setzeWeg(netz);
-    }
-
-    void setzeWeg(const std::string& netz) {
-        const bool sechs = netz.find(':') != std::string::npos;
-        const auto& ausweg = auswege_[sechs ? 1 : 0];
-        if (a_.nurVPN ? sechs && !sechs_ : !ausweg)
-            return; // there is no such way
-        const Befehl hin = a_.nurVPN ? wege_.durch(netz, name_) : wege_.vorbei(netz, *ausweg);
-        const Befehl zurueck = a_.nurVPN ? wege_.durch(netz, name_, true) : wege_.vorbei(netz, *ausweg, true);
-        std::string grund;
-        if (!rueckbau_->tue(hin, zurueck, grund)) {
-            if (std::exchange(wegfehler_, grund) != grund)
-                protokolliere("Weg für " + netz + ": " + grund);
-            return;
-        }
-        protokolliere((a_.nurVPN ? "Durch den Tunnel: " : "Am Tunnel vorbei: ") + netz);
-        gesetzte_.emplace(netz, zurueck);
-    }
-
-    /// Another network: what leads beside the tunnel has to lead there.
+    /// In another network, what leads beside the tunnel has to lead there.
     void pruefeAusweg() {
-        if (a_.nurVPN)
-            return;
-        for (int i = 0; i < 2; ++i) {
-            auto jetzt = frageAusweg(i == 1);
-            if (jetzt == auswege_[i])
+        for (const bool sechs : {false, true}) {
+            auto jetzt = a_.nurVPN
+                             ? Ausweg{"", name_}
+                             : wege_.liesAusweg(fuehreAus(wege_.frageAusweg(sechs), geraetefrist).ausgabe);
+            if (jetzt == auswege_[sechs ? 1 : 0])
                 continue;
-            auswege_[i] = std::move(jetzt);
+            auswege_[sechs ? 1 : 0] = std::move(jetzt);
             for (const auto& [netz, zurueck] : std::exchange(gesetzte_, {}))
                 rueckbau_->nimmZurueck(zurueck);
         }
         zieheNach();
+    }
+
+    /// The roads of their own that are to be there and those that are: each difference is mended.
+    void zieheNach() {
+        auto soll = vpns_;
+        if (!a_.nurVPN && wegewerkzeug() == Wegewerkzeug::ip)
+            soll.insert("224.0.0.0/4"); // on a Mac multicast has its own road anyway
+        std::erase_if(gesetzte_, [&](const auto& gesetzter) {
+            const bool weg = !soll.contains(gesetzter.first);
+            if (weg)
+                rueckbau_->nimmZurueck(gesetzter.second);
+            return weg;
+        });
+        for (const auto& netz : soll) {
+            const auto& ausweg = auswege_[istSechs(netz) ? 1 : 0];
+            if (gesetzte_.contains(netz) || !ausweg || (a_.nurVPN && istSechs(netz) && !sechs_))
+                continue;
+            const Befehl zurueck = wege_.fuehre(netz, *ausweg, true);
+            const auto fehler = rueckbau_->tue(wege_.fuehre(netz, *ausweg), zurueck);
+            if (!fehler)
+                gesetzte_.emplace(netz, zurueck);
+            if (!fehler ||
+                std::exchange(wegfehler_[netz], *fehler) != *fehler) // tried again and again, told once
+                protokolliere("Weg für " + netz + (a_.nurVPN ? " durch den Tunnel" : " am Tunnel vorbei") +
+                              (fehler ? ": " + *fehler : ""));
+        }
     }
 
     /// Only root sees what another user's programs are connected to. Which of it counts is not decided here.
@@ -343,24 +330,25 @@ private:
         if (!lauf.gelungen)
             return protokolliere("DNS bleibt, wie es ist: " +
                                  std::string(beschnitten(lauf.ausgabe + lauf.fehler)));
-        auto eigene = liesDnsserver(lauf.ausgabe);
-        if (fuehrenInsNetz(
-                !eigene.empty()
-                    ? eigene
-                    : liesGeltendeDnsserver(
-                          fuehreAus({a_.wurzel + "/usr/sbin/scutil", "--dns"}, geraetefrist).ausgabe)))
-            return;
-        if (eigene.empty())
-            eigene.emplace_back("Empty");
+        auto alte = liesDnsserver(lauf.ausgabe);
+        const auto geltende =
+            !alte.empty()
+                ? alte
+                : liesDnsserver(fuehreAus({a_.wurzel + "/usr/sbin/scutil", "--dns"}, geraetefrist).ausgabe);
+        if (!geltende.empty() && std::ranges::all_of(geltende, [](const std::string& a) {
+                return istOeffentlich(asio::ip::make_address(a));
+            }))
+            return; // they are reached through the tunnel
+        if (alte.empty())
+            alte = {"Empty"};
         Befehl hin{werkzeug, "-setdnsservers", a_.dienst};
         Befehl zurueck = hin;
         hin.insert(hin.end(), neueDnsserver.begin(), neueDnsserver.end());
-        zurueck.insert(zurueck.end(), eigene.begin(), eigene.end());
-        std::string grund;
-        const bool gesetzt = rueckbau_->tue(hin, zurueck, grund);
-        protokolliere(gesetzt ? "DNS von " + a_.dienst + ": " + verbunden(neueDnsserver, ", ") + " statt " +
-                                    verbunden(eigene, ", ")
-                              : "DNS bleibt, wie es ist: " + grund);
+        zurueck.insert(zurueck.end(), alte.begin(), alte.end());
+        const auto fehler = rueckbau_->tue(hin, zurueck);
+        protokolliere(fehler ? "DNS bleibt, wie es ist: " + *fehler
+                             : "DNS von " + a_.dienst + ": " + verbunden(neueDnsserver, ", ") + " statt " +
+                                   verbunden(alte, ", "));
     }
 
     // Down.
@@ -392,9 +380,9 @@ private:
     std::string warum_;
     bool steht_ = false; ///< the roads are set
     std::optional<Ausweg> auswege_[2];
-    std::set<std::string> vpns_;             ///< servers that need a road of their own
-    std::map<std::string, Befehl> gesetzte_; ///< those that have one, and how to take it back
-    std::string wegfehler_;                  ///< the last one, told once
+    std::set<std::string> vpns_;                   ///< servers that need a road of their own
+    std::map<std::string, Befehl> gesetzte_;       ///< those that have one, and how to take it back
+    std::map<std::string, std::string> wegfehler_; ///< what was told last of each
 };
 
 } // namespace

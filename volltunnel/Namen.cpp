@@ -1,6 +1,7 @@
 #include "volltunnel/Namen.hpp"
 
 #include <asio/buffer.hpp>
+#include <asio/read.hpp>
 #include <asio/write.hpp>
 
 #include <algorithm>
@@ -15,6 +16,8 @@ using Uhrzeit = std::chrono::steady_clock;
 constexpr std::size_t dnsKopf = 12;
 constexpr std::size_t gleichzeitig = 1000; // questions on one connection
 constexpr std::size_t hoechstensServer = 32;
+constexpr std::chrono::seconds fragegeduld{4}; // programs ask again after five
+constexpr std::chrono::seconds haltezeit{30};  // of a connection on which nothing is asked
 
 std::size_t zahl(std::string_view bytes, std::size_t stelle) {
     return static_cast<std::size_t>(static_cast<unsigned char>(bytes[stelle])) << 8 |
@@ -28,15 +31,22 @@ void setze(std::string& bytes, std::size_t stelle, std::size_t wert) {
 
 /// The byte behind the name at `stelle`; absent: it does not end within the message, or points elsewhere.
 std::optional<std::size_t> hinterNamen(std::string_view bytes, std::size_t stelle) {
-    while (stelle < bytes.size()) {
-        const auto laenge = static_cast<unsigned char>(bytes[stelle]);
-        if (laenge == 0)
+    for (; stelle < bytes.size(); stelle += 1U + static_cast<unsigned char>(bytes[stelle])) {
+        if (bytes[stelle] == 0)
             return stelle + 1;
-        if (laenge > 63)
-            return std::nullopt; // no question needs to point
-        stelle += 1 + laenge;
+        if (static_cast<unsigned char>(bytes[stelle]) > 63)
+            break; // no question needs to point
     }
     return std::nullopt;
+}
+
+/// The header and, if it is whole, the only question.
+std::string nurFrage(std::string_view nachricht) {
+    const auto ende = zahl(nachricht, 4) == 1 ? hinterNamen(nachricht, dnsKopf) : std::nullopt;
+    const bool ganz = ende && *ende + 4 <= nachricht.size();
+    std::string kurz(nachricht.substr(0, ganz ? *ende + 4 : dnsKopf));
+    setze(kurz, 4, ganz ? 1 : 0);
+    return kurz.replace(6, 6, 6, '\0');
 }
 
 } // namespace
@@ -48,16 +58,15 @@ bool istFrage(std::string_view nachricht) {
 
 std::size_t hoechstlaenge(std::string_view frage) {
     constexpr std::size_t ohneWunsch = 512;
-    if (!istFrage(frage) || zahl(frage, 4) != 1 || zahl(frage, 6) != 0 || zahl(frage, 8) != 0)
-        return ohneWunsch;
-    auto stelle = hinterNamen(frage, dnsKopf);
+    auto stelle = zahl(frage, 4) == 1 && zahl(frage, 6) + zahl(frage, 8) == 0 ? hinterNamen(frage, dnsKopf)
+                                                                              : std::nullopt;
     if (!stelle)
         return ohneWunsch;
     *stelle += 4; // type and class of the question
     for (std::size_t weitere = zahl(frage, 10); weitere > 0; --weitere) {
         stelle = hinterNamen(frage, *stelle);
         if (!stelle || *stelle + 10 > frage.size())
-            return ohneWunsch;
+            break;
         if (zahl(frage, *stelle) == 41) // EDNS
             return std::max(ohneWunsch, zahl(frage, *stelle + 2));
         *stelle += 10 + zahl(frage, *stelle + 8);
@@ -66,42 +75,56 @@ std::size_t hoechstlaenge(std::string_view frage) {
 }
 
 std::string servfail(std::string_view frage) {
-    const auto ende = hinterNamen(frage, dnsKopf);
-    const bool ganz = zahl(frage, 4) == 1 && ende && *ende + 4 <= frage.size();
-    std::string antwort(frage.substr(0, ganz ? *ende + 4 : dnsKopf));
+    std::string antwort = nurFrage(frage);
     antwort[2] = static_cast<char>((antwort[2] & 0x79) | 0x80); // an answer; kind of question and wish stay
     antwort[3] = static_cast<char>(0x82);                       // recursion there would be, but it failed
-    setze(antwort, 4, ganz ? 1 : 0);
-    antwort.replace(6, 6, 6, '\0');
     return antwort;
 }
 
 std::string gekuerzt(std::string_view antwort, std::size_t hoechstens) {
-    if (antwort.size() <= hoechstens || antwort.size() < dnsKopf)
+    if (antwort.size() <= hoechstens)
         return std::string(antwort);
-    const auto ende = zahl(antwort, 4) == 1 ? hinterNamen(antwort, dnsKopf) : std::nullopt;
-    const bool ganz = ende && *ende + 4 <= std::min(antwort.size(), hoechstens);
-    std::string kurz(antwort.substr(0, ganz ? *ende + 4 : dnsKopf));
+    std::string kurz = nurFrage(antwort);
     kurz[2] = static_cast<char>(kurz[2] | 2);
-    setze(kurz, 4, ganz ? 1 : 0);
-    kurz.replace(6, 6, 6, '\0');
     return kurz;
 }
 
-/// The connection to one server.
+/// A connection to one server, from the dialling to its end.
 class Namen::Leitung : public std::enable_shared_from_this<Leitung> {
 public:
     Leitung(Namen& namen, Stelle server)
-        : namen_(namen), server_(std::move(server)), socket_(namen.kontext_), eingang_(2) {}
+        : namen_(namen), server_(std::move(server)), socket_(namen.kontext_) {}
 
-    void frage(const Stelle& fragender, std::string_view bytes) {
-        Frage neue{fragender, std::string(bytes), Uhrzeit::now() + geduld};
+    void beginne() {
+        waehle(namen_.kontext_, namen_.auftrag_.proxy, server_,
+               [ich = shared_from_this()](Ausgang ausgang, tcp::socket socket) {
+                   if (ich->zu_)
+                       return;
+                   ich->steht_ = ausgang == Ausgang::verbunden;
+                   ich->socket_ = std::move(socket);
+                   if (ich->steht_) {
+                       ich->schreibe();
+                       ich->liesLaenge();
+                   } else {
+                       ich->ende(false);
+                   }
+                   ich->namen_.auftrag_.ausgang(ausgang, ich->beginn_);
+               });
+    }
+
+    void stelle(Frage frage) {
         if (offene_.size() >= gleichzeitig)
-            return gibAuf(neue);
+            return namen_.gibAuf(server_, frage);
         while (offene_.contains(naechste_))
             ++naechste_;
-        sende(naechste_, neue.bytes);
-        offene_.emplace(naechste_++, std::move(neue));
+        zuletzt_ = Uhrzeit::now();
+        const std::size_t anfang = ausgang_.size();
+        ausgang_.append(2, '\0').append(frage.bytes);
+        setze(ausgang_, anfang, frage.bytes.size());
+        setze(ausgang_, anfang + 2, naechste_);
+        offene_.emplace(naechste_, std::move(frage));
+        if (steht_ && unterwegs_.empty())
+            schreibe();
     }
 
     /// False: of no use any more.
@@ -109,180 +132,105 @@ public:
         std::erase_if(offene_, [&](const auto& offene) {
             const bool zuSpaet = offene.second.frist <= jetzt;
             if (zuSpaet)
-                gibAuf(offene.second);
+                namen_.gibAuf(server_, offene.second);
             return zuSpaet;
         });
         return !offene_.empty() || zuletzt_ + haltezeit > jetzt;
     }
 
-    void schliesse() {
+    /// Servers end a connection on which nothing was asked for a while: with `nochmal`, what was asked
+    /// meanwhile is asked once more, on another one.
+    void ende(bool nochmal) {
+        if (std::exchange(zu_, true))
+            return;
         std::error_code egal;
-        zu_ = true;
         socket_.close(egal);
+        namen_.leitungen_.erase(server_);
+        for (auto& [kennung, frage] : offene_) {
+            if (!nochmal || std::exchange(frage.zweimal, true))
+                namen_.gibAuf(server_, frage);
+            else
+                namen_.stelle(server_, std::move(frage));
+        }
     }
 
 private:
-    struct Frage {
-        Stelle fragender;
-        std::string bytes;
-        Zeit frist;
-        bool zweimal = false; ///< asked again on a second connection
-    };
-
-    enum class Lage { ruht, waehlt, steht };
-
-    void gibAuf(const Frage& frage) {
-        namen_.auftrag_.antwort(server_, frage.fragender, servfail(frage.bytes));
-    }
-
-    void sende(std::uint16_t kennung, std::string_view bytes) {
-        zuletzt_ = Uhrzeit::now();
-        std::string laenge(2, '\0');
-        setze(laenge, 0, bytes.size());
-        const std::size_t stelle = ausgang_.size() + 2;
-        ausgang_.append(laenge).append(bytes);
-        setze(ausgang_, stelle, kennung);
-        if (lage_ == Lage::ruht)
-            waehleAn();
-        else if (lage_ == Lage::steht && unterwegs_.empty())
-            schreibe();
-    }
-
-    void waehleAn() {
-        lage_ = Lage::waehlt;
-        waehle(namen_.kontext_, namen_.auftrag_.proxy, server_,
-               [ich = shared_from_this(), beginn = Uhrzeit::now()](Ausgang ausgang, tcp::socket socket) {
-                   if (ich->zu_)
-                       return;
-                   ich->socket_ = std::move(socket);
-                   if (ausgang == Ausgang::verbunden) {
-                       ich->lage_ = Lage::steht;
-                       ich->eingang_.resize(2);
-                       ich->schreibe();
-                       ich->lies(0);
-                   } else {
-                       ich->brichAb(true);
-                   }
-                   ich->namen_.auftrag_.ausgang(ausgang, beginn);
-               });
-    }
-
     void schreibe() {
-        if (ausgang_.empty())
-            return;
         unterwegs_ = std::exchange(ausgang_, {});
-        asio::async_write(
-            socket_, asio::buffer(unterwegs_),
-            [ich = shared_from_this(), wann = generation_](std::error_code fehler, std::size_t) {
-                if (ich->zu_ || wann != ich->generation_)
-                    return;
-                ich->unterwegs_.clear();
-                fehler ? ich->brichAb(false) : ich->schreibe();
-            });
+        asio::async_write(socket_, asio::buffer(unterwegs_),
+                          [ich = shared_from_this()](std::error_code fehler, std::size_t) {
+                              if (fehler)
+                                  return ich->ende(true);
+                              ich->unterwegs_.clear();
+                              if (!ich->ausgang_.empty())
+                                  ich->schreibe();
+                          });
     }
 
-    /// Two bytes that tell the length, then the message; `da` bytes of either are there.
-    void lies(std::size_t da) {
-        socket_.async_read_some(
-            asio::buffer(eingang_.data() + da, eingang_.size() - da),
-            [ich = shared_from_this(), da, wann = generation_](std::error_code fehler, std::size_t n) {
-                if (ich->zu_ || wann != ich->generation_)
-                    return;
-                if (fehler)
-                    return ich->brichAb(false);
-                if (da + n < ich->eingang_.size())
-                    return ich->lies(da + n);
-                ich->nimm();
-                ich->lies(0);
+    void liesLaenge() {
+        lies(2, [this] {
+            lies(zahl(eingang_, 0), [this] {
+                nimm();
+                liesLaenge();
             });
+        });
+    }
+
+    void lies(std::size_t laenge, std::function<void()> dann) {
+        eingang_.resize(laenge);
+        asio::async_read(socket_, asio::buffer(eingang_),
+                         [ich = shared_from_this(), dann = std::move(dann)](
+                             std::error_code fehler, std::size_t) { fehler ? ich->ende(true) : dann(); });
     }
 
     void nimm() {
-        laengeKommt_ = !laengeKommt_;
-        if (!laengeKommt_) {
-            const std::size_t laenge = zahl({eingang_.data(), 2}, 0);
-            eingang_.resize(laenge);
-            if (laenge > 0)
-                return;
-            laengeKommt_ = true; // an empty message
-        } else if (eingang_.size() >= dnsKopf) {
-            std::string antwort(eingang_.begin(), eingang_.end());
-            const auto offene = offene_.find(static_cast<std::uint16_t>(zahl(antwort, 0)));
-            if (offene != offene_.end()) {
-                const Frage frage = std::move(offene->second);
-                offene_.erase(offene);
-                antwort.replace(0, 2, frage.bytes, 0, 2);
-                namen_.auftrag_.antwort(server_, frage.fragender,
-                                        gekuerzt(antwort, hoechstlaenge(frage.bytes)));
-            }
-        }
-        eingang_.resize(2);
-    }
-
-    /// The connection is gone. Servers end one when nothing was asked for a while: what was asked meanwhile
-    /// is asked once more.
-    void brichAb(bool endgueltig) {
-        ++generation_;
-        lage_ = Lage::ruht;
-        laengeKommt_ = true;
-        eingang_.resize(2);
-        unterwegs_.clear();
-        ausgang_.clear();
-        std::error_code egal;
-        socket_.close(egal);
-        for (auto& [kennung, frage] : std::exchange(offene_, {})) {
-            if (endgueltig || frage.zweimal) {
-                gibAuf(frage);
-                continue;
-            }
-            frage.zweimal = true;
-            sende(kennung, frage.bytes);
-            offene_.emplace(kennung, std::move(frage));
-        }
+        const auto offene = eingang_.size() < dnsKopf
+                                ? offene_.end()
+                                : offene_.find(static_cast<std::uint16_t>(zahl(eingang_, 0)));
+        if (offene == offene_.end())
+            return;
+        const Frage frage = std::move(offene->second);
+        offene_.erase(offene);
+        eingang_.replace(0, 2, frage.bytes, 0, 2);
+        namen_.auftrag_.antwort(server_, frage.fragender, gekuerzt(eingang_, hoechstlaenge(frage.bytes)));
     }
 
     Namen& namen_;
     Stelle server_;
     tcp::socket socket_;
-    Lage lage_ = Lage::ruht;
-    bool zu_ = false;
-    bool laengeKommt_ = true;
-    unsigned generation_ = 0; ///< of the connection; handlers of an older one do nothing
+    Zeit beginn_ = Uhrzeit::now(), zuletzt_ = beginn_;
+    bool steht_ = false, zu_ = false;
     std::uint16_t naechste_ = 1;
-    std::map<std::uint16_t, Frage> offene_;
-    std::string ausgang_, unterwegs_;
-    std::vector<char> eingang_;
-    Zeit zuletzt_ = Uhrzeit::now();
+    std::map<std::uint16_t, Frage> offene_; ///< by the number that they travel under
+    std::string ausgang_, unterwegs_, eingang_;
 };
-
-Namen::Namen(asio::io_context& kontext, Auftrag auftrag) : kontext_(kontext), auftrag_(std::move(auftrag)) {}
-
-Namen::~Namen() {
-    for (const auto& [server, leitung] : leitungen_)
-        leitung->schliesse();
-}
 
 void Namen::frage(const Stelle& fragender, const Stelle& server, std::string_view bytes) {
     if (!istFrage(bytes))
         return;
     ++fragen_;
-    auto& leitung = leitungen_[server];
-    if (!leitung && leitungen_.size() > hoechstensServer) {
-        leitungen_.erase(server);
-        return auftrag_.antwort(server, fragender, servfail(bytes));
+    stelle(server, {fragender, std::string(bytes), Uhrzeit::now() + fragegeduld});
+}
+
+void Namen::stelle(const Stelle& server, Frage frage) {
+    auto leitung = leitungen_.find(server);
+    if (leitung == leitungen_.end()) {
+        if (leitungen_.size() >= hoechstensServer)
+            return gibAuf(server, frage);
+        leitung = leitungen_.emplace(server, std::make_shared<Leitung>(*this, server)).first;
+        leitung->second->beginne();
     }
-    if (!leitung)
-        leitung = std::make_shared<Leitung>(*this, server);
-    leitung->frage(fragender, bytes);
+    leitung->second->stelle(std::move(frage));
+}
+
+void Namen::gibAuf(const Stelle& server, const Frage& frage) const {
+    auftrag_.antwort(server, frage.fragender, servfail(frage.bytes));
 }
 
 void Namen::raeume(Zeit jetzt) {
-    std::erase_if(leitungen_, [&](const auto& eine) {
-        const bool weg = !eine.second->raeume(jetzt);
-        if (weg)
-            eine.second->schliesse();
-        return weg;
-    });
+    for (const auto& [server, leitung] : std::map(leitungen_))
+        if (!leitung->raeume(jetzt))
+            leitung->ende(false);
 }
 
 } // namespace mobilsteg::volltunnel

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <deque>
 #include <map>
 #include <memory>
 
@@ -9,8 +8,8 @@
 namespace mobilsteg::volltunnel {
 
 /// Answers questions for names that came by UDP: asks the same server over TCP, through the proxy, on one
-/// connection for all questions to it. A question that stays without an answer gets SERVFAIL. On the
-/// context's thread only.
+/// connection for all questions to it. One that stays without an answer gets SERVFAIL. On the context's
+/// thread.
 class Namen {
 public:
     struct Auftrag {
@@ -20,21 +19,24 @@ public:
         std::function<void(Ausgang, Zeit beginn)> ausgang; ///< of each connection to a server
     };
 
-    static constexpr std::chrono::seconds geduld{4};     ///< programs ask again after five
-    static constexpr std::chrono::seconds haltezeit{30}; ///< of a connection on which nothing is asked
-
-    Namen(asio::io_context& kontext, Auftrag auftrag);
-    ~Namen();
-
+    Namen(asio::io_context& kontext, Auftrag auftrag) : kontext_(kontext), auftrag_(std::move(auftrag)) {}
     void frage(const Stelle& fragender, const Stelle& server, std::string_view bytes);
 
     /// Ends what takes too long. About once a second.
     void raeume(Zeit jetzt);
-
     [[nodiscard]] std::uint64_t fragen() const { return fragen_; }
 
 private:
     class Leitung;
+    struct Frage {
+        Stelle fragender;
+        std::string bytes;
+        Zeit frist;
+        bool zweimal = false; ///< asked again on a second connection
+    };
+
+    void stelle(const Stelle& server, Frage frage);
+    void gibAuf(const Stelle& server, const Frage& frage) const;
 
     asio::io_context& kontext_;
     Auftrag auftrag_;
@@ -50,11 +52,11 @@ private:
 /// The longest answer that who asked takes by UDP: what the question says (EDNS), 512 otherwise.
 [[nodiscard]] std::size_t hoechstlaenge(std::string_view frage);
 
-/// "Ask somebody else": the answer to a question that could not be asked.
+/// The answer to a question that could not be asked.
 [[nodiscard]] std::string servfail(std::string_view frage);
 
-/// The answer as it may travel by UDP: too long, and only its header and a mark are left, upon which the
-/// program asks over TCP.
+/// The answer as it may travel by UDP: of one that is too long only the question is left, and a mark upon
+/// which the program asks over TCP.
 [[nodiscard]] std::string gekuerzt(std::string_view antwort, std::size_t hoechstens);
 
 } // namespace mobilsteg::volltunnel

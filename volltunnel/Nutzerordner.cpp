@@ -10,42 +10,34 @@ namespace mobilsteg::volltunnel {
 
 namespace {
 
-/// Root acts as the user for the life of this object.
+/// Root acts as the user for the life of this object; who is the user already changes nothing.
 class Verkleidung {
 public:
-    Verkleidung(uid_t benutzer, gid_t gruppe) : noetig_(::geteuid() == 0 && benutzer != 0) {
-        if (noetig_)
-            gut_ = ::setegid(gruppe) == 0 && ::seteuid(benutzer) == 0;
+    explicit Verkleidung(const struct stat& wer) : war_(::geteuid()), gruppe_(::getegid()) {
+        gut = ::setegid(wer.st_gid) == 0 && ::seteuid(wer.st_uid) == 0;
     }
     ~Verkleidung() {
-        if (noetig_ && (::seteuid(0) != 0 || ::setegid(0) != 0))
-            ::_exit(1); // never seen; nothing can be undone without the rights
+        if (::seteuid(war_) != 0 || ::setegid(gruppe_) != 0)
+            ::_exit(1); // nothing could be undone without the rights
     }
     Verkleidung(const Verkleidung&) = delete;
     Verkleidung& operator=(const Verkleidung&) = delete;
 
-    [[nodiscard]] bool gut() const { return gut_; }
+    bool gut = false;
 
 private:
-    bool noetig_;
-    bool gut_ = true;
+    uid_t war_;
+    gid_t gruppe_;
 };
 
 } // namespace
 
-Nutzerordner::Nutzerordner(const std::string& stopp) {
-    const auto trenner = stopp.rfind('/');
-    if (trenner == std::string::npos || trenner == 0)
-        return;
-    name_ = stopp.substr(trenner + 1);
-    Deskriptor ordner(
-        ::open(stopp.substr(0, trenner).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    struct stat lage {};
-    if (name_.empty() || !ordner || ::fstat(ordner.nummer(), &lage) != 0)
-        return;
-    benutzer_ = lage.st_uid;
-    gruppe_ = lage.st_gid;
-    ordner_ = std::move(ordner);
+Nutzerordner::Nutzerordner(const std::string& stopp)
+    : ordner_(
+          ::open(stopp.substr(0, stopp.rfind('/')).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)),
+      name_(stopp.substr(stopp.rfind('/') + 1)) {
+    if (ordner_ && ::fstat(ordner_.nummer(), &wem_) != 0)
+        ordner_.schliesse();
 }
 
 bool Nutzerordner::stoppGebeten() const {
@@ -54,24 +46,23 @@ bool Nutzerordner::stoppGebeten() const {
 }
 
 bool Nutzerordner::schreibe(const std::string& endung, const std::string& inhalt) const {
-    const Verkleidung als(benutzer_, gruppe_);
+    const Verkleidung als(wem_);
+    const int ordner = ordner_.nummer();
     const std::string ziel = name_ + endung;
     const std::string neben = ziel + ".neu";
     // O_EXCL follows no link, and the renaming replaces one instead of following it.
-    ::unlinkat(ordner_.nummer(), neben.c_str(), 0);
-    const Deskriptor datei(::openat(ordner_.nummer(), neben.c_str(),
-                                    O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0644));
-    const bool geschrieben =
-        als.gut() && datei &&
+    ::unlinkat(ordner, neben.c_str(), 0);
+    const Deskriptor datei(::openat(ordner, neben.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644));
+    if (als.gut && datei &&
         ::write(datei.nummer(), inhalt.data(), inhalt.size()) == static_cast<ssize_t>(inhalt.size()) &&
-        ::renameat(ordner_.nummer(), neben.c_str(), ordner_.nummer(), ziel.c_str()) == 0;
-    if (!geschrieben)
-        ::unlinkat(ordner_.nummer(), neben.c_str(), 0);
-    return geschrieben;
+        ::renameat(ordner, neben.c_str(), ordner, ziel.c_str()) == 0)
+        return true;
+    ::unlinkat(ordner, neben.c_str(), 0);
+    return false;
 }
 
 void Nutzerordner::entferne(const std::string& endung) const {
-    const Verkleidung als(benutzer_, gruppe_);
+    const Verkleidung als(wem_);
     ::unlinkat(ordner_.nummer(), (name_ + endung).c_str(), 0);
 }
 

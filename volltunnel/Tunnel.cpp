@@ -1,13 +1,14 @@
 #include "volltunnel/Tunnel.hpp"
 
+#include "plattform/AsioSchlange.hpp"
 #include "plattform/Text.hpp"
 #include "plattform/Tunnelgeraet.hpp"
 
 #include <asio/local/stream_protocol.hpp>
 #include <asio/posix/stream_descriptor.hpp>
+#include <asio/post.hpp>
 #include <asio/read_until.hpp>
 #include <asio/steady_timer.hpp>
-#include <asio/streambuf.hpp>
 #include <asio/write.hpp>
 #include <nlohmann/json.hpp>
 
@@ -29,6 +30,7 @@ using Uhrzeit = std::chrono::steady_clock;
 
 constexpr int paketeAmStueck = 64; // before the connections have their turn
 constexpr std::chrono::seconds takt{1};
+constexpr std::chrono::seconds vpnabstand{3};
 constexpr std::chrono::seconds beweisabstand{2};
 constexpr std::chrono::seconds beweisfrist{15};
 constexpr std::chrono::milliseconds abschied{150};
@@ -50,23 +52,24 @@ public:
                           [this](const Tabelle::Fluss& fluss, Ausgang ausgang, Zeit beginn) {
                               istBeweis(fluss) ? nimmBeweis(fluss, ausgang) : melde(ausgang, beginn);
                           }}),
-          vpnwege_(auftrag.nurVPN, auftrag.vpnDurch) {
+          vpnwege_(auftrag.nurVPN, auftrag.vpnDurch), suche_(auftrag.wurzel) {
         horche(teile.horcher4, false);
         horche(teile.horcher6, true);
         warteAufPaket();
         warteAufZeile();
         ticke();
         beweise();
-        umschau_.emplace(kontext_, auftrag.wurzel, [this](std::vector<Vpn> vpns) {
-            vpns_ = std::move(vpns);
-            werteVpns();
+        umschau_ = schau_.wiederhole(Dauer(0), vpnabstand, [this] {
+            asio::post(kontext_, [this, vpns = suche_.sieh()] {
+                vpns_ = vpns;
+                werteVpns();
+            });
         });
     }
 
     void laufe() { kontext_.run(); }
 
 private:
-    /// One of the two families: our end, the made-up other end, and our listener's port.
     struct Familie {
         Enden enden;
         std::uint16_t horcher = 0; ///< 0: the machine does not have this family
@@ -213,49 +216,45 @@ private:
     // The VPNs.
 
     void werteVpns() {
-        auto befund = vpnwege_.werte(vpns_, openvpn_, [this](const Adresse& a) { return tabelle_.lebt(a); });
-        if (befund_ == befund)
-            return;
-        if (!befund_ || befund_->wege != befund.wege) {
+        if (!vpns_ || !openvpn_)
+            return; // the first look is not over
+        const auto vorher =
+            std::exchange(befund_, vpnwege_.werte(*vpns_, *openvpn_,
+                                                  [this](const Adresse& a) { return tabelle_.lebt(a); }));
+        if (!vorher || vorher->wege != befund_->wege) {
             std::string zeile = "vpns";
-            for (const Adresse& a : befund.wege)
+            for (const Adresse& a : befund_->wege)
                 zeile += " " + a.to_string();
             sende(zeile);
         }
-        if (!befund_ || befund_->gesichert != befund.gesichert) {
+        if (!vorher || vorher->gesichert != befund_->gesichert) {
             auto liste = nlohmann::json::array();
-            for (const auto& [name, server] : befund.gesichert) {
-                liste.push_back({{"dienst", name}, {"server", server}});
+            for (const auto& [name, server] : befund_->gesichert) {
+                liste.push_back({{"dienst", alsUtf8(name)}, {"server", server}});
                 protokolliere("VPN durch den Tunnel: " + name + " · " + server);
             }
-            ordner_.schreibe(".vpns.json", nlohmann::json{{"vpns", liste}}.dump(
-                                               -1, ' ', false, nlohmann::json::error_handler_t::replace));
+            ordner_.schreibe(".vpns.json", nlohmann::json{{"vpns", liste}}.dump());
         }
-        befund_ = std::move(befund);
         meldeBeweis();
     }
 
     // The other process.
 
     void warteAufZeile() {
-        asio::async_read_until(kanal_, eingang_, '\n', [this](std::error_code fehler, std::size_t n) {
-            if (fehler)
-                return verlassen();
-            const std::string zeile(asio::buffers_begin(eingang_.data()),
-                                    asio::buffers_begin(eingang_.data()) +
-                                        static_cast<std::ptrdiff_t>(n - 1));
-            eingang_.consume(n);
-            if (zeile == "ende")
-                return gehe();
-            if (zeile.starts_with("openvpn")) {
-                openvpn_ = liesOpenvpn(zeile);
-                // What comes from the tunnel's own end goes through it.
-                std::erase_if(openvpn_,
-                              [this](const Openvpn& o) { return o.hier == familie(o.hier).enden.hier; });
-                werteVpns();
-            }
-            warteAufZeile();
-        });
+        asio::async_read_until(kanal_, asio::dynamic_buffer(eingang_), '\n',
+                               [this](std::error_code fehler, std::size_t n) {
+                                   if (fehler)
+                                       return verlassen();
+                                   const std::string zeile = eingang_.substr(0, n - 1);
+                                   eingang_.erase(0, n);
+                                   if (zeile == "ende")
+                                       return gehe();
+                                   if (zeile.starts_with("openvpn")) {
+                                       openvpn_ = liesOpenvpn(zeile);
+                                       werteVpns();
+                                   }
+                                   warteAufZeile();
+                               });
     }
 
     void sende(const std::string& zeile) {
@@ -294,25 +293,22 @@ private:
             tabelle_.raeume(jetzt);
             namen_.raeume(jetzt);
             weiterleitung_.raeume(jetzt);
-            if (++ticks_ % 3 == 0 && befund_)
-                werteVpns();
-            if (ticks_ % 60 == 0)
+            if (++ticks_ % 60 == 0)
                 zaehle();
             ticke();
         });
     }
 
     void zaehle() {
-        const auto jetzt = weiterleitung_.zaehler();
-        if (jetzt == gezaehlt_ && namen_.fragen() == gefragt_)
-            return;
-        protokolliere("In dieser Minute: " + std::to_string(jetzt.verbindungen - gezaehlt_.verbindungen) +
-                      " Verbindungen (" + std::to_string(tabelle_.gehalten()) + " offen), " +
-                      std::to_string((jetzt.hinaus - gezaehlt_.hinaus) / 1000) + " kB hinaus, " +
-                      std::to_string((jetzt.herein - gezaehlt_.herein) / 1000) + " kB herein, " +
-                      std::to_string(namen_.fragen() - gefragt_) + " Namen");
-        gezaehlt_ = jetzt;
-        gefragt_ = namen_.fragen();
+        auto jetzt = weiterleitung_.zaehler();
+        jetzt.namen = namen_.fragen();
+        const auto alt = std::exchange(gezaehlt_, jetzt);
+        if (jetzt != alt)
+            protokolliere("In dieser Minute: " + std::to_string(jetzt.verbindungen - alt.verbindungen) +
+                          " Verbindungen (" + std::to_string(tabelle_.gehalten()) + " offen), " +
+                          std::to_string((jetzt.hinaus - alt.hinaus) / 1000) + " kB hinaus, " +
+                          std::to_string((jetzt.herein - alt.herein) / 1000) + " kB herein, " +
+                          std::to_string(jetzt.namen - alt.namen) + " Namen");
     }
 
     Auftrag auftrag_;
@@ -320,7 +316,7 @@ private:
     asio::io_context kontext_{1};
     asio::posix::stream_descriptor geraet_;
     asio::local::stream_protocol::socket kanal_;
-    asio::streambuf eingang_;
+    std::string eingang_;
     asio::steady_timer takt_{kontext_}, beweistakt_{kontext_};
     std::vector<std::uint8_t> puffer_;
     std::array<Familie, 2> familien_;
@@ -329,10 +325,12 @@ private:
     Namen namen_;
     Weiterleitung weiterleitung_;
     Vpnwege vpnwege_;
-    std::vector<Vpn> vpns_;
-    std::vector<Openvpn> openvpn_;
+    std::optional<std::vector<Vpn>> vpns_;
+    std::optional<std::vector<Openvpn>> openvpn_;
     std::optional<Vpnbefund> befund_;
-    std::optional<Umschau> umschau_;
+    Vpnsuche suche_; ///< used on `schau_` only
+    AsioSchlange schau_{"umschau"};
+    Zeitgeber umschau_;
 
     Zeit anfang_ = Uhrzeit::now();
     std::size_t beweise_ = 0;
@@ -343,7 +341,6 @@ private:
     bool aufgegeben_ = false;
     unsigned ticks_ = 0;
     Weiterleitung::Zaehler gezaehlt_;
-    std::uint64_t gefragt_ = 0;
 };
 
 } // namespace

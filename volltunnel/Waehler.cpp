@@ -13,6 +13,9 @@ namespace {
 
 using asio::ip::tcp;
 
+constexpr std::chrono::seconds proxyfrist{15}; // for the proxy's first word
+constexpr std::chrono::seconds zielfrist{90};  // for its answer about the target
+
 struct Wahl : std::enable_shared_from_this<Wahl> {
     Wahl(asio::io_context& kontext, Stelle z, std::function<void(Ausgang, tcp::socket)> f)
         : socket(kontext), frist(kontext), ziel(std::move(z)), fertig(std::move(f)) {}
@@ -35,13 +38,10 @@ struct Wahl : std::enable_shared_from_this<Wahl> {
         setzeFrist(zielfrist, Ausgang::haengt);
         const bool sechs = ziel.address().is_v6();
         std::vector<std::uint8_t> auftrag{5, 1, 0, static_cast<std::uint8_t>(sechs ? 4 : 1)};
-        const auto haengeAn = [&](const auto& bytes) {
-            auftrag.insert(auftrag.end(), bytes.begin(), bytes.end());
-        };
         if (sechs)
-            haengeAn(ziel.address().to_v6().to_bytes());
+            std::ranges::copy(ziel.address().to_v6().to_bytes(), std::back_inserter(auftrag));
         else
-            haengeAn(ziel.address().to_v4().to_bytes());
+            std::ranges::copy(ziel.address().to_v4().to_bytes(), std::back_inserter(auftrag));
         auftrag.push_back(static_cast<std::uint8_t>(ziel.port() >> 8));
         auftrag.push_back(static_cast<std::uint8_t>(ziel.port()));
         sende(std::move(auftrag), 5, [this] { liesRest(); });

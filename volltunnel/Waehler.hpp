@@ -17,9 +17,6 @@ enum class Ausgang {
     haengt  ///< the proxy is there but the target did not answer in time: a radio gap, or nobody there
 };
 
-constexpr std::chrono::seconds proxyfrist{15}; ///< for the proxy's first word
-constexpr std::chrono::seconds zielfrist{90};  ///< for its answer about the target
-
 /// Connects to `ziel` through the SOCKS5 proxy, on the context's thread. `fertig` gets the connection,
 /// non-blocking; it is closed unless `verbunden`.
 void waehle(asio::io_context& kontext, const Stelle& proxy, const Stelle& ziel,

@@ -1,10 +1,6 @@
 #include "volltunnel/Weiterleitung.hpp"
 
 #include <asio/buffer.hpp>
-#include <asio/post.hpp>
-#include <asio/steady_timer.hpp>
-
-#include <algorithm>
 
 namespace mobilsteg::volltunnel {
 
@@ -31,9 +27,9 @@ void schliesseMitAbriss(tcp::socket& socket) {
 
 struct Weiterleitung::Horcher {
     tcp::acceptor annahme;
-    asio::steady_timer pause;
     Adresse gegenueber;
-    Stelle wer{}; ///< of the connection being accepted
+    Stelle wer{};        ///< of the connection being accepted
+    bool wartet = false; ///< false: out of descriptors
 };
 
 class Weiterleitung::Verbindung : public std::enable_shared_from_this<Verbindung> {
@@ -164,56 +160,46 @@ Weiterleitung::~Weiterleitung() {
     reisseAb();
 }
 
-void Weiterleitung::horche(tcp::acceptor horcher, const Adresse& gegenueber) {
-    horcher_.push_back(
-        std::make_shared<Horcher>(Horcher{std::move(horcher), asio::steady_timer(kontext_), gegenueber}));
-    nimmAn(horcher_.back());
+void Weiterleitung::horche(tcp::acceptor annahme, const Adresse& gegenueber) {
+    horcher_.push_back(std::make_unique<Horcher>(Horcher{std::move(annahme), gegenueber}));
+    nimmAn(*horcher_.back());
 }
 
-void Weiterleitung::nimmAn(const std::shared_ptr<Horcher>& horcher) {
-    horcher->annahme.async_accept(horcher->wer, [this, horcher](std::error_code fehler, tcp::socket app) {
-        if (fehler == asio::error::operation_aborted || !horcher->annahme.is_open())
+void Weiterleitung::nimmAn(Horcher& h) {
+    h.wartet = true;
+    h.annahme.async_accept(h.wer, [this, &h](std::error_code fehler, tcp::socket app) {
+        if (fehler == asio::error::operation_aborted)
             return;
-        if (fehler) { // out of descriptors: some will be free again
-            horcher->pause.expires_after(std::chrono::milliseconds(100));
-            horcher->pause.async_wait([this, horcher](std::error_code e) {
-                if (!e)
-                    nimmAn(horcher);
-            });
+        h.wartet = !fehler;
+        if (fehler)
             return;
-        }
         // Only what the tunnel itself made; anybody on this machine could come to the listener.
-        const std::uint16_t port = horcher->wer.port();
-        if (const auto fluss =
-                horcher->wer.address() == horcher->gegenueber ? tabelle_.nimmAn(port) : std::nullopt)
-            beginne(std::move(app), port, *fluss);
-        nimmAn(horcher);
+        const auto fluss = h.wer.address() == h.gegenueber ? tabelle_.nimmAn(h.wer.port()) : std::nullopt;
+        if (fluss) {
+            std::error_code egal;
+            app.set_option(tcp::no_delay(true), egal);
+            app.non_blocking(true, egal);
+            ++zaehler_.verbindungen;
+            (*verbindungen_.insert(std::make_shared<Verbindung>(*this, std::move(app), h.wer.port())).first)
+                ->verbinde(*fluss);
+        }
+        nimmAn(h);
     });
 }
 
-void Weiterleitung::beginne(tcp::socket app, std::uint16_t port, const Tabelle::Fluss& fluss) {
-    std::error_code egal;
-    app.set_option(tcp::no_delay(true), egal);
-    app.non_blocking(true, egal);
-    ++zaehler_.verbindungen;
-    auto neue = std::make_shared<Verbindung>(*this, std::move(app), port);
-    verbindungen_.insert(neue);
-    neue->verbinde(fluss);
-}
-
 void Weiterleitung::raeume(Zeit jetzt) {
-    std::vector<std::shared_ptr<Verbindung>> alte;
-    std::ranges::copy_if(verbindungen_, std::back_inserter(alte),
-                         [&](const auto& v) { return v->stehtHalbzu(jetzt); });
-    for (const auto& v : alte)
-        v->reisseAb();
+    for (const auto& h : horcher_)
+        if (!h->wartet)
+            nimmAn(*h);
+    for (const auto& v : std::vector(verbindungen_.begin(), verbindungen_.end()))
+        if (v->stehtHalbzu(jetzt))
+            v->reisseAb();
 }
 
 void Weiterleitung::reisseAb() {
     for (const auto& h : horcher_) {
         std::error_code egal;
         h->annahme.close(egal);
-        h->pause.cancel();
     }
     for (const auto& v : std::vector(verbindungen_.begin(), verbindungen_.end()))
         v->reisseAb();

@@ -24,16 +24,17 @@ public:
 
     struct Zaehler {
         std::uint64_t verbindungen = 0, hinaus = 0, herein = 0; ///< the last two in bytes
+        std::uint64_t namen = 0;                                ///< for the caller's use
         bool operator==(const Zaehler&) const = default;
     };
 
     Weiterleitung(asio::io_context& kontext, Tabelle& tabelle, Auftrag auftrag);
     ~Weiterleitung();
 
-    /// Accepts on `horcher` what comes from `gegenueber`, the tunnel's peer.
-    void horche(asio::ip::tcp::acceptor horcher, const Adresse& gegenueber);
+    /// Accepts on `annahme` what comes from `gegenueber`, the tunnel's peer.
+    void horche(asio::ip::tcp::acceptor annahme, const Adresse& gegenueber);
 
-    /// Ends what has been half-closed and still for five minutes. Now and then.
+    /// Ends what has been half-closed and still for five minutes. About once a second.
     void raeume(Zeit jetzt);
 
     /// Resets every connection and accepts no more.
@@ -45,15 +46,14 @@ private:
     class Verbindung;
     struct Horcher;
 
-    void nimmAn(const std::shared_ptr<Horcher>& horcher);
-    void beginne(asio::ip::tcp::socket app, std::uint16_t port, const Tabelle::Fluss& fluss);
+    void nimmAn(Horcher& horcher);
 
     asio::io_context& kontext_;
     Tabelle& tabelle_;
     Auftrag auftrag_;
     Zaehler zaehler_;
     std::unordered_set<std::shared_ptr<Verbindung>> verbindungen_;
-    std::vector<std::shared_ptr<Horcher>> horcher_;
+    std::vector<std::unique_ptr<Horcher>> horcher_;
     std::vector<char> puffer_;   ///< one for all: what is read is written at once
     std::size_t ausstehend_ = 0; ///< bytes that were read and could not be written yet
 };

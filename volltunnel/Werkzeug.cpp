@@ -48,6 +48,10 @@ bool warte(Kindprozess& kind, Werkzeuglauf& lauf, std::chrono::steady_clock::tim
 
 } // namespace
 
+std::string Werkzeuglauf::grund() const {
+    return std::string(beschnitten(fehler.empty() ? ausgabe : fehler));
+}
+
 Werkzeuglauf fuehreAus(const std::vector<std::string>& befehl, std::chrono::milliseconds frist) {
     Werkzeuglauf lauf;
     Startversuch versuch = starteProzess(befehl.front(), {befehl.begin() + 1, befehl.end()});

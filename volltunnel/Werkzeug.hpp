@@ -12,6 +12,8 @@ struct Werkzeuglauf {
     bool abgelaufen = false; ///< ended at the limit: what it has done is not known
     std::string ausgabe;     ///< standard output
     std::string fehler;      ///< standard error, or why it did not start or was ended; German
+
+    [[nodiscard]] std::string grund() const; ///< what it said, without line ends around
 };
 
 /// Runs `befehl`, an absolute path and its arguments, without a shell. Blocks for `frist` and two seconds
