@@ -63,7 +63,8 @@ struct Dateiende {
 /// Replaces the file in one step; readers see the old or the new content. False: the old one stands.
 bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit);
 
-/// Appends to a file that exists, in one write. False: it could not be opened or written; then it is as before.
+/// Appends to a file that exists, in one write. False: it could not be opened or written; then it is as
+/// before.
 bool haengeAn(const std::string& pfad, std::string_view inhalt);
 
 /// Creates the folder in which `pfad` lies, with all parents. False: it is not there afterwards.

@@ -148,10 +148,10 @@ TEST(Fahrt, jedesWerkzeugHatSeineFrist) {
     for (const auto& [aufruf, sekunden] : w.fristen)
         fristen.insert(aufruf.substr(0, aufruf.find(aufruf.starts_with("adb") ? " tcp" : " ")) + " " +
                        std::to_string(static_cast<int>(sekunden)));
-    EXPECT_THAT(fristen,
-                ElementsAre("adb -s R5CT1 forward --remove 5", "adb -s R5CT1 forward 10", "adb devices -l 10", "adb forward --list 5",
-                            "lsof 8", "mdfind 8", "netstat 5", "networksetup 10", "networksetup 5", "pgrep 3",
-                            "route 5", "scutil 5", "tailscale 10", "tailscale 25"));
+    EXPECT_THAT(fristen, ElementsAre("adb -s R5CT1 forward --remove 5", "adb -s R5CT1 forward 10",
+                                     "adb devices -l 10", "adb forward --list 5", "lsof 8", "mdfind 8",
+                                     "netstat 5", "networksetup 10", "networksetup 5", "pgrep 3", "route 5",
+                                     "scutil 5", "tailscale 10", "tailscale 25"));
 }
 
 TEST(Fahrt, dieMenueleisteFolgtDerPhaseUndWechseltAlleVierSekunden) {
