@@ -1,0 +1,252 @@
+// What the helper decides and what it says to the system's tools, without a tunnel.
+
+#include "tests/hilfe/Ordner.hpp"
+#include "tests/volltunnel/Pakete.hpp"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "volltunnel/Befehlszeile.hpp"
+#include "volltunnel/Namen.hpp"
+#include "volltunnel/Nutzerordner.hpp"
+#include "volltunnel/Umschau.hpp"
+#include "volltunnel/Wege.hpp"
+
+using namespace mobilsteg;
+using namespace mobilsteg::volltunnel;
+using namespace testing;
+using namespace std::string_literals;
+using std::chrono::seconds;
+
+namespace {
+
+std::vector<std::string> worte(std::string_view zeile) {
+    std::vector<std::string> alle;
+    for (std::size_t ende = 0; ende != std::string::npos;
+         zeile.remove_prefix(std::min(ende, zeile.size() - 1) + 1)) {
+        ende = zeile.find(' ');
+        alle.emplace_back(zeile.substr(0, ende));
+        if (ende == std::string::npos)
+            break;
+    }
+    return alle;
+}
+
+TEST(Befehlszeile, liestWasDasProgrammSchreibtUndSonstNichts) {
+    const std::string gute = "-proxy 127.0.0.1:1080 -stopp /a/volltunnel.stopp -dienst Wi-Fi -wache 42";
+    std::string fehler;
+    const auto a = liesBefehlszeile(worte(gute + " -nur-vpn -wurzel /w"), fehler);
+    ASSERT_TRUE(a) << fehler;
+    EXPECT_EQ(a->proxy, stelle("127.0.0.1", 1080));
+    EXPECT_EQ(a->stopp + a->dienst + a->wurzel + std::to_string(a->wache), "/a/volltunnel.stoppWi-Fi/w42");
+    EXPECT_TRUE(a->nurVPN && !a->vpnDurch);
+    for (const auto& [was, stattdessen] :
+         std::vector<std::pair<std::string, std::string>>{{"127.0.0.1:1080", "10.0.0.1:1080"},
+                                                          {"127.0.0.1:1080", "127.0.0.1"},
+                                                          {"127.0.0.1:1080", "127.0.0.1:65536"},
+                                                          {"127.0.0.1:1080", ""},
+                                                          {"127.0.0.1:1080", "127.0.0.1:"},
+                                                          {"/a/", "a/"},
+                                                          {"/a/volltunnel.stopp", "/a/"},
+                                                          {"42", "42x"},
+                                                          {"42", "0"},
+                                                          {"42", "-1"},
+                                                          {"-wache 42", "-wache"},
+                                                          {"-wache", "-wach"},
+                                                          {"-wache 42", "-vpn-durch"}}) {
+        std::string zeile = gute;
+        zeile.replace(zeile.find(was), was.size(), stattdessen);
+        std::string grund;
+        EXPECT_FALSE(liesBefehlszeile(worte(zeile), grund)) << zeile;
+        EXPECT_NE(grund, "") << zeile;
+    }
+}
+
+// One question for "a.b", type A; with EDNS for `laenge`.
+std::string frage(int laenge) {
+    std::string f("\x12\x34\1\0\0\1\0\0\0\0\0\0\1a\1b\0\0\1\0\1", 21);
+    if (laenge > 0) {
+        f[11] = 1;
+        f += "\0\0\x29"s + static_cast<char>(laenge >> 8) + static_cast<char>(laenge) + std::string(6, '\0');
+    }
+    return f;
+}
+
+TEST(Namen, antwortenSoLangWieDerFragendeSieNimmt) {
+    EXPECT_EQ(hoechstlaenge(frage(0)), 512U);
+    EXPECT_EQ(hoechstlaenge(frage(1232)), 1232U);
+    EXPECT_EQ(hoechstlaenge(frage(100)), 512U);
+    EXPECT_EQ(hoechstlaenge(frage(1232).substr(0, 25)), 512U);
+    EXPECT_FALSE(istFrage("\x12\x34\x81\0\0\1\0\0\0\0\0\0\0"s)) << "an answer";
+    EXPECT_EQ(servfail(frage(1232)), "\x12\x34\x81\x82\0\1\0\0\0\0\0\0\1a\1b\0\0\1\0\1"s);
+    EXPECT_EQ(servfail(frage(0).substr(0, 14)), "\x12\x34\x81\x82\0\0\0\0\0\0\0\0"s)
+        << "only a header is sure";
+    std::string antwort = frage(0) + std::string(500, 'x');
+    antwort.replace(2, 6, "\x81\x80\0\1\0\1"s);
+    EXPECT_EQ(gekuerzt(antwort, 521), antwort);
+    EXPECT_EQ(gekuerzt(antwort, 520), "\x12\x34\x83\x80\0\1\0\0\0\0\0\0\1a\1b\0\0\1\0\1"s);
+}
+
+TEST(Ausfall, zaehltNurWasVersuchtWurde) {
+    struct Fall {
+        const char* was;
+        std::vector<std::tuple<Ausgang, int, int>> versuche; ///< began and ended at second
+        bool zurueck;                                        ///< at the last one
+    };
+    constexpr auto ja = Ausgang::verbunden, nein = Ausgang::nein, kaputt = Ausgang::kaputt,
+                   stumm = Ausgang::stumm, haengt = Ausgang::haengt;
+    for (const auto& [was, versuche, zurueck] : std::vector<Fall>{
+             {"one refusal", {{kaputt, 100, 100}}, false},
+             {"refusals for 14 s", {{kaputt, 100, 100}, {kaputt, 114, 114}}, false},
+             {"refusals for 15 s", {{kaputt, 100, 100}, {kaputt, 108, 108}, {kaputt, 115, 115}}, true},
+             {"silence for 15 s", {{stumm, 100, 115}}, true},
+             {"a success between", {{kaputt, 100, 100}, {ja, 107, 108}, {kaputt, 116, 116}}, false},
+             {"begun before the success", {{ja, 100, 110}, {stumm, 99, 114}}, false},
+             {"a refusing target is reached",
+              {{kaputt, 100, 100}, {nein, 107, 108}, {kaputt, 116, 116}},
+              false},
+             {"idle between", {{kaputt, 100, 100}, {kaputt, 117, 117}}, false},
+             {"a radio gap", {{haengt, 100, 190}, {haengt, 101, 191}}, false}}) {
+        Ausfall ausfall;
+        bool zuletzt = false;
+        for (const auto& [ausgang, von, bis] : versuche)
+            zuletzt = ausfall.melde(ausgang, Zeit(seconds(von)), Zeit(seconds(bis)));
+        EXPECT_EQ(zuletzt, zurueck) << was;
+    }
+}
+
+TEST(Wege, sagenJedemWerkzeugDasSeine) {
+    const Wege ip(Wegewerkzeug::ip, "/w");
+    const Wege mac(Wegewerkzeug::route, "");
+    const Ausweg wlan{"10.0.0.1", "en0"};
+    EXPECT_EQ(ip.fuehre("1.2.3.4", wlan), worte("/w/sbin/ip -4 route add 1.2.3.4 via 10.0.0.1 dev en0"));
+    EXPECT_EQ(ip.fuehre("::/1", {"", "t0"}, true), worte("/w/sbin/ip -6 route del ::/1 dev t0"));
+    EXPECT_EQ(ip.fuehre("224.0.0.0/4", wlan), worte("/w/sbin/ip -4 route add 224.0.0.0/4 dev en0"));
+    EXPECT_EQ(mac.fuehre("1.2.3.4", wlan), worte("/sbin/route -n add -inet -host 1.2.3.4 10.0.0.1"));
+    EXPECT_EQ(mac.fuehre("8000::/1", {"", "utun5"}, true),
+              worte("/sbin/route -n delete -inet6 -net 8000::/1 -interface utun5"));
+    EXPECT_THAT(mac.geraetEin("utun5", false),
+                ElementsAre(worte("/sbin/ifconfig utun5 inet 198.19.108.1 198.19.108.2 mtu " +
+                                  std::to_string(groesstesPaket()) + " up")));
+    EXPECT_THAT(
+        mac.geraetEin("utun5", true),
+        ElementsAre(worte("/sbin/ifconfig utun5 inet6 fd6d:6f62:7374:6567::1 prefixlen 128"),
+                    worte("/sbin/route -n add -inet6 -host fd6d:6f62:7374:6567::2 -interface utun5")));
+    EXPECT_EQ(
+        ip.liesAusweg(
+            "default via 10.0.0.1 dev en0 proto dhcp metric 6 \ndefault via 10.9.9.9 dev en1 metric 9\n"),
+        wlan);
+    EXPECT_EQ(ip.liesAusweg("default dev ppp0 scope link\n"), (Ausweg{"", "ppp0"}));
+    EXPECT_EQ(ip.liesAusweg(""), std::nullopt);
+    EXPECT_EQ(mac.liesAusweg(
+                  "   route to: default\ndestination: default\n    gateway: 10.0.0.1\n  interface: en0\n"),
+              wlan);
+    EXPECT_EQ(mac.liesAusweg("    gateway: link#14\n  interface: utun3\n"), (Ausweg{"", "utun3"}));
+    EXPECT_EQ(mac.liesAusweg("route: writing to routing socket: not in table\n"), std::nullopt);
+    EXPECT_THAT(liesDnsserver("10.0.0.1\nfd00::1\n"), ElementsAre("10.0.0.1", "fd00::1"));
+    EXPECT_THAT(liesDnsserver("There aren't any DNS Servers set on Wi-Fi.\n"), IsEmpty());
+    EXPECT_THAT(liesDnsserver("resolver #1\n  nameserver[0] : 8.8.8.8\n  flags : A\nnameserver[\n"),
+                ElementsAre("8.8.8.8"));
+}
+
+// What must be there before it is done, and what comes of it when the tools fail.
+TEST(Rueckbau, merktVorherUndNimmtInUmgekehrterFolgeZurueck) {
+    const Ordner ordner;
+    const std::string notiz = ordner.pfad() + "/rueckbau";
+    const std::string protokoll = ordner.pfad() + "/protokoll";
+    const auto befehl = [&](const std::string& name, const std::string& status = "0") {
+        return Befehl{ordner.lege("/" + name,
+                                  "#!/bin/sh\necho \"${0##*/} $1 $(grep -c \"$1\" " + notiz + ")\" >>" +
+                                      protokoll + "; exit $2\n",
+                                  true),
+                      name + "-weg", status};
+    };
+    {
+        Rueckbau r(notiz);
+        EXPECT_FALSE(r.tue({befehl("eins")[0], "eins-weg", "0"}, befehl("eins")));
+        EXPECT_TRUE(r.tue({befehl("zwei")[0], "zwei-weg", "3"}, befehl("zwei"))) << "it failed";
+        EXPECT_FALSE(
+            r.tue({befehl("networksetup")[0], "networksetup-weg", "0"}, befehl("networksetup", "4")));
+        EXPECT_FALSE(r.tue({befehl("drei")[0], "drei-weg", "0"}, befehl("drei", "2")));
+    } // a crash
+    EXPECT_EQ(ordner.lies("/protokoll"),
+              "eins eins-weg 1\nzwei zwei-weg 1\nnetworksetup networksetup-weg 1\ndrei drei-weg 1\n");
+    std::filesystem::remove(protokoll);
+    EXPECT_FALSE(Rueckbau(notiz).alles()) << "the name servers stay";
+    EXPECT_EQ(ordner.lies("/protokoll"),
+              "drei drei-weg 1\nnetworksetup networksetup-weg 1\neins eins-weg 1\n");
+    EXPECT_EQ(ordner.lies("/rueckbau"), nlohmann::json({befehl("networksetup", "4")}).dump());
+    std::filesystem::permissions(notiz, std::filesystem::perms::all);
+    EXPECT_TRUE(Rueckbau(notiz).leer()) << "anybody could have written it";
+    Rueckbau ohnePlatz(ordner.pfad() + "/fehlt/rueckbau");
+    std::filesystem::remove(protokoll);
+    EXPECT_TRUE(ohnePlatz.tue(befehl("eins"), befehl("eins")));
+    EXPECT_EQ(ordner.lies("/protokoll"), "") << "no note, no change";
+}
+
+TEST(Vpnwege, einVerbundenesBehaeltSeinenWeg) {
+    const auto a = [](const char* text) { return asio::ip::make_address(text); };
+    const Adresse eigene = tunnelenden(false).hier;
+    const Vpn ruhend{"Firma", {a("1.1.1.1")}, false};
+    const Vpn verbunden{"Firma", {a("1.1.1.1")}, true};
+    const Openvpn daneben{a("10.0.0.9"), a("2.2.2.2")};
+    const Openvpn durch{eigene, a("2.2.2.2")};
+    struct Fall {
+        bool nurVPN, vpnDurch;
+        std::vector<Vpn> vpns;
+        std::vector<Openvpn> openvpn;
+        std::set<std::string> lebende, wege, gesicherte;
+    };
+    for (const Fall& f : std::vector<Fall>{
+             {false, false, {ruhend}, {}, {}, {"1.1.1.1"}, {}},
+             {false, false, {verbunden}, {daneben}, {}, {"1.1.1.1", "2.2.2.2"}, {}},
+             {false, false, {verbunden}, {durch}, {"1.1.1.1", "2.2.2.2"}, {}, {"Firma", "OpenVPN"}},
+             {false, true, {ruhend}, {}, {}, {}, {}},
+             {false, true, {verbunden}, {daneben}, {}, {"1.1.1.1", "2.2.2.2"}, {}},
+             {true, false, {ruhend}, {}, {}, {"1.1.1.1"}, {}},
+             {true, false, {verbunden}, {daneben}, {}, {}, {}},
+             {true,
+              false,
+              {verbunden},
+              {durch},
+              {"1.1.1.1", "2.2.2.2"},
+              {"1.1.1.1", "2.2.2.2"},
+              {"Firma", "OpenVPN"}}}) {
+        Vpnwege wege(f.nurVPN, f.vpnDurch);
+        const auto b = wege.werte(f.vpns, f.openvpn,
+                                  [&](const Adresse& s) { return f.lebende.contains(s.to_string()); });
+        std::set<std::string> ist, namen;
+        for (const auto& server : b.wege)
+            ist.insert(server.to_string());
+        for (const auto& [name, server] : b.gesichert)
+            namen.insert(name);
+        EXPECT_EQ(ist, f.wege) << &f;
+        EXPECT_EQ(namen, f.gesicherte);
+    }
+    Vpnwege wege(true, false);
+    EXPECT_THAT(wege.werte({}, {daneben}, [](const Adresse&) { return false; }).wege, IsEmpty());
+    EXPECT_THAT(wege.werte({}, {}, [](const Adresse&) { return false; }).wege, ElementsAre(a("2.2.2.2")))
+        << "it is gone: its next connection goes through the tunnel";
+    const auto gelesen = liesOpenvpn(
+        "openvpn p12 f3 n10.0.0.9:5->2.2.2.2:1194 n[fd00::1]:6->[2001:db8::1]:443 n127.0.0.1:7->127.0.0.1:8 n*:9 nx->y");
+    ASSERT_EQ(gelesen.size(), 2U);
+    EXPECT_EQ(gelesen[0].hier.to_string() + gelesen[1].server.to_string(), "10.0.0.92001:db8::1");
+}
+
+TEST(Nutzerordner, folgtKeinemLink) {
+    const Ordner ordner;
+    ordner.lege("/fremd", "unberührt");
+    const Nutzerordner unser(ordner.pfad() + "/x.stopp");
+    for (const char* endung : {".laeuft", ".laeuft.neu"})
+        std::filesystem::create_symlink(ordner.pfad() + "/fremd", ordner.pfad() + "/x.stopp" + endung);
+    EXPECT_TRUE(unser.schreibe(".laeuft", "unser"));
+    EXPECT_EQ(ordner.lies("/x.stopp.laeuft") + ordner.lies("/fremd"), "unserunberührt");
+    EXPECT_FALSE(std::filesystem::is_symlink(ordner.pfad() + "/x.stopp.laeuft"));
+    EXPECT_FALSE(unser.stoppGebeten());
+    std::filesystem::create_symlink("/nirgends", ordner.pfad() + "/x.stopp");
+    EXPECT_TRUE(unser.stoppGebeten());
+    std::filesystem::create_symlink(ordner.pfad(), ordner.pfad() + "/umweg");
+    EXPECT_FALSE(Nutzerordner(ordner.pfad() + "/umweg/x.stopp").da());
+}
+
+} // namespace
