@@ -44,6 +44,13 @@ void Kabel::aufQ(std::function<void()> was) {
 
 /// Hands what this queue knows to the main queue, in one piece and only when it changed.
 void Kabel::uebergib() {
+    // What speaks of the tunnel or of the proxy goes with it, not with the next survey.
+    if (!lageIntern_.volltunnelLaeuft)
+        lageIntern_.vpnsGesichert.clear();
+    if (!lageIntern_.proxyGesetzt) {
+        lageIntern_.durch.clear();
+        lageIntern_.vorbei.clear();
+    }
     if (lageIntern_ == uebergebeneLage_)
         return;
     uebergebeneLage_ = lageIntern_;
@@ -310,12 +317,19 @@ std::optional<std::string> Kabel::nimmProxyWeg() {
     return entfernt;
 }
 
+/// Its success ends the error of an earlier try.
+void Kabel::proxyVonHandAn() {
+    proxyAn();
+    if (proxy_.gesetzt() && lageIntern_.phase.art == Phase::Art::proxyFehler)
+        setze(Phase::Art::faehrt);
+}
+
 void Kabel::proxyUmschalten() {
     aufQ([this] {
         if (proxy_.gesetzt())
             proxyWeg();
         else if (verbindung_.zuletztGueltig() && verbindung_.wegSteht())
-            proxyAn();
+            proxyVonHandAn();
         else
             lageIntern_.meldung = "Erst muss das Handy freigeben.";
     });

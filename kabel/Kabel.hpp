@@ -147,6 +147,7 @@ private:
     void zeigeStatus(const Antwort& antwort);
     void schreibeStand(const Phase& phase, const std::optional<Antwort>& antwort);
     void proxyAn();
+    void proxyVonHandAn();
     void proxyWeg();
     [[nodiscard]] std::optional<std::string> nimmProxyWeg();
 

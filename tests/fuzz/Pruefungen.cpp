@@ -6,6 +6,7 @@
 #include "ansicht/terminal/Eingabe.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "handy/Adb.hpp"
+#include "handy/Geraetewache.hpp"
 #include "kabel/Anzeige.hpp"
 #include "kabel/Berichte.hpp"
 #include "kabel/Stand.hpp"
@@ -71,6 +72,21 @@ void adb(std::string_view bytes) {
         }
         return gedruckt;
     });
+}
+
+void geraete(std::string_view bytes) {
+    Geraetemeldungen ganz, einzeln;
+    const auto anders = ganz.nimm(bytes);
+    bool je = false, verstanden = true;
+    for (std::size_t i = 0; i < bytes.size() && verstanden; ++i) {
+        const auto dieses = einzeln.nimm(bytes.substr(i, 1));
+        verstanden = dieses.has_value();
+        je = je || dieses.value_or(false);
+    }
+    verlange(verstanden == anders.has_value(), "understood, however the reads fall");
+    verlange(!anders.value_or(false) || je, "a change is told, however the reads fall");
+    ganz.beginneNeu();
+    verlange(!anders || ganz.nimm(bytes) == false, "told again after a new connection it is nothing new");
 }
 
 void netzdienste(std::string_view bytes) {
@@ -318,6 +334,7 @@ std::span<const Pruefung> pruefungen() {
          "\"x\":0}}\n====\neine Zeile\n====\ndefault  10.0.0.1\n"},
         {"eingabe", eingabe, "", "befehl #\n", ""},
         {"einstellungen", einstellungen, "{", "\"k#\":{\"a\":#},", R"("experte":true})"},
+        {"geraete", geraete, "OKAY", "000AR5CT#\tnew\n", ""},
         {"netzdienste", netzdienste, "  interface: en9\n====\n",
          "(#) LAN #\n(Hardware Port: LAN #, Device: en#)\n\n", ""},
         {"paket", paket, std::string("E\0\xFF\xFF\0\0\0\0@\6\0\0\n\0\0\1\x01\1\1\1", 20), "#", ""},

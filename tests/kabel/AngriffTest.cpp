@@ -43,7 +43,7 @@ TEST(Angriff, einBewiesenerWegBleibtNichtVonSelbstBewiesen) {
         std::function<void(KabelWelt&)> geschieht;
         Phase phase;
         std::string austritt;
-        int beweise;
+        std::size_t beweise;
     };
     const Fall faelle[] = {
         {"forward verschwunden", [](auto& w) { w.forwards.erase(1080); }, Phase::Art::faehrt, "203.0.113.7",

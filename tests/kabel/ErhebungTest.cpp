@@ -37,6 +37,9 @@ TEST(Erhebung, vpnsAusTunnelberichtUndSystem) {
     helferNennt(R"J({"dienst":"OpenVPN (Büro)"})J");
     w.laufeBisSekunde(10);
     EXPECT_THAT(w.zustand().vpnsOffen, ElementsAre("Firma (Zürich)", "Firma"));
+    w.handys.clear();
+    w.laufeBisSekunde(12.5); // an odd tick: the survey comes with the next one
+    EXPECT_THAT(w.zustand().vpnsGesichert, IsEmpty());
 }
 
 TEST(Erhebung, verbindungenZaehlen) {

@@ -225,6 +225,11 @@ TEST(Proxy, fehlerBleibtStehenSolangeDerWegBewiesenIst) {
     w.networksetupFehler = "** Error: Command requires admin privileges.";
     w.starte();
     EXPECT_EQ(w.phaseBei(10), Phase::proxyFehler("System-Proxy nicht gesetzt: " + w.networksetupFehler));
+    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
+    EXPECT_EQ(w.zustand().phase.art, Phase::Art::proxyFehler);
+    w.networksetupFehler.clear();
+    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
+    EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt) << "set by hand at last";
     w.dienste = "";
     w.handys.clear();
     w.laufeBisSekunde(12.5);

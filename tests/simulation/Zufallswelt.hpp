@@ -21,6 +21,7 @@ public:
         buendelkennung = wuerfel(50) ? "de.mobilsteg.bordlotse" : "de.mobilsteg.vpnlotse";
         einstellungen.werte["volltunnel.erklaert"] = true;
         einstellungen.vorAenderung = [this] { portaufruf("Einstellung"); };
+        meldetGeraete_ = wuerfel(75);
         handys = {neuesHandy("R5CT1")};
     }
 
@@ -259,6 +260,8 @@ private:
             [&] { klicke([an](Kabel& k) { k.setzeNurVPN(an); }); },
             [&] { klicke([](Kabel& k) { k.proxyUmschalten(); }); },
             [&] { klicke([](Kabel& k) { k.profilUebernehmen(); }); },
+            [&] { meldeGeraete(1); }, // also one of a change that was long ago, or of none
+            [&] { meldeGeraete(200); },
         };
         // Another phone comes as often as eight of the others.
         const auto was = std::max<std::size_t>(waehle(std::size(moegliche) + 7), 7) - 7;
@@ -272,6 +275,15 @@ private:
         std::erase_if(forwards, [this](const auto& forward) { return bereites(forward.second) == nullptr; });
         if (wegGueltig())
             ticksOhneWeg_ = 0;
+        if (wuerfel(60))
+            meldeGeraete(1);
+    }
+
+    /// As adb's server reports them, where the program has a connection to it.
+    void meldeGeraete(int wieOft) {
+        geschieht("Meldungen von adb");
+        for (int i = 0; i < wieOft && kabel && meldetGeraete_; ++i)
+            kabel->siehNach();
     }
 
     /// On services where the program has none and may have none: on its own the user leaves the proxy alone.
@@ -302,6 +314,7 @@ private:
     std::size_t stoerungsrate_; ///< in per cent of the port calls
     int bisTod_ = 0;            ///< port calls until the process dies; 0: it does not
     bool tot_ = false;          ///< it has died, and is not buried yet
+    bool meldetGeraete_;        ///< else the clock alone has to do
     Zeitgeber ereignisse_;
     std::int64_t bytes_ = 0; ///< what the phone has moved for us
 
