@@ -4,7 +4,6 @@
 #include <sys/ioctl.h>
 #include <sys/kern_control.h>
 #include <sys/socket.h>
-#include <sys/sys_domain.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
@@ -17,11 +16,12 @@ namespace {
 
 constexpr const char* steuerung = "com.apple.net.utun_control"; // <net/if_utun.h>, not in every SDK
 constexpr int optionName = 2;
+constexpr int kernsteuerung = 2; // AF_SYS_CONTROL and SYSPROTO_CONTROL of <sys/sys_domain.h>, likewise
 
 } // namespace
 
 std::optional<Tunnelgeraet> neuesTunnelgeraet() {
-    Deskriptor datei(::socket(PF_SYSTEM, SOCK_DGRAM, SYSPROTO_CONTROL));
+    Deskriptor datei(::socket(PF_SYSTEM, SOCK_DGRAM, kernsteuerung));
     ctl_info wer{};
     std::strcpy(wer.ctl_name, steuerung);
     if (!datei || ::ioctl(datei.nummer(), CTLIOCGINFO, &wer) != 0)
@@ -29,13 +29,13 @@ std::optional<Tunnelgeraet> neuesTunnelgeraet() {
     sockaddr_ctl stelle{};
     stelle.sc_len = sizeof stelle;
     stelle.sc_family = AF_SYSTEM;
-    stelle.ss_sysaddr = AF_SYS_CONTROL;
+    stelle.ss_sysaddr = kernsteuerung;
     stelle.sc_id = wer.ctl_id;
     stelle.sc_unit = 0; // the next free one
     char name[32] = {};
     socklen_t laenge = sizeof name;
     if (::connect(datei.nummer(), reinterpret_cast<const sockaddr*>(&stelle), sizeof stelle) != 0 ||
-        ::getsockopt(datei.nummer(), SYSPROTO_CONTROL, optionName, name, &laenge) != 0 ||
+        ::getsockopt(datei.nummer(), kernsteuerung, optionName, name, &laenge) != 0 ||
         ::fcntl(datei.nummer(), F_SETFL, O_NONBLOCK) != 0 ||
         ::fcntl(datei.nummer(), F_SETFD, FD_CLOEXEC) != 0)
         return std::nullopt;
