@@ -244,11 +244,11 @@ private:
         asio::async_read_until(kanal_, asio::dynamic_buffer(eingang_), '\n',
                                [this](std::error_code fehler, std::size_t n) {
                                    if (fehler)
-                                       return verlassen();
+                                       return gehe(true);
                                    const std::string zeile = eingang_.substr(0, n - 1);
                                    eingang_.erase(0, n);
                                    if (zeile == "ende")
-                                       return gehe();
+                                       return gehe(false);
                                    if (zeile.starts_with("openvpn")) {
                                        openvpn_ = liesOpenvpn(zeile);
                                        werteVpns();
@@ -267,21 +267,21 @@ private:
             sende("grund " + grund);
     }
 
-    /// The process with the rights was killed; nobody else takes the marks away, or sees that the device
-    /// goes.
-    void verlassen() {
-        protokolliere("Der Helfer wurde abgeschossen; DNS und Umwege nimmt der nächste Start zurück");
-        ordner_.schreibe(".fehler", "der Helfer wurde beendet");
-        for (const char* endung : {".vpns.json", ".laeuft"})
-            ordner_.entferne(endung);
-        gehe();
-    }
-
     /// The programs hear at once that their connections are gone, as long as there is a device to say it by.
-    void gehe() {
+    /// `verwaist`: the process with the rights was killed, and nobody else takes the marks away.
+    void gehe(bool verwaist) {
         weiterleitung_.reisseAb();
         beweistakt_.expires_after(abschied);
-        beweistakt_.async_wait([](std::error_code) { ::_exit(0); });
+        beweistakt_.async_wait([this, verwaist](std::error_code) {
+            if (verwaist) {
+                geraet_.close();
+                protokolliere("Der Helfer wurde beendet; DNS und Umwege nimmt der nächste Start zurück");
+                ordner_.schreibe(".fehler", "der Helfer wurde beendet");
+                for (const char* endung : {".vpns.json", ".laeuft"})
+                    ordner_.entferne(endung);
+            }
+            ::_exit(0);
+        });
     }
 
     void ticke() {

@@ -1,0 +1,303 @@
+// The shipped helper with a real tunnel, in a network of the test's own, and a SOCKS server of the test.
+
+#include "plattform/Kindprozess.hpp"
+#include "plattform/Tunnelgeraet.hpp"
+#include "tests/hilfe/Ordner.hpp"
+#include "tests/volltunnel/Pakete.hpp"
+
+#include <asio/io_context.hpp>
+#include <asio/ip/udp.hpp>
+#include <asio/read.hpp>
+#include <asio/write.hpp>
+#include <gmock/gmock.h>
+
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <fstream>
+#include <thread>
+
+#include "volltunnel/Werkzeug.hpp"
+
+using namespace mobilsteg;
+using namespace mobilsteg::volltunnel;
+using namespace testing;
+using asio::ip::tcp;
+using std::chrono::milliseconds;
+
+namespace {
+
+constexpr uid_t niemand = 65534;
+
+template <typename Bedingung>
+bool warteBis(Bedingung bedingung, std::chrono::seconds frist = std::chrono::seconds(20)) {
+    for (const auto bis = std::chrono::steady_clock::now() + frist; !bedingung();
+         std::this_thread::sleep_for(milliseconds(20)))
+        if (std::chrono::steady_clock::now() > bis)
+            return false;
+    return true;
+}
+
+std::string sh(const std::string& befehl) {
+    return fuehreAus({"/bin/sh", "-c", befehl + " 2>&1"}, std::chrono::seconds(10)).ausgabe;
+}
+
+/// The phone: whatever is asked for, it serves it itself. Port 7: everything back, then the end; 9: refused;
+/// 13: a reset; 19: reads nothing; 53: each question comes back as its answer.
+class Sockswelt {
+public:
+    Sockswelt() : horcher_(kontext_, tcp::endpoint(asio::ip::make_address("127.0.0.1"), 0)) {
+        std::thread([this] {
+            while (true) {
+                auto socket = std::make_shared<tcp::socket>(horcher_.accept());
+                std::thread([this, socket] {
+                    std::error_code egal;
+                    bediene(*socket, egal);
+                }).detach();
+            }
+        }).detach();
+    }
+    [[nodiscard]] int port() const { return horcher_.local_endpoint().port(); }
+
+    std::atomic<bool> lehntAb = false;
+
+private:
+    void bediene(tcp::socket& s, std::error_code& fehler) {
+        std::string b(22, '\0');
+        const auto lies = [&](std::size_t n) { return asio::read(s, asio::buffer(b, n), fehler) == n; };
+        const auto sage = [&](const std::string& was) { asio::write(s, asio::buffer(was), fehler); };
+        if (!lies(3) || (sage({5, 0}), !lies(4)))
+            return;
+        const std::size_t laenge = b[3] == 4 ? 18 : 6; // address and port
+        if (!lies(laenge))
+            return;
+        const int port = b[laenge - 1];
+        const bool nein = lehntAb || port == 9;
+        sage(std::string{5, static_cast<char>(lehntAb ? 1 : nein ? 5 : 0), 0, 1, 0, 0, 0, 0, 0, 0});
+        if (nein)
+            return;
+        if (port == 13) {
+            s.set_option(asio::socket_base::linger(true, 0), fehler);
+            s.close(fehler);
+        } else if (port == 19) {
+            std::this_thread::sleep_for(std::chrono::hours(1));
+        }
+        std::vector<char> block(100'000);
+        while (!fehler) {
+            const std::size_t n = s.read_some(asio::buffer(block), fehler);
+            if (port == 53 && n > 4)
+                block[4] = static_cast<char>(block[4] | 0x80); // an answer
+            std::error_code schreibfehler;
+            asio::write(s, asio::buffer(block, n), schreibfehler);
+        }
+        s.shutdown(tcp::socket::shutdown_send, fehler);
+    }
+
+    asio::io_context kontext_;
+    tcp::acceptor horcher_;
+};
+
+/// It answers detached threads as long as the program runs.
+Sockswelt& welt() {
+    static Sockswelt* const eine = new Sockswelt;
+    return *eine;
+}
+
+class Fahrt : public Test {
+protected:
+    void SetUp() override {
+        // Routes there already: this is the machine's own network.
+        if (::geteuid() != 0 || !sh("test -w /dev/net/tun && ip route || echo nein").empty())
+            GTEST_SKIP() << "Kein Tunnel: dieser Rechner gibt uns /dev/net/tun oder ein eigenes Netz nicht";
+        welt().lehntAb = false;
+        sh("ip tuntap add w0 mode tap; ip addr add 10.0.0.9/24 dev w0; ip link set w0 up; ip route add default via 10.0.0.1 dev w0");
+        for (const char* datei : {"/var/db/x", "/heim/x", "/usr/bin/x"})
+            ordner.lege(datei, "");
+        ordner.lege("/sbin/ip", "#!/bin/sh\nexec ip \"$@\"\n", true);
+        ordner.lege("/dns", "There aren't any DNS Servers set on Büro.\n");
+        ordner.lege(
+            "/usr/sbin/networksetup",
+            "#!/bin/sh\ncd '" + ordner.pfad() +
+                "'\ncase $1 in -get*) cat dns;; -set*) shift 2; [ ! -e kaputt ] || exit 4\n[ $1 = Empty ] && set -- "
+                "\"There aren't any DNS Servers set on Büro.\"; printf '%s\\n' \"$@\" >dns;; esac\n",
+            true);
+        ordner.lege("/usr/sbin/scutil",
+                    "#!/bin/sh\ncase $2 in list) echo '* (Disconnected) 1 VPN \"Firma\" [VPN]';;\n"
+                    "show) echo '  RemoteAddress : 203.0.113.6';; esac\n",
+                    true);
+        sh("chmod 755 '" + ordner.pfad() + "'; chown nobody '" + heim + "'");
+        vorher = netz();
+    }
+    void TearDown() override {
+        if (helfer)
+            beende(SIGTERM);
+        sh("ip link del w0");
+    }
+
+    /// All that may not be different afterwards.
+    [[nodiscard]] std::string netz() const {
+        return sh("ip -4 route; ip -6 route; ip rule; ip -6 rule; ip -o link | cut -d: -f2") +
+               ordner.lies("/dns") + sh("ls '" + ordner.pfad() + "/var/db'");
+    }
+
+    Kindprozess starte(const std::string& flagge = "", int wache = ::getpid()) const {
+        std::vector<std::string> worte{"-c",      "exec \"$@\" >>'" + ordner.pfad() + "/log' 2>&1",
+                                       "sh",      HELFER,
+                                       "-proxy",  "127.0.0.1:" + std::to_string(welt().port()),
+                                       "-stopp",  stopp,
+                                       "-dienst", "Büro",
+                                       "-wache",  std::to_string(wache),
+                                       "-wurzel", ordner.pfad()};
+        if (!flagge.empty())
+            worte.push_back(flagge);
+        return std::move(*starteProzess("/bin/sh", worte).kind);
+    }
+    void laufe(const std::string& flagge = "", int wache = ::getpid()) {
+        helfer = starte(flagge, wache);
+        ASSERT_TRUE(warteBis([&] { return existiert(stopp + ".laeuft"); }))
+            << ordner.lies("/log") << ordner.lies("/heim/v.stopp.fehler");
+    }
+    int beende(int signal) {
+        if (signal != 0)
+            ::kill(helfer->nummer, signal);
+        const int status = helfer->warteUndErnte();
+        helfer.reset();
+        return status;
+    }
+    [[nodiscard]] std::string kind() const {
+        const std::string nummer = std::to_string(helfer->nummer);
+        return sh("tr -d ' \\n' </proc/" + nummer + "/task/" + nummer + "/children");
+    }
+
+    static std::string hole(const Stelle& ziel, const std::string& bytes) {
+        asio::io_context kontext;
+        tcp::socket s(kontext);
+        std::error_code fehler;
+        s.connect(ziel, fehler);
+        std::thread schreiber([&] {
+            std::error_code egal;
+            asio::write(s, asio::buffer(bytes), egal);
+            s.shutdown(tcp::socket::shutdown_send, egal);
+        });
+        std::string antwort;
+        asio::read(s, asio::dynamic_buffer(antwort), fehler);
+        schreiber.join();
+        return fehler == asio::error::eof ? antwort : "abgerissen";
+    }
+
+    Ordner ordner;
+    std::string heim = ordner.pfad() + "/heim";
+    std::string stopp = heim + "/v.stopp";
+    std::string vorher;
+    std::optional<Kindprozess> helfer;
+};
+
+TEST_F(Fahrt, traegtAllesUndNichtsDavonVeraendert) {
+    laufe();
+    std::string bytes(3'000'000, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<char>(i * i >> 7);
+    for (const char* ziel : {"203.0.113.5", "2001:db8::5"}) {
+        EXPECT_TRUE(hole(stelle(ziel, 7), bytes) == bytes) << "not the same bytes from " << ziel;
+        EXPECT_EQ(hole(stelle(ziel, 7), ""), "") << "half-closed at once";
+        EXPECT_EQ(hole(stelle(ziel, 9), "x"), "abgerissen") << "refused";
+        EXPECT_EQ(hole(stelle(ziel, 13), "x"), "abgerissen") << "reset";
+        asio::io_context kontext;
+        const auto frage = [&](int port, const std::string& was) {
+            asio::ip::udp::socket s(kontext);
+            s.connect({asio::ip::make_address(ziel), static_cast<std::uint16_t>(port)});
+            s.send(asio::buffer(was));
+            std::string antwort(2000, '\0');
+            std::error_code fehler;
+            antwort.resize(s.receive(asio::buffer(antwort), 0, fehler));
+            return fehler == asio::error::connection_refused ? "abgelehnt" : antwort;
+        };
+        const std::string name("\x12\x34\1\0\0\1\0\0\0\0\0\0\1a\0\0\1\0\1", 19);
+        EXPECT_EQ(frage(53, name), std::string(name).replace(2, 1, "\x81"));
+        EXPECT_EQ(frage(443, "QUIC"), "abgelehnt");
+        tcp::socket stau(kontext); // nobody reads: what was taken is what fits between
+        stau.connect(stelle(ziel, 19));
+        stau.non_blocking(true);
+        std::size_t genommen = 0;
+        std::error_code voll;
+        for (int leer = 0; leer < 20;
+             leer = voll ? leer + 1 : 0, std::this_thread::sleep_for(milliseconds(voll ? 20 : 0)))
+            genommen += stau.write_some(asio::buffer(bytes), voll);
+        EXPECT_LT(genommen, 40'000'000U);
+    }
+    const std::string lage = sh("cat /proc/" + kind() + "/status");
+    EXPECT_THAT(lage,
+                AllOf(HasSubstr("Uid:\t65534\t65534\t65534\t65534"), HasSubstr("CapEff:\t0000000000000000"),
+                      HasSubstr("CapPrm:\t0000000000000000"), HasSubstr("NoNewPrivs:\t1")));
+    EXPECT_EQ(ordner.lies("/dns"), "1.1.1.1\n9.9.9.9\n");
+    EXPECT_THAT(sh("ip route"),
+                AllOf(HasSubstr("0.0.0.0/1 dev mobilsteg0"), HasSubstr("203.0.113.6 via 10.0.0.1 dev w0"),
+                      HasSubstr("default via 10.0.0.1 dev w0")));
+}
+
+TEST_F(Fahrt, jedesEndeLaesstAllesWieVorher) {
+    const auto signal = [&](int nummer) { return [this, nummer] { ::kill(helfer->nummer, nummer); }; };
+    pid_t wache = ::getpid();
+    for (const auto& [was, tue, grund] :
+         std::vector<std::tuple<std::string, std::function<void()>, std::string>>{
+             {"stop file", [&] { ordner.lege("/heim/v.stopp", ""); }, ""},
+             {"watched process", [&] { ::kill(wache, SIGKILL); }, ""},
+             {"SIGTERM", signal(SIGTERM), ""},
+             {"SIGHUP", signal(SIGHUP), ""},
+             {"child shot", [&] { ::kill(std::stoi(kind()), SIGKILL); }, "der Tunnel ist abgestürzt\n"},
+             {"helper shot", signal(SIGKILL), "der Helfer wurde beendet"}}) {
+        const auto schlaf = starteProzess("/bin/sleep", {"1000"});
+        wache = schlaf.kind->nummer;
+        std::filesystem::remove(stopp + ".fehler");
+        laufe("", wache);
+        EXPECT_NE(netz(), vorher) << was;
+        std::thread ernte(
+            [&] { (void)Kindprozess(std::move(*const_cast<Startversuch&>(schlaf).kind)).warteUndErnte(); });
+        tue();
+        beende(0);
+        EXPECT_TRUE(warteBis([&] { return !existiert(stopp + ".laeuft"); })) << was;
+        EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), grund) << was;
+        ::kill(wache, SIGKILL);
+        ernte.join();
+        if (was == "helper shot") { // the next one takes back what stayed
+            EXPECT_EQ(ordner.lies("/dns"), "1.1.1.1\n9.9.9.9\n");
+            ordner.lege("/heim/v.stopp", "");
+            helfer = starte();
+            EXPECT_EQ(beende(0), 0);
+        }
+        std::filesystem::remove(stopp);
+        std::filesystem::remove(ordner.pfad() + "/var/db/mobilsteg-volltunnel.sperre");
+        EXPECT_EQ(netz(), vorher) << was << ordner.lies("/log");
+    }
+}
+
+TEST_F(Fahrt, nurVpnLaesstDieStandardrouteUndMeldetWasDurchgeht) {
+    ordner.lege("/heim/fremd", "unberührt");
+    std::filesystem::create_symlink(heim + "/fremd", stopp + ".vpns.json");
+    laufe("-nur-vpn");
+    EXPECT_THAT(sh("ip route"), AllOf(HasSubstr("203.0.113.6 dev mobilsteg0"), Not(HasSubstr("0.0.0.0/1"))));
+    EXPECT_EQ(ordner.lies("/dns"), "There aren't any DNS Servers set on Büro.\n");
+    asio::io_context kontext;
+    tcp::socket vpn(kontext);
+    vpn.connect(stelle("203.0.113.6", 7));
+    EXPECT_TRUE(warteBis([&] {
+        return ordner.lies("/heim/v.stopp.vpns.json") ==
+               R"({"vpns":[{"dienst":"Firma","server":"203.0.113.6"}]})";
+    }));
+    EXPECT_EQ(ordner.lies("/heim/fremd"), "unberührt");
+    Kindprozess zweiter = starte();
+    EXPECT_EQ(zweiter.warteUndErnte(), 1);
+    EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), "es läuft schon ein Helfer\n");
+    EXPECT_TRUE(existiert(stopp + ".laeuft"));
+}
+
+TEST_F(Fahrt, ohneNetzGehtEsGarNichtErstAn) {
+    welt().lehntAb = true;
+    helfer = starte();
+    EXPECT_EQ(beende(0), 1);
+    EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), "kein Netz durch den Tunnel: der Proxy lehnt ab\n");
+    EXPECT_THAT(ordner.lies("/log"), Not(HasSubstr("Wege über")));
+}
+
+} // namespace
