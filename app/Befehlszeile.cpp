@@ -40,7 +40,7 @@ std::string hilfetext(const std::string& programm) {
            "\n"
            "Bringt den Mac über das USB-Kabel mit dem Android-Handy ins Netz.\n"
            "\n"
-           "  --terminal     das Feld im Terminal statt in der Menüleiste\n"
+           "  --terminal     das Panel im Terminal statt in der Menüleiste\n"
            "  --heim DIR     DIR statt des eigenen Heimordners\n"
            "  --wurzel DIR   alle Werkzeuge des Systems unterhalb von DIR suchen\n"
            "  --aufraeumen   zurücknehmen, was ein früherer Lauf am Mac hinterlassen hat: hilft, wenn das "

@@ -1,6 +1,8 @@
 #include "app/Delegate.hpp"
 
 #include "kabel/Kabel.hpp"
+#include "plattform/Dateien.hpp"
+#include "plattform/Text.hpp"
 
 #include <csignal>
 
@@ -38,7 +40,10 @@ namespace {
 void frageNachProfil(Kabel& kabel, Einstellungen& einstellungen, Dialog& dialog) {
     if (einstellungen.text("profil") || kabel.variante().bundleB2B())
         return;
-    const bool vpn = dialog.frage(profilfrage()) == 0;
+    const int antwort = dialog.frage(profilfrage());
+    if (antwort < 0)
+        return; // closed: the next start asks again
+    const bool vpn = antwort == 0;
     einstellungen.setzeText("profil", vpn ? "vpn" : "reise");
     if (!vpn)
         return;
@@ -55,7 +60,8 @@ void erststart(Kabel& kabel, Einstellungen& einstellungen, Dialog& dialog) {
     if (kabel.variante().aktuell() != Variante::Art::vpn ||
         einstellungen.flagge("b2b.erklaert").value_or(false))
         return;
-    (void)dialog.frage(willkommen(kabel.variante().anzeigename()));
+    if (dialog.frage(willkommen(kabel.variante().anzeigename())) < 0)
+        return;
     einstellungen.setzeFlagge("b2b.erklaert", true);
     einstellungen.setzeFlagge("volltunnel.erklaert", true);
 }
@@ -74,7 +80,24 @@ void Delegate::applicationDidFinishLaunching() {
 
 void Delegate::applicationWillTerminate() {
     Kabel& kabel = Kabel::gemeinsam();
-    kabel.q().sync([&] { kabel.aufraeumen(); });
+    kabel.q().sync([&] {
+        const auto vorher = liesEnde(kabel.protokollPfad(), 0, 0);
+        kabel.aufraeumen();
+        if (const auto neues = liesEnde(kabel.protokollPfad(), vorher ? vorher->laenge : 0, 4096))
+            aufgeraeumtes_ += neues->bytes;
+    });
+}
+
+std::string Delegate::schlusswort() const {
+    std::vector<std::string> taten;
+    for (const auto zeile : teile(aufgeraeumtes_, '\n'))
+        if (const auto tat = zeile.find("  ");
+            tat != std::string_view::npos && zeile.substr(tat + 2) != "Beendet")
+            taten.emplace_back(zeile.substr(tat + 2));
+    if (const auto dienst = einstellungen_.text("proxy.dienst")) // the log tells a failure only once
+        taten.push_back("System-Proxy an „" + *dienst +
+                        "“ steht noch: mit --aufraeumen noch einmal versuchen");
+    return "Beendet. " + (taten.empty() ? "Am Mac war nichts zurückzunehmen." : verbunden(taten, " · "));
 }
 
 void Delegate::beendeNachSignal(int signal) {

@@ -18,7 +18,8 @@ class Kabel;
 [[nodiscard]] Frage willkommen(const std::string& anzeigename);
 
 /// The questions of the first start: the profile, once, unless the edition or an answer tells it; then, in
-/// the profile for company VPNs, the welcome, once. Main queue; blocks until they are answered.
+/// the profile for company VPNs, the welcome, once. A question that is closed without an answer stores
+/// nothing. Main queue; blocks until they are answered.
 void erststart(Kabel& kabel, Einstellungen& einstellungen, Dialog& dialog);
 
 /// What happens at the program's beginning and at each of its ends.
@@ -35,12 +36,16 @@ public:
     /// only waits for the first.
     void applicationWillTerminate();
 
+    /// After that, one line: what it took back, in the words of the log.
+    [[nodiscard]] std::string schlusswort() const;
+
 private:
     void beendeNachSignal(int signal);
 
     Einstellungen& einstellungen_;
     Dialog& dialog_;
     std::function<void(int)> beende_;
+    std::string aufgeraeumtes_; ///< the log's lines; on the controller's queue
     AsioSchlange signalQ_{"signale"};
     std::vector<Signalquelle> signalQuellen_;
 };

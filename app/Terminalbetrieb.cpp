@@ -1,24 +1,35 @@
 #include "ansicht/Inhalt.hpp"
+#include "ansicht/terminal/Befehle.hpp"
 #include "ansicht/terminal/Eingabe.hpp"
+#include "ansicht/terminal/Schirm.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "app/Delegate.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
 #include "plattform/Text.hpp"
 
+#include <unistd.h>
+
 #include <cstdio>
+#include <optional>
 
 namespace mobilsteg {
 
 int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
     AsioSchlange haupt("haupt", AsioSchlange::Faden::rufer);
+    const auto schirm = Schirm::oeffne(stdin, stdout);
+    Terminaltafel terminal(stdout, schirm.get());
     std::function<void(const std::string&)> befehl;
-    Eingabe eingabe(haupt, [&](const std::string& befehlszeile) { befehl(befehlszeile); });
-    Terminaldialog dialog(stdout, eingabe);
+    Eingabe eingabe(
+        haupt, [&](const std::string& befehlszeile) { befehl(befehlszeile); },
+        [&] {
+            if (::isatty(STDIN_FILENO) == 1) // Ctrl-D; else the end of input ends nothing
+                haupt.halt();
+        });
+    Terminaldialog dialog(terminal, eingabe);
     MobilstegBordlotseApp app(zeile, kennung, haupt, dialog);
     Kabel& kabel = app.kabel();
     const bool bundleB2B = kabel.variante().bundleB2B();
 
-    Terminaltafel terminal(stdout);
     const auto zeige = [&](const Zustand& z) { terminal.zeichne(inhalt(z, bundleB2B)); };
     Zustandsspeicher::Beobachtung beobachtung;
     befehl = [&](const std::string& befehlszeile) {
@@ -32,17 +43,26 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
             terminal.sage(verstanden.antwort);
     };
 
-    Delegate delegate(app.einstellungen(), dialog, beendeProzess);
+    std::optional<Delegate> delegate;
+    const auto beende = [&](int status) {
+        if (schirm)
+            schirm->ende(delegate->schlusswort());
+        beendeProzess(status);
+    };
+    delegate.emplace(app.einstellungen(), dialog, beende);
     haupt.async([&] {
-        delegate.applicationDidFinishLaunching();
+        delegate->applicationDidFinishLaunching();
         zeige(kabel.speicher().zustand());
         beobachtung = kabel.speicher().beobachte(zeige);
     });
-    eingabe.beginne();
+    eingabe.beginne(schirm);
     haupt.laufe();
 
-    delegate.applicationWillTerminate();
-    beendeProzess(0);
+    if (schirm)
+        schirm->sage("Räume auf …");
+    delegate->applicationWillTerminate();
+    beende(0);
+    return 0;
 }
 
 } // namespace mobilsteg

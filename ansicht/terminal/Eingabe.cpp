@@ -1,6 +1,8 @@
 #include "ansicht/terminal/Eingabe.hpp"
 
-#include "plattform/Text.hpp"
+#include "ansicht/terminal/Befehle.hpp"
+#include "ansicht/terminal/Schirm.hpp"
+#include "ansicht/terminal/Terminaltafel.hpp"
 
 #include <sys/select.h>
 #include <unistd.h>
@@ -58,6 +60,8 @@ struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
     bool zuEnde = false;
     Schlange* haupt = nullptr; // gone once the owner is
     std::function<void(const std::string&)> befehl;
+    std::function<void()> amEnde;
+    std::shared_ptr<Schirm> schirm;
 
     void nimmAuf(std::string zeile) {
         std::unique_lock wache(schloss);
@@ -72,6 +76,8 @@ struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
         const std::lock_guard wache(schloss);
         zuEnde = true;
         neues.notify_one();
+        if (haupt != nullptr)
+            haupt->async(amEnde);
     }
 
     /// On the main queue. A dialog may have taken the line meanwhile; then there is nothing to do.
@@ -87,6 +93,16 @@ struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
     }
 
     void lies() {
+        if (schirm) {
+            while (auto zeile = schirm->zeile())
+                nimmAuf(std::move(*zeile));
+        } else {
+            liesStandardeingabe();
+        }
+        beende();
+    }
+
+    void liesStandardeingabe() {
         Zeilen zeilen;
         std::array<char, 4096> block{};
         while (true) {
@@ -104,14 +120,15 @@ struct Eingabe::Innen : std::enable_shared_from_this<Innen> {
         }
         if (auto rest = zeilen.rest())
             nimmAuf(std::move(*rest));
-        beende();
     }
 };
 
-Eingabe::Eingabe(Schlange& haupt, std::function<void(const std::string&)> befehl)
+Eingabe::Eingabe(Schlange& haupt, std::function<void(const std::string&)> befehl,
+                 std::function<void()> amEnde)
     : innen_(std::make_shared<Innen>()) {
     innen_->haupt = &haupt;
     innen_->befehl = std::move(befehl);
+    innen_->amEnde = std::move(amEnde);
 }
 
 Eingabe::~Eingabe() {
@@ -120,7 +137,8 @@ Eingabe::~Eingabe() {
     innen_->platz.notify_one();
 }
 
-void Eingabe::beginne() {
+void Eingabe::beginne(std::shared_ptr<Schirm> schirm) {
+    innen_->schirm = std::move(schirm);
     std::thread([innen = innen_] { innen->lies(); }).detach();
 }
 
@@ -136,18 +154,17 @@ std::optional<std::string> Eingabe::naechste() {
 }
 
 int Terminaldialog::frage(const Frage& frage) {
-    std::string text = frage.nachricht + "\n" + frage.erlaeuterung + "\n";
-    for (std::size_t i = 0; i < frage.knoepfe.size(); ++i)
-        text += std::to_string(i + 1) + ") " + frage.knoepfe[i] + "\n";
-    std::fputs((text + "\n").c_str(), ausgabe_);
-    std::fflush(ausgabe_);
-
-    const auto zeile = eingabe_.naechste();
-    const auto antwort = beschnitten(zeile ? std::string_view(*zeile) : std::string_view());
-    for (std::size_t i = 0; i < frage.knoepfe.size(); ++i)
-        if (antwort == std::to_string(i + 1) || antwort == frage.knoepfe[i])
-            return static_cast<int>(i);
-    return -1;
+    tafel_.frage(&frage);
+    int antwort = -1;
+    while (const auto zeile = eingabe_.naechste()) {
+        if (const auto gewaehlt = antwortAuf(frage, *zeile)) {
+            antwort = *gewaehlt;
+            break;
+        }
+        tafel_.sage(moeglicheAntworten(frage));
+    }
+    tafel_.frage(nullptr);
+    return antwort;
 }
 
 } // namespace mobilsteg

@@ -3,7 +3,6 @@
 #include "plattform/Anschluesse.hpp"
 #include "plattform/Schlange.hpp"
 
-#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -11,6 +10,9 @@
 #include <string_view>
 
 namespace mobilsteg {
+
+class Schirm;
+class Terminaltafel;
 
 /// Cuts what was typed into lines, however the reads fell. No locks, never blocks: for one thread at a time.
 class Zeilen {
@@ -32,16 +34,16 @@ private:
 };
 
 /// Standard input as lines, read by a thread of its own. A line goes to the caller of `naechste` if there is
-/// one, else to `befehl` on the main queue. The end of input ends nothing.
+/// one, else to `befehl` on the main queue, where at the end of input, behind all lines, `amEnde` is called.
 class Eingabe {
 public:
-    Eingabe(Schlange& haupt, std::function<void(const std::string&)> befehl);
+    Eingabe(Schlange& haupt, std::function<void(const std::string&)> befehl, std::function<void()> amEnde);
     ~Eingabe();
     Eingabe(const Eingabe&) = delete;
     Eingabe& operator=(const Eingabe&) = delete;
 
-    /// Begins to read; lines that came before are not lost.
-    void beginne();
+    /// Begins to read, from the screen if there is one; lines that came before are not lost.
+    void beginne(std::shared_ptr<Schirm> schirm);
 
     /// Blocks the main queue until the next line has come. Absent: the input has ended.
     [[nodiscard]] std::optional<std::string> naechste();
@@ -51,16 +53,16 @@ private:
     std::shared_ptr<Innen> innen_;
 };
 
-/// Asks by printing the texts and numbered buttons; the next line of input is the answer: a button's number
-/// or its text. Any other line, like the end of input, counts as closing the question.
+/// Asks by showing the texts and numbered buttons, and asks again until a line of input is an answer. The end
+/// of input closes the question.
 class Terminaldialog final : public Dialog {
 public:
-    Terminaldialog(std::FILE* ausgabe, Eingabe& eingabe) : ausgabe_(ausgabe), eingabe_(eingabe) {}
+    Terminaldialog(Terminaltafel& tafel, Eingabe& eingabe) : tafel_(tafel), eingabe_(eingabe) {}
 
     [[nodiscard]] int frage(const Frage& frage) override;
 
 private:
-    std::FILE* ausgabe_;
+    Terminaltafel& tafel_;
     Eingabe& eingabe_;
 };
 

@@ -1,8 +1,8 @@
 #include "ansicht/terminal/Terminaltafel.hpp"
 
+#include "ansicht/terminal/Befehle.hpp"
+#include "ansicht/terminal/Schirm.hpp"
 #include "plattform/Text.hpp"
-
-#include <unistd.h>
 
 #include <algorithm>
 
@@ -10,40 +10,7 @@ namespace mobilsteg {
 
 namespace {
 
-struct Sammler {
-    std::vector<Angebot>& liste;
-
-    void operator()(const Schalter& s) const { liste.push_back({{s.was, s.an ? "aus" : "an"}, s.text}); }
-    void operator()(const Knopf& k) const { liste.push_back({k.aktion, k.hilfe.empty() ? k.text : k.hilfe}); }
-    void operator()(const Wahl& w) const {
-        for (const auto& m : w.moeglichkeiten)
-            if (m.wert != w.gewaehlt)
-                liste.push_back({{w.was, m.wert}, w.bezeichnung + ": " + m.text});
-    }
-    void operator()(const Reihe& r) const {
-        for (const auto& teil : r.teile)
-            std::visit(*this, teil.inhalt);
-    }
-    template <typename Anderes>
-    void operator()(const Anderes&) const {}
-};
-
-/// Whether `wert` can stand behind the command at all, shown or not.
-bool passt(Bedienung was, std::string_view wert) {
-    if (was == Bedienung::browser)
-        return !wert.empty();
-    if (wort(was).werte.empty())
-        return wert.empty();
-    const auto erlaubt = teile(wort(was).werte, '|');
-    return std::find(erlaubt.begin(), erlaubt.end(), wert) != erlaubt.end();
-}
-
-std::string gebrauch(Bedienung was) {
-    const auto& w = wort(was);
-    return std::string(w.wort) + (w.werte.empty() ? "" : " " + std::string(w.werte));
-}
-
-constexpr std::size_t breite = 60;
+constexpr std::size_t strichlaenge = 60; // where no width is given
 
 std::string aufgefuellt(const std::string& text, std::size_t spalte) {
     const std::size_t laenge = zeichenzahl(text);
@@ -75,6 +42,13 @@ std::string einzeilig(std::string text) {
     return text;
 }
 
+/// The phase without its colour.
+const char* punktzeichen(Farbe farbe) {
+    if (farbe == Farbe::gruen)
+        return "●";
+    return farbe == Farbe::gelb ? "◐" : "○";
+}
+
 const char* symbolzeichen(const std::string& symbol) {
     if (symbol == "shield.slash")
         return "○";
@@ -83,29 +57,32 @@ const char* symbolzeichen(const std::string& symbol) {
 
 class Schreiber {
 public:
-    Schreiber(std::size_t spalte, bool farbig) : spalte_(spalte), farbig_(farbig) {}
+    Schreiber(std::size_t spalte, Schriftbild bild) : spalte_(spalte), bild_(bild) {}
 
-    void operator()(const Kopf& k) { zeile(farbe(k.punkt, "●") + " " + einzeilig(k.titel)); }
-    void operator()(const Satz& s) { zeile(farbe(s.farbe, einzeilig(s.text))); }
+    void operator()(const Kopf& k) {
+        const std::string punkt = bild_.breite == 0 ? "●" : punktzeichen(k.punkt);
+        zeile(k.titel, Farbe::normal, punkt + " ", k.punkt);
+    }
+    void operator()(const Satz& s) { zeile(s.text, s.farbe); }
     void operator()(const Trenner&) {
         std::string strich;
-        for (std::size_t i = 0; i < breite; ++i)
+        for (std::size_t i = 0; i < (bild_.breite == 0 ? strichlaenge : bild_.breite); ++i)
             strich += "─";
-        zeile(farbe(Farbe::sekundaer, strich));
+        zeile(strich, Farbe::sekundaer);
     }
     void operator()(const Zeile& z) {
-        zeile(farbe(Farbe::sekundaer, aufgefuellt(einzeilig(z.bezeichnung), spalte_)) + einzeilig(z.wert));
+        zeile(z.wert, Farbe::normal, aufgefuellt(einzeilig(z.bezeichnung), spalte_), Farbe::sekundaer);
     }
     void operator()(const Symbolzeile& s) {
-        const std::string zusatz = s.zusatz.empty() ? "" : " · " + farbe(s.farbe, s.zusatz);
-        zeile(farbe(s.farbe, symbolzeichen(s.symbol)) + " " + einzeilig(s.text) + zusatz);
+        zeile(s.text + (s.zusatz.empty() ? "" : " · " + s.zusatz), Farbe::normal,
+              std::string(symbolzeichen(s.symbol)) + " ", s.farbe);
     }
     void operator()(const Schalter& s) { zeile(kaestchen(s)); }
     void operator()(const Knopf& k) { zeile(knopf(k)); }
     void operator()(const Wahl& w) {
         zeile(w.bezeichnung + ":");
         for (const auto& m : w.moeglichkeiten)
-            zeile((m.wert == w.gewaehlt ? "(•) " : "( ) ") + m.text);
+            zeile(m.text, Farbe::normal, m.wert == w.gewaehlt ? "(•) " : "( ) ");
     }
     void operator()(const Reihe& r) {
         std::vector<std::string> stuecke;
@@ -122,8 +99,27 @@ public:
         for (const auto& a : liste)
             laengster = std::max(laengster, zeichenzahl(befehl(a.aktion)));
         for (const auto& a : liste)
-            zeile(farbe(Farbe::sekundaer,
-                        "> " + aufgefuellt(befehl(a.aktion), laengster + 2) + einzeilig(a.text)));
+            zeile(a.text, Farbe::sekundaer, "> " + aufgefuellt(befehl(a.aktion), laengster + 2),
+                  Farbe::sekundaer);
+    }
+
+    /// A line, or several below each other where the width does not do; `vorn` has a column of its own.
+    void zeile(const std::string& inhalt, Farbe f = Farbe::normal, const std::string& vorn = "",
+               Farbe vornFarbe = Farbe::normal) {
+        const std::string eine = einzeilig(inhalt);
+        const std::size_t einzug = zeichenzahl(vorn);
+        const std::size_t platz =
+            bild_.breite == 0 ? eine.size() : std::max(bild_.breite, einzug + 8) - einzug;
+        std::string_view rest = eine;
+        text += farbe(vornFarbe, vorn);
+        while (zeichenzahl(rest) > platz) {
+            const auto blank = ersteZeichen(rest, platz + 1).rfind(' ');
+            const auto teil =
+                blank == std::string_view::npos ? ersteZeichen(rest, platz) : rest.substr(0, blank);
+            text += farbe(f, teil) + "\n" + std::string(einzug, ' ');
+            rest.remove_prefix(teil.size() + (blank == std::string_view::npos ? 0 : 1));
+        }
+        text += farbe(f, rest) + "\n";
     }
 
     std::string text;
@@ -132,64 +128,23 @@ private:
     static std::string kaestchen(const Schalter& s) { return (s.an ? "[x] " : "[ ] ") + s.text; }
     static std::string knopf(const Knopf& k) { return "[" + einzeilig(k.text) + "]"; }
 
-    [[nodiscard]] std::string farbe(Farbe f, const std::string& inhalt) const {
-        if (!farbig_ || f == Farbe::normal)
-            return inhalt;
-        return farbcode(f) + inhalt + "\x1b[0m";
+    [[nodiscard]] std::string farbe(Farbe f, std::string_view inhalt) const {
+        if (!bild_.farbig || f == Farbe::normal)
+            return std::string(inhalt);
+        return farbcode(f) + std::string(inhalt) + "\x1b[0m";
     }
-    void zeile(const std::string& inhalt) { text += inhalt + "\n"; }
-
     std::size_t spalte_;
-    bool farbig_;
+    Schriftbild bild_;
 };
 
 } // namespace
 
-std::vector<Angebot> angebote(const Baum& baum) {
-    std::vector<Angebot> liste;
-    for (const auto& element : baum)
-        std::visit(Sammler{liste}, element.inhalt);
-    return liste;
-}
-
-std::string befehl(const Aktion& aktion) {
-    if (aktion.was == Bedienung::hinweisWeg)
-        return gebrauch(aktion.was);
-    return std::string(wort(aktion.was).wort) + (aktion.wert.empty() ? "" : " " + aktion.wert);
-}
-
-Verstanden verstehe(std::string_view zeile, const Baum& baum) {
-    const auto text = beschnitten(zeile);
-    const auto blank = text.find(' ');
-    const auto erstes = text.substr(0, blank);
-    const auto wert = blank == std::string_view::npos ? std::string_view() : beschnitten(text.substr(blank));
-
-    const auto stelle =
-        std::find_if(woerter.begin(), woerter.end(), [&](const Wort& w) { return w.wort == erstes; });
-    if (stelle == woerter.end())
-        return {std::nullopt, "Unbekannter Befehl: „" + std::string(text) + "“"};
-    const auto was = static_cast<Bedienung>(stelle - woerter.begin());
-    if (!passt(was, wert))
-        return {std::nullopt, "So geht der Befehl: " + gebrauch(was)};
-
-    const Aktion aktion{was, was == Bedienung::hinweisWeg ? "" : std::string(wert)};
-    const auto liste = angebote(baum);
-    if (std::any_of(liste.begin(), liste.end(), [&](const Angebot& a) { return a.aktion == aktion; }))
-        return {aktion, ""};
-    const bool gezeigt =
-        std::any_of(liste.begin(), liste.end(), [&](const Angebot& a) { return a.aktion.was == was; });
-    if (gezeigt && was != Bedienung::browser)
-        return {std::nullopt, "„" + std::string(text) + "“ gilt schon"};
-    return {std::nullopt,
-            "„" + std::string(text) + "“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht"};
-}
-
-std::string alsText(const Baum& baum, bool farbig) {
+std::string alsText(const Baum& baum, Schriftbild bild) {
     std::size_t spalte = 0;
     for (const auto& element : baum)
         if (const auto* zeile = std::get_if<Zeile>(&element.inhalt))
             spalte = std::max(spalte, zeichenzahl(zeile->bezeichnung) + 2);
-    Schreiber schreiber(spalte, farbig);
+    Schreiber schreiber(spalte, bild);
     for (const auto& element : baum)
         std::visit(schreiber, element.inhalt);
     schreiber(Trenner{});
@@ -197,29 +152,80 @@ std::string alsText(const Baum& baum, bool farbig) {
     return schreiber.text;
 }
 
-Terminaltafel::Terminaltafel(std::FILE* ausgabe)
-    : ausgabe_(ausgabe), terminal_(::isatty(::fileno(ausgabe)) == 1) {}
+std::string alsText(const Frage& frage, Schriftbild bild) {
+    Schreiber schreiber(0, bild);
+    schreiber.zeile(frage.nachricht);
+    if (bild.breite > 0)
+        schreiber(Trenner{});
+    std::string_view rest = frage.erlaeuterung;
+    for (std::size_t ende = 0; (ende = rest.find('\n')) != std::string_view::npos;
+         rest.remove_prefix(ende + 1))
+        schreiber.zeile(std::string(rest.substr(0, ende)));
+    schreiber.zeile(std::string(rest));
+    for (std::size_t i = 0; i < frage.knoepfe.size(); ++i)
+        schreiber.zeile(frage.knoepfe[i], Farbe::normal, std::to_string(i + 1) + ") ");
+    return schreiber.text;
+}
+
+std::string alsText(const std::string& meldung, Schriftbild bild) {
+    Schreiber schreiber(0, bild);
+    schreiber.zeile(meldung);
+    return schreiber.text;
+}
+
+std::vector<std::string> ausschnitt(const std::string& text, std::size_t hoehe, std::size_t& ab) {
+    std::vector<std::string> zeilen;
+    for (std::size_t i = 0; i < text.size(); i = text.find('\n', i) + 1)
+        zeilen.push_back(text.substr(i, text.find('\n', i) - i));
+    const auto strich = std::find_if(zeilen.begin(), zeilen.end(),
+                                     [](const auto& z) { return z.find("──") != std::string::npos; });
+    const auto fest = static_cast<std::size_t>(strich - zeilen.begin());
+    if (zeilen.size() <= hoehe || fest + 2 > hoehe) {
+        zeilen.resize(std::min(zeilen.size(), hoehe));
+        return zeilen;
+    }
+    const std::size_t sichtbar = hoehe - fest - 1;
+    const std::size_t verborgen = zeilen.size() - fest - sichtbar;
+    ab = std::min(ab, verborgen);
+    zeilen.erase(strich, strich + static_cast<std::ptrdiff_t>(ab));
+    zeilen.resize(hoehe - 1);
+    zeilen.push_back("… Bild ↑: " + std::to_string(ab) + ", Bild ↓: " + std::to_string(verborgen - ab) +
+                     " weitere Zeilen");
+    return zeilen;
+}
 
 void Terminaltafel::zeichne(const Baum& baum) {
     if (baum == gezeichnet_)
         return;
     gezeichnet_ = baum;
-    const std::string text = alsText(baum, terminal_);
-    if (terminal_) // home and erase: the panel is drawn in place
-        std::fputs(("\x1b[H\x1b[J" + text + (gesagt_.empty() ? "" : gesagt_ + "\n") + "> ").c_str(),
-                   ausgabe_);
-    else
-        std::fputs((text + "\n").c_str(), ausgabe_);
-    std::fflush(ausgabe_);
-    gesagt_.clear();
+    zeigePanel();
+}
+
+void Terminaltafel::frage(const Frage* frage) {
+    if (frage != nullptr)
+        zeige([frage = *frage](Schriftbild bild) { return alsText(frage, bild); }, frage->knoepfe);
+    else if (schirm_ != nullptr && !gezeichnet_.empty())
+        zeigePanel();
 }
 
 void Terminaltafel::sage(const std::string& text) {
-    gesagt_ = einzeilig(text);
-    if (terminal_)
-        std::fputs(("\x1b[H\x1b[J" + alsText(gezeichnet_, true) + gesagt_ + "\n> ").c_str(), ausgabe_);
-    else
-        std::fputs((gesagt_ + "\n\n").c_str(), ausgabe_);
+    if (schirm_ != nullptr)
+        return schirm_->sage(text);
+    std::fputs((alsText(text, {false, terminalmasse(ausgabe_).breite}) + "\n").c_str(), ausgabe_);
+    std::fflush(ausgabe_);
+}
+
+void Terminaltafel::zeigePanel() {
+    std::vector<std::string> vorschlaege = {std::string(hilfebefehl)};
+    for (const auto& angebot : angebote(gezeichnet_))
+        vorschlaege.push_back(befehl(angebot.aktion));
+    zeige([baum = gezeichnet_](Schriftbild bild) { return alsText(baum, bild); }, std::move(vorschlaege));
+}
+
+void Terminaltafel::zeige(Schirm::Text text, std::vector<std::string> vorschlaege) {
+    if (schirm_ != nullptr)
+        return schirm_->zeige(std::move(text), std::move(vorschlaege));
+    std::fputs((text({false, terminalmasse(ausgabe_).breite}) + "\n").c_str(), ausgabe_);
     std::fflush(ausgabe_);
 }
 

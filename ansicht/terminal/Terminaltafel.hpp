@@ -1,57 +1,45 @@
 #pragma once
 
 #include "ansicht/Baum.hpp"
-
-#include <cstdio>
-#include <optional>
-#include <string>
-#include <string_view>
-#include <vector>
+#include "ansicht/terminal/Schirm.hpp"
+#include "plattform/Anschluesse.hpp"
 
 namespace mobilsteg {
 
-/// Every action that the panel offers right now, in its order: of a switch the one that would change it, of a
-/// choice each value that is not chosen. Pure.
-struct Angebot {
-    Aktion aktion;
-    std::string text; ///< the control's own text
+/// The panel as text, a line per element and below it every control with its command; a question with its
+/// numbered buttons; one line. They end with a line end. Pure.
+[[nodiscard]] std::string alsText(const Baum& baum, Schriftbild bild = {});
+[[nodiscard]] std::string alsText(const Frage& frage, Schriftbild bild);
+[[nodiscard]] std::string alsText(const std::string& meldung, Schriftbild bild);
 
-    bool operator==(const Angebot&) const = default;
-};
-[[nodiscard]] std::vector<Angebot> angebote(const Baum& baum);
+/// The lines of `text`, at most `hoehe`. Of a longer text: what stands before its first rule, of the rest the
+/// lines from the `ab`th on, and one that counts the others; an `ab` too large is lowered. Pure.
+[[nodiscard]] std::vector<std::string> ausschnitt(const std::string& text, std::size_t hoehe,
+                                                  std::size_t& ab);
 
-/// The line by which an action is asked for in the terminal.
-[[nodiscard]] std::string befehl(const Aktion& aktion);
-
-/// What came of a typed line: the action, or a German answer why there is none.
-struct Verstanden {
-    std::optional<Aktion> aktion;
-    std::string antwort;
-};
-
-/// Reads a line against the panel as it is shown now. Pure.
-[[nodiscard]] Verstanden verstehe(std::string_view zeile, const Baum& baum);
-
-/// The panel as text, a line per element and below it every control with its command. Ends with a line end.
-/// `farbig`: with the terminal's colours. Pure.
-[[nodiscard]] std::string alsText(const Baum& baum, bool farbig);
-
-/// Draws panels to a terminal in place, or one below the other where there is no terminal. Main queue only.
+/// Shows panels, questions and answers: on the screen, or one below the other where there is none. Main queue
+/// only.
 class Terminaltafel {
 public:
-    explicit Terminaltafel(std::FILE* ausgabe);
+    /// `schirm`: null where there is none.
+    Terminaltafel(std::FILE* ausgabe, Schirm* schirm) : ausgabe_(ausgabe), schirm_(schirm) {}
 
     /// Does nothing when this tree is drawn already.
     void zeichne(const Baum& baum);
+
+    /// Shows the question; null: the panel again.
+    void frage(const Frage* frage);
 
     /// Says something to the user that is not part of the panel.
     void sage(const std::string& text);
 
 private:
+    void zeigePanel();
+    void zeige(Schirm::Text text, std::vector<std::string> vorschlaege);
+
     std::FILE* ausgabe_;
-    bool terminal_;
+    Schirm* schirm_;
     Baum gezeichnet_;
-    std::string gesagt_;
 };
 
 } // namespace mobilsteg

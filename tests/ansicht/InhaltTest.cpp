@@ -2,6 +2,7 @@
 
 #include "ansicht/Inhalt.hpp"
 
+#include "ansicht/terminal/Befehle.hpp"
 #include "ansicht/terminal/Eingabe.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "plattform/Text.hpp"
@@ -20,7 +21,7 @@ namespace {
 /// The beginnings of the panel's lines, without the commands.
 std::vector<std::string> kurzform(const Baum& baum) {
     std::vector<std::string> zeilen;
-    const std::string text = alsText(baum, false);
+    const std::string text = alsText(baum);
     for (const auto zeile : teile(std::string_view(text).substr(0, text.find("\n>")), '\n'))
         if (!zeile.starts_with("──"))
             zeilen.emplace_back(ersteZeichen(zeile, 32));
@@ -103,10 +104,13 @@ TEST_F(Inhalt, jederVpnStehtEinmalDaUndWieErGesichertIst) {
 
 TEST_F(Inhalt, punktFolgtDerPhase) {
     using enum Phase::Art;
-    for (const auto& [phase, farbe] : std::map<Phase::Art, std::string>{
-             {start, "33"}, {wartetAufHandy, "33"}, {pruefung, "33"}, {faehrt, "32"}, {abgelehnt, "31"}}) {
+    for (const auto& [phase, punkt] : std::map<Phase::Art, std::string>{{start, "33m◐"},
+                                                                        {wartetAufHandy, "33m◐"},
+                                                                        {pruefung, "33m◐"},
+                                                                        {faehrt, "32m●"},
+                                                                        {abgelehnt, "31m○"}}) {
         z.phase = phase;
-        EXPECT_THAT(alsText(inhalt(z, false), true), StartsWith("\x1b[" + farbe + "m●\x1b[0m "));
+        EXPECT_THAT(alsText(inhalt(z, false), {true, 60}), StartsWith("\x1b[" + punkt + " \x1b[0m"));
     }
 }
 
@@ -123,25 +127,29 @@ TEST(Bedienung, jederGezeigteSchalterWirkt) {
     EXPECT_EQ(beendet, 1);
 }
 
-TEST(Befehle, verstehenNurWasDasFeldZeigt) {
+TEST(Befehle, verstehenNurWasDasPanelZeigt) {
     Zustand reise, experte, vpn;
     experte.experte = true;
     experte.browserOhne = {{"Brave", "b", false, "/b"}};
     vpn.profil = "vpn";
-    EXPECT_THAT(alsText(inhalt(reise, false), false),
+    EXPECT_THAT(alsText(inhalt(reise, false)),
                 EndsWith("\n> experte an  Expertenmodus\n> beenden     Beenden\n"));
-    const std::string verborgen = "“ ist gerade nicht zu bedienen: Das Feld zeigt es nicht";
+    const std::string verborgen = "“ ist gerade nicht zu bedienen: Das Panel zeigt es nicht";
     const std::tuple<const Zustand*, std::string, std::string> faelle[] = {
         {&reise, "  experte \t an ", ""},
-        {&reise, "experte aus", "„experte aus“ gilt schon"},
+        {&reise, "experte aus", "„experte aus“ ist schon so eingestellt"},
         {&reise, "experte", "So geht der Befehl: experte an|aus"},
         {&reise, "beenden jetzt", "So geht der Befehl: beenden"},
         {&reise, "browser", "So geht der Befehl: browser NAME"},
         {&experte, "browser Edge", "„browser Edge" + verborgen},
-        {&experte, "Experte an", "Unbekannter Befehl: „Experte an“"},
+        {&experte, "browser brave", ""},
+        {&reise, "Experte AN", ""},
+        {&experte, "experten an", "Unbekannter Befehl: „experten an“"},
         {&vpn, "vpn-durch an", "„vpn-durch an" + verborgen}};
     for (const auto& [zustand, zeile, antwort] : faelle)
         EXPECT_EQ(verstehe(zeile, inhalt(*zustand, false)).antwort, antwort);
+    for (const char* frage : {"hilfe", "Help", "?"})
+        EXPECT_THAT(verstehe(frage, {}).antwort, StartsWith("Befehle: hilfe · experte an|aus · proxy"));
     for (const auto* zustand : {&experte, &vpn}) { // every command that is listed is understood
         const Baum baum = inhalt(*zustand, false);
         for (const auto& angebot : angebote(baum))
@@ -149,23 +157,29 @@ TEST(Befehle, verstehenNurWasDasFeldZeigt) {
     }
 }
 
-TEST(Terminaldialog, zeilenAntwortenUndDasEndeDerEingabeSchliesst) {
+TEST(Terminaldialog, fragtBisZurAntwortOderZumEndeDerEingabe) {
     int rohr[2];
     ASSERT_EQ(::pipe(rohr), 0);
     ::dup2(rohr[0], STDIN_FILENO);
     ::fcntl(STDIN_FILENO, F_SETFL, O_NONBLOCK); // as another program that shares the input may have left it
     VirtuelleWelt welt;
-    Eingabe eingabe(welt.schlange("haupt"), {});
-    eingabe.beginne();
-    Terminaldialog dialog(stdout, eingabe);
-    const auto frage = [&] { return dialog.frage({"Frage?", "Darum.", {"Ja", "Nein"}}); };
-    const std::string getippt = "2\n Ja \t\n3\nNein!\n1"; // the last line has no end
+    Eingabe eingabe(welt.schlange("haupt"), {}, [] {});
+    eingabe.beginne(nullptr);
+    Terminaltafel tafel(stdout, nullptr);
+    Terminaldialog dialog(tafel, eingabe);
+    const auto frage = [&] { return dialog.frage({"Frage?", "Darum.", {"Ja, gern", "Nein, danke"}}); };
+    const std::string getippt = "2\n JA \t\n3\n\nnein, danke!\nx\nNein, d\n1"; // the last line has no end
     ASSERT_EQ(::write(rohr[1], getippt.data(), getippt.size()), std::ssize(getippt));
-    for (const int antwort : {1, 0, -1, -1})
+    for (const int antwort : {1, 0, 1})
         EXPECT_EQ(frage(), antwort);
     ::close(rohr[1]);
     for (const int antwort : {0, -1})
         EXPECT_EQ(frage(), antwort);
+    const Frage tunnel{"", "", {"Weiter", "Weg damit"}}, hinweis{"", "", {"Verstanden"}};
+    EXPECT_EQ(antwortAuf(tunnel, "ja"), 0);
+    EXPECT_EQ(antwortAuf(tunnel, "nein"), 1);
+    EXPECT_EQ(antwortAuf(tunnel, "we"), std::nullopt); // two begin so
+    EXPECT_EQ(antwortAuf(hinweis, "nein"), std::nullopt);
 }
 
 } // namespace

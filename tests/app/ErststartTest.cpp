@@ -23,7 +23,9 @@ TEST(Erststart, fragtWasNochNichtBeantwortetIst) {
         {"bordlotse", {}, {profil}, {1}, {{"profil", std::string("reise")}}},
         {"bordlotse", {}, {profil, passwort, bordlotse}, {0, 0, 0}, alles},
         {"bordlotse", {{"volltunnel", false}}, {profil, bordlotse}, {0, 0}, alles},
-        {"bordlotse", {{"profil", std::string("vpn")}}, {bordlotse}, {-1}, erklaert},
+        // A closed question stores nothing, and the second start asks again.
+        {"bordlotse", {}, {profil, profil}, {-1, 1}, {{"profil", std::string("reise")}}},
+        {"bordlotse", {{"profil", std::string("vpn")}}, {bordlotse, bordlotse}, {-1, 0}, erklaert},
         {"vpnlotse", {}, {"Willkommen beim Mobilsteg VPN-Lotse"}, {0}, erklaert}};
     for (auto [ausgabe, soll, fragen, antworten, neue] : faelle) {
         KabelWelt w;
@@ -38,6 +40,27 @@ TEST(Erststart, fragtWasNochNichtBeantwortetIst) {
         w.einstellungen.werte.erase("kabel.id");
         EXPECT_EQ(w.einstellungen.werte, soll);
         EXPECT_THAT(w.aufrufe, testing::IsEmpty());
+    }
+}
+
+TEST(Delegate, sagtAmEndeWasEsZuruecknahm) {
+    const std::tuple<bool, const char*, const char*> faelle[] = {
+        {false, "", "Beendet. Am Mac war nichts zurückzunehmen."},
+        {true, "", "Beendet. System-Proxy entfernt von Wi-Fi"},
+        {true, "nein",
+         "Beendet. System-Proxy nicht entfernt von Wi-Fi: nein · "
+         "System-Proxy an „Wi-Fi“ steht noch: mit --aufraeumen noch einmal versuchen"}};
+    for (const auto& [faehrt, fehler, soll] : faelle) {
+        KabelWelt w;
+        if (faehrt)
+            w.fahreLos();
+        else
+            w.starteBis(1);
+        w.networksetupFehler = fehler;
+        Kabel::setzeGemeinsames(w.kabel.get());
+        Delegate delegate(w.einstellungen, w, {});
+        delegate.applicationWillTerminate();
+        EXPECT_EQ(delegate.schlusswort(), soll);
     }
 }
 

@@ -251,7 +251,7 @@ void befehle(std::string_view bytes) {
     verlangeUtf8(verstanden.antwort);
     z.handy = z.meldung = zeile;
     z.phase = Phase::proxyFehler(zeile);
-    verlangeUtf8(alsText(inhalt(z, false), false));
+    verlangeUtf8(alsText(inhalt(z, false)));
 }
 
 void eingabe(std::string_view bytes) {

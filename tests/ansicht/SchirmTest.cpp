@@ -1,0 +1,131 @@
+// The screen on a terminal of its own.
+
+#include "ansicht/terminal/Schirm.hpp"
+
+#include "ansicht/Inhalt.hpp"
+#include "ansicht/terminal/Terminaltafel.hpp"
+#include "plattform/Text.hpp"
+
+#include <gmock/gmock.h>
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <future>
+
+using namespace mobilsteg;
+using namespace testing;
+
+namespace {
+
+TEST(Schirm, bildPasstInBreiteUndHoehe) {
+    Zustand z;
+    z.experte = true;
+    const std::string schmal = alsText(inhalt(z, false), {false, 40});
+    for (const auto zeile : teile(schmal, '\n'))
+        EXPECT_LE(zeichenzahl(zeile), 40U) << zeile;
+    EXPECT_THAT(
+        schmal,
+        HasSubstr("\n> volltunnel an    Volltunnel: alles vom\n                   Mac durchs Handy\n"));
+
+    const std::string text = "Kopf\nPhase\n──\na\nb\nc\nd\n";
+    const auto bild = [&](std::size_t hoehe, std::size_t ab) {
+        const auto zeilen = ausschnitt(text, hoehe, ab);
+        return verbunden(zeilen, "|") + " ab " + std::to_string(ab);
+    };
+    EXPECT_EQ(bild(7, 0), "Kopf|Phase|──|a|b|c|d ab 0");
+    EXPECT_EQ(bild(5, 1), "Kopf|Phase|a|b|… Bild ↑: 1, Bild ↓: 2 weitere Zeilen ab 1");
+    EXPECT_EQ(bild(5, 9), "Kopf|Phase|c|d|… Bild ↑: 3, Bild ↓: 0 weitere Zeilen ab 3");
+    EXPECT_EQ(bild(2, 0), "Kopf|Phase ab 0");
+}
+
+struct Terminal {
+    Terminal() {
+        hier = ::posix_openpt(O_RDWR | O_NOCTTY);
+        EXPECT_TRUE(::grantpt(hier) == 0 && ::unlockpt(hier) == 0);
+        dort = ::open(::ptsname(hier), O_RDWR | O_NOCTTY);
+        setzeBreite(60);
+        datei.reset(::fdopen(dort, "r+"));
+    }
+    void setzeBreite(unsigned short breite) const {
+        const winsize masse{12, breite, 0, 0};
+        EXPECT_EQ(::ioctl(dort, TIOCSWINSZ, &masse), 0);
+    }
+    ~Terminal() { ::close(hier); }
+    void tippe(std::string_view text) const { (void)!::write(hier, text.data(), text.size()); }
+    /// What is written until that has come; then the next such call goes on behind it.
+    std::string bis(const std::string& stueck) {
+        while (gelesen.find(stueck) == std::string::npos) {
+            char block[4096];
+            const ssize_t n = ::read(hier, block, sizeof block);
+            if (n <= 0)
+                return "nur " + gelesen;
+            gelesen.append(block, static_cast<std::size_t>(n));
+        }
+        const auto ende = gelesen.find(stueck) + stueck.size();
+        const std::string text = gelesen.substr(0, ende);
+        gelesen.erase(0, ende);
+        return text;
+    }
+    [[nodiscard]] tcflag_t art() const {
+        termios t{};
+        ::tcgetattr(dort, &t);
+        return t.c_lflag;
+    }
+
+    int hier = -1, dort = -1;
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> datei{nullptr, std::fclose};
+    std::string gelesen;
+};
+
+TEST(Schirm, getipptesUeberstehtDasNeueBildUndAmEndeIstAllesZurueckgestellt) {
+    ::setenv("TERM", "dumb", 1);
+    Terminal t;
+    EXPECT_EQ(Schirm::oeffne(t.datei.get(), t.datei.get()), nullptr);
+    ::setenv("TERM", "xterm", 1);
+    const auto vorher = t.art();
+    const auto schirm = Schirm::oeffne(t.datei.get(), t.datei.get());
+    ASSERT_NE(schirm, nullptr);
+    schirm->zeige([](Schriftbild b) { return "Bild " + std::to_string(b.breite) + "\n"; },
+                  {"experte an", "experte aus", "Tür"});
+    const auto naechste = [&] {
+        auto kommende = std::async(std::launch::async, [&] { return schirm->zeile(); });
+        schirm->sage("bereit"); // drawn once keys come to the line as they are
+        t.bis("bereit");
+        return kommende;
+    };
+    auto zeile = naechste();
+    t.tippe("EX");
+    t.bis("> EX");
+    t.setzeBreite(30); // drawn as 40 wide
+    ::raise(SIGWINCH);
+    EXPECT_THAT(t.bis("> EX"), HasSubstr("Bild 40"));
+    schirm->zeige([](Schriftbild) { return "zwei\n"; }, {"experte an", "experte aus", "Tür"});
+    EXPECT_THAT(t.bis("> EX"), HasSubstr("zwei"));
+    t.tippe("\t");
+    t.bis("> experte a\x1b");
+    t.tippe("\t");
+    t.bis("experte an · experte aus");
+    t.tippe("n\n");
+    EXPECT_EQ(zeile.get(), "experte an");
+
+    zeile = naechste();
+    t.tippe("\x1b[A\x1b[D\x7f\n"); // the line before, without its last but one
+    EXPECT_EQ(zeile.get(), "experte n");
+    zeile = naechste();
+    t.tippe("t\t\n");
+    EXPECT_EQ(zeile.get(), "Tür");
+    zeile = naechste();
+    t.tippe("ü\x04\x7f\x04"); // Ctrl-D ends nothing where something stands
+    EXPECT_EQ(zeile.get(), std::nullopt);
+    schirm->ende("Beendet.");
+    t.bis("\x1b[?1049l");
+    EXPECT_EQ(t.bis("Beendet.\r\n"), "Beendet.\r\n");
+    EXPECT_EQ(t.art(), vorher);
+}
+
+} // namespace
