@@ -11,6 +11,7 @@
 #include <fcntl.h>
 
 #include <array>
+#include <atomic>
 #include <charconv>
 #include <chrono>
 #include <cstdint>
@@ -97,6 +98,7 @@ struct Geraetewache::Innen : std::enable_shared_from_this<Innen> {
         socket.open(tcp::v4(), fehler);
         if (fehler)
             return;
+        offen = true;
         ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
         socket.async_connect(
             {asio::ip::address_v4::loopback(), *port},
@@ -135,6 +137,7 @@ struct Geraetewache::Innen : std::enable_shared_from_this<Innen> {
     void trenne() {
         Fehler egal;
         socket.close(egal);
+        offen = false;
     }
 
     AsioSchlange& schlange;
@@ -145,6 +148,7 @@ struct Geraetewache::Innen : std::enable_shared_from_this<Innen> {
     std::array<char, 16384> block{};
     Zeit::time_point naechsterVersuch;
     bool beendet = false;
+    std::atomic<bool> offen = false; // any queue
 };
 
 Geraetewache::Geraetewache(AsioSchlange& schlange, std::function<void()> gemeldet)
@@ -159,7 +163,8 @@ Geraetewache::~Geraetewache() {
 }
 
 void Geraetewache::halte() {
-    innen_->schlange.async([innen = innen_] { innen->halte(); });
+    if (!innen_->offen) // else each tick would wake the queue for nothing
+        innen_->schlange.async([innen = innen_] { innen->halte(); });
 }
 
 } // namespace mobilsteg
