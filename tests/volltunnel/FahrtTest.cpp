@@ -28,8 +28,6 @@ using std::chrono::milliseconds;
 
 namespace {
 
-constexpr uid_t niemand = 65534;
-
 template <typename Bedingung>
 bool warteBis(Bedingung bedingung, std::chrono::seconds frist = std::chrono::seconds(20)) {
     for (const auto bis = std::chrono::steady_clock::now() + frist; !bedingung();
