@@ -18,7 +18,7 @@ namespace {
 constexpr double adbSekunden = 5;
 
 void sage(const std::string& text) {
-    std::fputs((text + "\n").c_str(), stdout);
+    std::fputs((einzeilig(text) + "\n").c_str(), stdout);
     std::fflush(stdout);
 }
 

@@ -3,6 +3,7 @@
 #include "handy/Lauf.hpp"
 #include "netz/Variante.hpp"
 #include "plattform/Dateien.hpp"
+#include "plattform/Text.hpp"
 
 #include <cstdio>
 
@@ -13,7 +14,8 @@ namespace {
 void sage(const std::string& name, const std::string& wert) {
     constexpr std::size_t spalte = 16;
     std::printf("%s%s%s\n", name.c_str(),
-                std::string(name.size() < spalte ? spalte - name.size() : 1, ' ').c_str(), wert.c_str());
+                std::string(name.size() < spalte ? spalte - name.size() : 1, ' ').c_str(),
+                einzeilig(wert).c_str());
     std::fflush(stdout);
 }
 

@@ -17,6 +17,10 @@ namespace {
 // Deeper than any honest answer, and as deep as the phone's other readers go.
 constexpr std::size_t tiefstes = 512;
 
+// More than any phone has, and as much as a panel can show.
+constexpr std::size_t meistePfade = 16;
+constexpr std::size_t laengsterText = 200;
+
 /// The value of a number written with a point or an exponent; absent when it is no integer of 64 bits.
 std::optional<std::int64_t> ganzzahl(const std::string& text) {
     std::string ziffern = text.substr(0, text.find_first_of("eE"));
@@ -96,9 +100,14 @@ std::vector<T> liste(const json& objekt, const char* name) {
     return elemente;
 }
 
+/// What the user gets to see of a text.
+std::string zeile(const std::string& text) {
+    return einzeilig(text, laengsterText);
+}
+
 template <>
 Pfad als(const json& w) {
-    return {muss<std::string>(w, "iface"), muss<bool>(w, "healthy"), muss<double>(w, "rtt_ms"),
+    return {zeile(muss<std::string>(w, "iface")), muss<bool>(w, "healthy"), muss<double>(w, "rtt_ms"),
             kann<double>(w, "rtt_ruhe_ms").value_or(0)};
 }
 
@@ -109,10 +118,12 @@ Gast als(const json& w) {
 
 template <>
 Status als(const json& w) {
-    return {liste<Pfad>(w, "paths"),
+    auto pfade = liste<Pfad>(w, "paths");
+    pfade.resize(std::min(pfade.size(), meistePfade));
+    return {std::move(pfade),
             kann<bool>(w, "alles").value_or(false),
             kann<bool>(w, "notlage").value_or(false),
-            kann<std::string>(w, "notlage_grund").value_or(""),
+            zeile(kann<std::string>(w, "notlage_grund").value_or("")),
             liste<Gast>(w, "guests"),
             kann<std::int64_t>(w, "funkloecher").value_or(0),
             kann<std::int64_t>(w, "gerettet").value_or(0)};
@@ -120,7 +131,7 @@ Status als(const json& w) {
 
 template <>
 KabelGast als(const json& w) {
-    return {muss<std::string>(w, "id"), muss<std::string>(w, "name")};
+    return {muss<std::string>(w, "id"), zeile(muss<std::string>(w, "name"))};
 }
 
 template <>
@@ -130,7 +141,10 @@ KabelStand als(const json& w) {
 
 template <>
 Antwort als(const json& w) {
-    return {muss<std::string>(w, "app"), muss<std::int64_t>(w, "proxy_port"), kann<std::string>(w, "zustand"),
+    auto zustand = kann<std::string>(w, "zustand");
+    if (zustand)
+        zustand = zeile(*zustand);
+    return {muss<std::string>(w, "app"), muss<std::int64_t>(w, "proxy_port"), std::move(zustand),
             muss<KabelStand>(w, "kabel"), kann<Status>(w, "status")};
 }
 

@@ -54,7 +54,8 @@ struct Antwort {
     std::optional<Status> status;
 
     /// Reads a document strictly: a required field that is missing, or any field of the wrong type, spoils
-    /// the whole. Unknown keys are passed over. Absent: it is no such document. Pure; any bytes may come.
+    /// the whole. Unknown keys are passed over, and so are paths beyond the sixteenth; texts become one line
+    /// of at most 200 characters. Absent: it is no such document. Pure; any bytes may come.
     [[nodiscard]] static std::optional<Antwort> ausJson(std::string_view bytes);
 };
 

@@ -23,6 +23,8 @@ constexpr auto gnadenfrist = std::chrono::seconds(2);
 constexpr auto nachlauf = std::chrono::milliseconds(500);
 // How often a process is asked whether it has ended, where the system cannot announce it.
 constexpr int nachfrageMs = 20;
+// What a tool writes beyond that is read away: nobody reads it, and it must not be what fills the memory.
+constexpr std::size_t meisteAusgabe = 16U << 20U;
 
 /// Takes one block of what is there: only one, or a tool that writes faster than it is read would never let
 /// the limit be looked at. False: the other end is closed and everything has been read.
@@ -30,7 +32,7 @@ bool lieseAus(const Deskriptor& rohr, std::string& bytes) {
     std::array<char, 65536> block; // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
     const ssize_t n = ::read(rohr.nummer(), block.data(), block.size());
     if (n > 0)
-        bytes.append(block.data(), static_cast<std::size_t>(n));
+        bytes.append(block.data(), std::min(static_cast<std::size_t>(n), meisteAusgabe - bytes.size()));
     return n > 0 || (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR));
 }
 

@@ -10,7 +10,7 @@ namespace mobilsteg {
 /// What came of running an outside tool.
 struct Ergebnis {
     std::int32_t status = -1; ///< exit code, or the number of the signal that ended it; -1: never started
-    std::string ausgabe;      ///< standard output, invalid UTF-8 repaired
+    std::string ausgabe;      ///< standard output's first 16 MB, invalid UTF-8 repaired
     std::string fehler;       ///< standard error likewise; when never started, the reason in German
 
     bool operator==(const Ergebnis&) const = default;

@@ -54,7 +54,7 @@ void Kabel::uebergib() {
     if (lageIntern_ == uebergebeneLage_)
         return;
     uebergebeneLage_ = lageIntern_;
-    speicher_.veroeffentliche([this, lage = lageIntern_](Zustand& z) {
+    speicher_.veroeffentliche([this, lage = zeigbar(lageIntern_)](Zustand& z) {
         const bool anderePhase = z.phase != lage.phase;
         static_cast<Lage&>(z) = lage;
         if (anderePhase) // not only at the next beat: a struck-through plug would stand beside the new phase

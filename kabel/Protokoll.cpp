@@ -1,6 +1,7 @@
 #include "kabel/Protokoll.hpp"
 
 #include "plattform/Dateien.hpp"
+#include "plattform/Text.hpp"
 
 namespace mobilsteg {
 
@@ -11,7 +12,7 @@ void Protokoll::schreibe(const std::string& text) {
     if (text == letzteZeile_)
         return;
     letzteZeile_ = text;
-    const std::string zeile = ortszeit(uhr_.wand()) + "  " + text + "\n";
+    const std::string zeile = ortszeit(uhr_.wand()) + "  " + einzeilig(text) + "\n";
     legeElternordnerAn(pfad_);
     // Only a file that is missing is made anew: one that merely cannot be opened must not be replaced.
     if (!haengeAn(pfad_, zeile) && !existiert(pfad_))

@@ -1,6 +1,7 @@
 #include "kabel/Stand.hpp"
 
 #include "kabel/Anzeige.hpp"
+#include "plattform/Text.hpp"
 
 #include <nlohmann/json.hpp>
 
@@ -49,7 +50,9 @@ std::string standDokument(const Standangaben& a, const std::optional<Antwort>& a
         if (antwort->status)
             trageStatusEin(dokument, *antwort->status, a.name);
     }
-    // A tool's text in the phase may hold anything; one bad byte must not cost the document.
+    for (auto& wert : dokument)
+        if (wert.is_string())
+            wert = einzeilig(wert.get_ref<const std::string&>()); // a tool's text may hold anything
     return dokument.dump(2, ' ', false, json::error_handler_t::replace);
 }
 

@@ -72,6 +72,15 @@ std::string Phase::text() const {
     return grund;
 }
 
+Lage zeigbar(Lage lage) {
+    for (auto* text : {&lage.phase.grund, &lage.handy, &lage.austritt, &lage.meldung})
+        *text = einzeilig(*text);
+    for (auto* liste : {&lage.gleise, &lage.vpnsGesichert, &lage.vpnsOffen, &lage.vorbei, &lage.durch})
+        for (auto& text : *liste)
+            text = einzeilig(text);
+    return lage;
+}
+
 Menueleiste menueleiste(const Zustand& zustand, std::uint64_t rotation) {
     Menueleiste leiste{symbol(zustand), ""};
     if (const auto liste = stuecke(zustand); zustand.phase == Phase::Art::faehrt && !liste.empty())

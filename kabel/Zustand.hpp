@@ -73,6 +73,9 @@ struct Lage {
     bool operator==(const Lage&) const = default;
 };
 
+/// With every text from outside in one plain line. Pure.
+[[nodiscard]] Lage zeigbar(Lage lage);
+
 /// The switches as the user set them.
 struct Schalterstellungen {
     bool proxyAutomatisch = true;

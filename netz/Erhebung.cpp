@@ -52,7 +52,8 @@ Erhebung::Erhebung(Laeufer laeufer, Orte orte, std::string tunnelbericht)
     : laeufer_(std::move(laeufer)), orte_(std::move(orte)), tunnelbericht_(std::move(tunnelbericht)) {}
 
 Erhebung::Vpns Erhebung::vpns(bool tunnelLaeuft) {
-    const auto bericht = liesTunnelbericht(tunnelLaeuft ? liesDatei(tunnelbericht_).value_or("") : "");
+    const auto bericht =
+        liesTunnelbericht(tunnelLaeuft ? liesDatei(tunnelbericht_, megabyte).value_or("") : "");
     vpnZieleIntern_ = liste_ips(bericht.eintraege);
     std::sort(vpnZieleIntern_.begin(), vpnZieleIntern_.end());
     vpnZieleIntern_.erase(std::unique(vpnZieleIntern_.begin(), vpnZieleIntern_.end()), vpnZieleIntern_.end());

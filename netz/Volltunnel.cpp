@@ -26,7 +26,7 @@ std::string ersetzt(const std::string& text, char was, const std::string& durch)
 
 /// What the helper wrote; what is no text counts as nothing, in the start as well as later.
 std::string fehlertext(const std::string& stoppPfad) {
-    std::string bytes = liesDatei(stoppPfad + ".fehler").value_or("");
+    std::string bytes = liesDatei(stoppPfad + ".fehler", megabyte).value_or("");
     return alsUtf8(bytes) == bytes ? bytes : "";
 }
 
@@ -62,6 +62,11 @@ std::optional<std::string> Volltunnel::start(const Tunnelauftrag& auftrag) {
     const std::string helfer = anschluesse_.ressourcen.value_or("") + "/mobilsteg-volltunnel";
     if (!anschluesse_.ressourcen || !istAusfuehrbar(helfer))
         return "Helfer mobilsteg-volltunnel fehlt im Bundle";
+    if (auto grund = einwand(helfer, auftrag))
+        return grund;
+    const std::string vorher = vertrauteDatei(helfer);
+    if (vorher.empty())
+        return "Den Helfer mobilsteg-volltunnel könnten andere verändern: " + helfer;
     legeElternordnerAn(stoppPfad_);
     std::remove(stoppPfad_.c_str()); // an old request would stop the new helper at once
     if (stand_ == Stand::beendet) {
@@ -73,7 +78,23 @@ std::optional<std::string> Volltunnel::start(const Tunnelauftrag& auftrag) {
     const auto befehl = tunnelbefehl(helfer, stoppPfad_, protokollPfad_, ::getpid(), auftrag);
     if (auto grund = fuehreSkriptAus(skriptquelle(befehl, anschluesse_.variante.adminGrund())))
         return grund;
+    if (vertrauteDatei(helfer) != vorher) {
+        bitteUmStopp();
+        return "Der Helfer mobilsteg-volltunnel wurde während des Passwortdialogs ausgetauscht";
+    }
     return warteAufHelfer();
+}
+
+/// What must not be part of a command that runs with all rights; absent: nothing is.
+std::optional<std::string> Volltunnel::einwand(const std::string& helfer,
+                                               const Tunnelauftrag& auftrag) const {
+    for (const auto& name : {helfer, stoppPfad_, protokollPfad_, auftrag.dienst})
+        if (name.find('\'') != std::string::npos)
+            return "Namen mit Apostroph kann der Volltunnel nicht nehmen: " + name;
+    for (const auto& pfad : {protokollPfad_, stoppPfad_ + ".laeuft", stoppPfad_ + ".vpns.json"})
+        if (istVerknuepfung(pfad)) // it would be written through, wherever it leads
+            return "Eine Verknüpfung nimmt der Volltunnel nicht: " + pfad;
+    return std::nullopt;
 }
 
 std::optional<std::string> Volltunnel::fuehreSkriptAus(const std::string& quelle) {

@@ -21,8 +21,8 @@ struct Tunnelauftrag {
     bool operator==(const Tunnelauftrag&) const = default;
 };
 
-/// The shell command that starts the helper in the background. Values stand between single quotes, which are
-/// not escaped: paths and service names are trusted. Pure.
+/// The shell command that starts the helper in the background. Values stand between single quotes and must
+/// not hold any themselves. Pure.
 [[nodiscard]] std::string tunnelbefehl(const std::string& helfer, const std::string& stoppPfad,
                                        const std::string& protokoll, int prozess,
                                        const Tunnelauftrag& auftrag);
@@ -105,6 +105,8 @@ public:
     [[nodiscard]] const std::string& protokollPfad() const { return protokollPfad_; }
 
 private:
+    [[nodiscard]] std::optional<std::string> einwand(const std::string& helfer,
+                                                     const Tunnelauftrag& auftrag) const;
     [[nodiscard]] std::optional<std::string> fuehreSkriptAus(const std::string& quelle);
     [[nodiscard]] std::optional<std::string> warteAufHelfer();
     void bitteUmStopp();

@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <limits>
 
 namespace mobilsteg {
 
@@ -45,9 +44,12 @@ bool schreibeAlles(int ziel, std::string_view inhalt) {
 
 } // namespace
 
-std::optional<std::string> liesDatei(const std::string& pfad) {
-    auto alles = liesEnde(pfad, 0, std::numeric_limits<std::int64_t>::max());
-    return alles ? std::optional(std::move(alles->bytes)) : std::nullopt;
+std::optional<std::string> liesDatei(const std::string& pfad, std::int64_t grenze) {
+    auto ende = liesEnde(pfad, 0, grenze);
+    if (!ende)
+        return std::nullopt;
+    errno = EFBIG;
+    return ende->laenge > grenze ? std::nullopt : std::optional(std::move(ende->bytes));
 }
 
 std::optional<Dateiende> liesEnde(const std::string& pfad, std::int64_t von, std::int64_t hoechstens) {
@@ -125,6 +127,28 @@ bool istAusfuehrbar(const std::string& pfad) {
 bool existiert(const std::string& pfad) {
     std::error_code fehler;
     return fs::exists(pfad, fehler);
+}
+
+bool istVerknuepfung(const std::string& pfad) {
+    std::error_code fehler;
+    return fs::is_symlink(pfad, fehler);
+}
+
+std::string vertrauteDatei(const std::string& pfad) {
+    struct stat lage {};
+    if (::stat(pfad.c_str(), &lage) != 0 || !S_ISREG(lage.st_mode) ||
+        (lage.st_uid != 0 && lage.st_uid != ::getuid()) || (lage.st_mode & (S_IWGRP | S_IWOTH)) != 0)
+        return "";
+#ifdef __APPLE__
+    const timespec& zeit = lage.st_ctimespec;
+#else
+    const timespec& zeit = lage.st_ctim;
+#endif
+    std::string text;
+    for (const auto zahl : {static_cast<std::int64_t>(lage.st_dev), static_cast<std::int64_t>(lage.st_ino),
+                            static_cast<std::int64_t>(zeit.tv_sec), static_cast<std::int64_t>(zeit.tv_nsec)})
+        text += std::to_string(zahl) + " ";
+    return text;
 }
 
 void sichereStandardstroeme() {

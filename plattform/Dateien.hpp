@@ -46,8 +46,11 @@ enum class Haltbarkeit {
 
 // All of these block on the disk only and may be called on any queue.
 
-/// The whole file as bytes; absent when it cannot be read: `errno` tells why.
-[[nodiscard]] std::optional<std::string> liesDatei(const std::string& pfad);
+inline constexpr std::int64_t megabyte = 1024 * 1024;
+
+/// The whole file as bytes; absent when it cannot be read or is larger than `grenze`: `errno` tells why.
+[[nodiscard]] std::optional<std::string> liesDatei(const std::string& pfad,
+                                                   std::int64_t grenze = 16 * megabyte);
 
 /// A file's last part, and how long the whole was then.
 struct Dateiende {
@@ -74,6 +77,12 @@ bool legeElternordnerAn(const std::string& pfad);
 [[nodiscard]] bool istAusfuehrbar(const std::string& pfad);
 
 [[nodiscard]] bool existiert(const std::string& pfad);
+
+[[nodiscard]] bool istVerknuepfung(const std::string& pfad);
+
+/// Which file lies there, and as what it was changed last: another text when it was replaced or written
+/// meanwhile. Empty: none, or one that others than root and this user may write or own.
+[[nodiscard]] std::string vertrauteDatei(const std::string& pfad);
 
 /// Makes sure that descriptors 0 to 2 are taken, so that no socket or pipe ever lands on them and is
 /// handed to a tool as its standard stream.

@@ -19,10 +19,12 @@ namespace mobilsteg {
 namespace fs = std::filesystem;
 
 std::string eigenesHeim() {
+    // The account's first: paths below it are handed to a helper with all rights, and anybody may set HOME.
+    if (const passwd* konto = getpwuid(getuid());
+        konto != nullptr && konto->pw_dir != nullptr && *konto->pw_dir == '/')
+        return absoluterPfad(konto->pw_dir);
     if (const char* heim = std::getenv("HOME"); heim != nullptr && *heim == '/')
         return absoluterPfad(heim);
-    if (const passwd* konto = getpwuid(getuid()); konto != nullptr && konto->pw_dir != nullptr)
-        return absoluterPfad(konto->pw_dir);
     return {};
 }
 

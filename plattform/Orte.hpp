@@ -19,7 +19,7 @@ struct Orte {
     [[nodiscard]] std::string imHeim(std::string_view rest) const { return heim + std::string(rest); }
 };
 
-/// The home folder of the user who runs the program: HOME, else the account's entry.
+/// The home folder of the user who runs the program: the account's entry; without one, HOME.
 [[nodiscard]] std::string eigenesHeim();
 
 /// The path of the running executable; empty if the system does not tell.

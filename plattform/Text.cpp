@@ -59,6 +59,17 @@ std::size_t weissraumAmEnde(std::string_view text) {
     return 0;
 }
 
+/// One character: does it end a line, drive a terminal, or turn the direction of what follows?
+bool steuert(std::string_view zeichen) {
+    if (zeichen.size() == 1)
+        return static_cast<unsigned char>(zeichen[0]) < 0x20 || zeichen[0] == 0x7F;
+    const auto in = [&](std::string_view von, std::string_view bis) {
+        return von <= zeichen && zeichen <= bis;
+    };
+    return in("\xC2\x80", "\xC2\x9F") || zeichen == "\u061C" || in("\u200E", "\u200F") ||
+           in("\u2028", "\u202E") || in("\u2066", "\u2069");
+}
+
 } // namespace
 
 std::vector<std::string_view> teile(std::string_view text, char trenner) {
@@ -118,6 +129,19 @@ std::string_view ersteZeichen(std::string_view text, std::size_t anzahl) {
         ++i;
     }
     return text.substr(0, i);
+}
+
+std::string einzeilig(std::string_view text, std::size_t hoechstens) {
+    const std::string gueltig = alsUtf8(text);
+    std::string_view rest = ersteZeichen(gueltig, hoechstens);
+    std::string zeile;
+    zeile.reserve(rest.size());
+    while (!rest.empty()) {
+        const auto zeichen = rest.substr(0, naechsteFolge(rest).laenge);
+        zeile += steuert(zeichen) ? " " : zeichen;
+        rest.remove_prefix(zeichen.size());
+    }
+    return zeile;
 }
 
 std::size_t zeichenzahl(std::string_view text) {

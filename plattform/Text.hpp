@@ -24,6 +24,10 @@ namespace mobilsteg {
 /// The first `anzahl` characters (code points) of the UTF-8 text; all of it when it is shorter.
 [[nodiscard]] std::string_view ersteZeichen(std::string_view text, std::size_t anzahl);
 
+/// What came from outside as one line of at most `hoechstens` characters: UTF-8, and a blank for each line
+/// break, control and direction character. A terminal, a log and a panel show it as it is.
+[[nodiscard]] std::string einzeilig(std::string_view text, std::size_t hoechstens = 500);
+
 /// How many characters (code points) the UTF-8 text has.
 [[nodiscard]] std::size_t zeichenzahl(std::string_view text);
 

@@ -34,14 +34,6 @@ const char* farbcode(Farbe farbe) {
     return "";
 }
 
-/// One line never becomes two: a tool's message in the panel may hold anything.
-std::string einzeilig(std::string text) {
-    for (char& c : text)
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
-            c = ' ';
-    return text;
-}
-
 /// The phase without its colour.
 const char* punktzeichen(Farbe farbe) {
     if (farbe == Farbe::gruen)

@@ -92,7 +92,7 @@ private:
             werte_ = json::object();
             return Lage::verstanden;
         }
-        const auto bytes = mobilsteg::liesDatei(pfad_);
+        const auto bytes = mobilsteg::liesDatei(pfad_, megabyte);
         if (!bytes && (errno == EMFILE || errno == ENFILE || errno == ENOMEM))
             return Lage::unerreichbar;
         werte_ = !bytes || klammertiefe(*bytes) > tiefstes ? json() : json::parse(*bytes, nullptr, false);

@@ -33,7 +33,7 @@ public:
         std::filesystem::create_directories(ziel.parent_path());
         std::ofstream(ziel, std::ios::binary) << inhalt;
         if (ausfuehrbar)
-            std::filesystem::permissions(ziel, std::filesystem::perms::all);
+            std::filesystem::permissions(ziel, std::filesystem::perms(0755));
         return ziel.string();
     }
 

@@ -1,5 +1,6 @@
 // What others on this Mac and on the cable may try: to pass as the phone, to be heard, to be shown.
 
+#include "plattform/Text.hpp"
 #include "tests/hilfe/KabelWelt.hpp"
 
 #include <gmock/gmock.h>
@@ -92,6 +93,74 @@ TEST(Angriff, derSchalterFragtVorherObDerWegNochSteht) {
     w.bediene([](Kabel& k) { k.proxyUmschalten(); });
     EXPECT_FALSE(w.socksAn["Wi-Fi"]);
     EXPECT_EQ(w.zustand().meldung, "Erst muss das Handy freigeben.");
+}
+
+TEST(Angriff, wasVonAussenKommtBleibtKurzUndInEinerZeile) {
+    const std::string boese = "a\u009B31m\u202E\n01.01.2030 00:00:00  Fährt mit" + std::string(5000, 'x');
+    HandyWelt w;
+    w.networksetupFehler = boese;
+    w.handys[0].modell = "SM\u009B";
+    std::string pfade =
+        R"({"iface":"a\u009b\n)" + std::string(5000, 'x') + R"(","healthy":false,"rtt_ms":0})";
+    for (int i = 0; i < 20; ++i)
+        pfade += R"(,{"iface":"wifi","healthy":false,"rtt_ms":0})";
+    w.handys[0].status = R"({"paths":[)" + pfade + "]}";
+    w.starteBis(1);
+    const auto& z = w.zustand();
+    EXPECT_THAT(z.phase.text(), StartsWith("System-Proxy nicht gesetzt: a 31m  01.01.2030"));
+    EXPECT_EQ(z.gleise.size(), 16U);
+    EXPECT_THAT(z.gleise[0], StartsWith("a  xxx"));
+    EXPECT_THAT(w.protokoll(), Contains(StartsWith("System-Proxy nicht gesetzt: a 31m  01.01.2030")));
+    EXPECT_THAT(w.protokoll(), Each(Not(StartsWith("x"))));
+    std::string alles = z.phase.text() + z.handy + verbunden(z.gleise, "") + verbunden(w.protokoll(), "");
+    EXPECT_LT(alles.size() + w.standdienst.dokument.size(), 5000U);
+    alles += w.standdienst.dokument;
+    EXPECT_TRUE(alles.find("\u009B") == alles.npos && alles.find("\u202E") == alles.npos);
+}
+
+/// Replaces the helper while the password dialog stands open.
+struct Tauschwelt : HandyWelt {
+    std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override {
+        if (tausche)
+            tausche();
+        return KabelWelt::fuehreAus(quelle);
+    }
+    std::function<void()> tausche;
+};
+
+TEST(Angriff, nichtsUnsicheresLaeuftMitAllenRechten) {
+    namespace fs = std::filesystem;
+    const std::string logs = "/heim/Library/Logs", anwendung = "/heim/Library/Application Support/";
+    const auto verknuepft = [](const std::string& pfad) {
+        return [pfad](Tauschwelt& w) {
+            fs::create_directories(fs::path(w.ordner.pfad() + pfad).parent_path());
+            fs::create_symlink("/etc/nirgends", w.ordner.pfad() + pfad);
+        };
+    };
+    const auto helfer = [](const Tauschwelt& w) {
+        return w.ordner.pfad() + "/Resources/mobilsteg-volltunnel";
+    };
+    const std::pair<std::function<void(Tauschwelt&)>, std::string> faelle[] = {
+        {[](auto& w) { w.dienste = "(1) Annas 'WLAN'\n(Hardware Port: Wi-Fi, Device: en0)\n"; },
+         "Namen mit Apostroph kann der Volltunnel nicht nehmen: Annas 'WLAN'"},
+        {verknuepft(logs + "/MobilstegVolltunnel.log"), "Eine Verknüpfung nimmt der Volltunnel nicht: "},
+        {verknuepft(anwendung + "Mobilsteg Bordlotse/volltunnel.stopp.laeuft"), "Eine Verknüpfung nimmt"},
+        {verknuepft(anwendung + "Mobilsteg Bordlotse/volltunnel.stopp.vpns.json"), "Eine Verknüpfung nimmt"},
+        {[&](auto& w) { fs::permissions(helfer(w), fs::perms::group_write, fs::perm_options::add); },
+         "Den Helfer mobilsteg-volltunnel könnten andere verändern"},
+        {[&](auto& w) { w.tausche = [&] { w.ordner.lege("/Resources/mobilsteg-volltunnel", "#!b", true); }; },
+         "Der Helfer mobilsteg-volltunnel wurde während des Passwortdialogs ausgetauscht"},
+    };
+    for (const auto& [geschieht, grund] : faelle) {
+        SCOPED_TRACE(grund);
+        Tauschwelt w;
+        w.einstellungen.werte = {{"volltunnel.erklaert", true}, {"volltunnel", true}};
+        geschieht(w);
+        w.starteBis(4);
+        EXPECT_THAT(w.protokoll(), Contains(StartsWith("Volltunnel nicht gestartet: " + grund)));
+        EXPECT_EQ(w.skripte.size(), w.tausche ? 1U : 0U);
+        EXPECT_EQ(w.helfer, 0);
+    }
 }
 
 } // namespace

@@ -1,0 +1,91 @@
+#include "plattform/Laufsperre.hpp"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <thread>
+
+namespace mobilsteg {
+
+namespace {
+
+constexpr auto blickabstand = std::chrono::milliseconds(50);
+constexpr int wartebicke = 1200; // a minute
+
+} // namespace
+
+Laufsperre::Laufsperre(const std::string& heim) {
+    const std::string pfad = heim + "/Library/Application Support/Mobilsteg Bordlotse/lauf.sperre";
+    legeElternordnerAn(pfad);
+    datei_ = oeffneSperrdatei(pfad);
+}
+
+std::optional<Laufsperre::Inhaber> Laufsperre::nimm() {
+    int vorher = 0;
+    for (int blick = 0; blick < wartebicke; ++blick) {
+        if (!datei_ || versuche(LOCK_EX)) {
+            schreibe({::getpid(), 0});
+            return std::nullopt;
+        }
+        // A number seen once may be a dead one's, whose watchman is about to strike it out.
+        const Inhaber inhaber = lies();
+        if (inhaber.laeufer > 0 && inhaber.laeufer == vorher && ::kill(inhaber.laeufer, 0) == 0)
+            return inhaber;
+        vorher = inhaber.laeufer;
+        std::this_thread::sleep_for(blickabstand);
+    }
+    return lies();
+}
+
+bool Laufsperre::nimmNach(int toter) {
+    while (datei_ && !versuche(LOCK_EX)) {
+        // It lets go only at the end of its death.
+        if (const int laeufer = lies().laeufer; laeufer != toter)
+            return false;
+        std::this_thread::sleep_for(blickabstand);
+    }
+    schreibe({});
+    return true;
+}
+
+void Laufsperre::nenneWaechter(int nummer) {
+    schreibe({::getpid(), nummer});
+}
+
+std::optional<Laufsperre::Inhaber> Laufsperre::inhaber() const {
+    if (!datei_)
+        return std::nullopt;
+    if (!versuche(LOCK_SH))
+        return lies();
+    ::flock(datei_.nummer(), LOCK_UN);
+    return std::nullopt;
+}
+
+bool Laufsperre::versuche(int art) const {
+    return ::flock(datei_.nummer(), art | LOCK_NB) == 0;
+}
+
+Laufsperre::Inhaber Laufsperre::lies() const {
+    std::array<char, 64> text{};
+    Inhaber inhaber;
+    if (::pread(datei_.nummer(), text.data(), text.size() - 1, 0) > 0)
+        (void)std::sscanf(text.data(), "%d %d", &inhaber.laeufer, &inhaber.waechter);
+    return inhaber;
+}
+
+void Laufsperre::schreibe(Inhaber inhaber) {
+    if (!datei_)
+        return;
+    // In one write, and as long each time: a reader sees one of the two.
+    std::array<char, 64> text{};
+    const int laenge =
+        std::snprintf(text.data(), text.size(), "%10d %10d\n", inhaber.laeufer, inhaber.waechter);
+    (void)!::pwrite(datei_.nummer(), text.data(), static_cast<std::size_t>(laenge), 0);
+}
+
+} // namespace mobilsteg
