@@ -1,11 +1,11 @@
 #include "app/Dienste.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
 #include "handy/Adb.hpp"
-#include "handy/Http.hpp"
 #include "handy/Ports.hpp"
 #include "kabel/Verbindung.hpp"
 #include "netz/SystemProxy.hpp"
 #include "plattform/Dateien.hpp"
+#include "plattform/Laufsperre.hpp"
 #include "plattform/Text.hpp"
 
 #include <algorithm>
@@ -22,32 +22,23 @@ void sage(const std::string& text) {
     std::fflush(stdout);
 }
 
-/// A copy that runs sets everything again as soon as the phone shares.
-void warneVorLaufendem() {
-    CurlHttp http;
-    HttpAnfrage anfrage;
-    anfrage.url = "http://" + amMac(standPort) + "/stand";
-    const auto stand = http.hole(anfrage);
-    if (stand && stand->koerper.find("\"app\": \"mobilsteg-") != std::string::npos)
-        sage("Achtung: Ein Bordlotse läuft noch und setzt alles wieder, sobald das Handy freigibt — "
-             "erst beenden.");
-}
-
 bool schalteAus(Umfeld& umfeld, const std::string& dienst) {
     const auto grund = umfeld.proxy.entfernen(dienst);
     sage("System-Proxy: an „" + dienst + "“ " + (grund ? "nicht ausgeschaltet: " + *grund : "ausgeschaltet"));
     return !grund;
 }
 
-void nimmProxyWeg(Umfeld& umfeld) {
+bool nimmProxyWeg(Umfeld& umfeld) {
     const auto gemerkt = umfeld.proxy.gemerkterDienst();
     bool gefunden = gemerkt.has_value();
     bool alleAus = !gemerkt || schalteAus(umfeld, *gemerkt);
     // The settings may be damaged, and another edition keeps its own: so every service is asked itself.
     std::string grund;
     const auto dienste = umfeld.proxy.dienste(grund);
-    if (!dienste)
-        return sage("System-Proxy: die Netzwerkdienste lassen sich nicht befragen: " + grund);
+    if (!dienste) {
+        sage("System-Proxy: die Netzwerkdienste lassen sich nicht befragen: " + grund);
+        return false;
+    }
     for (const auto& dienst : *dienste) {
         const auto ziel = umfeld.proxy.ziel(dienst.name);
         if (ziel == SystemProxy::Ziel::unbekannt)
@@ -61,23 +52,20 @@ void nimmProxyWeg(Umfeld& umfeld) {
         umfeld.proxy.vergissUngewisse();
     if (!gefunden)
         sage("System-Proxy: keiner zeigt auf " + amMac(socksPort));
+    return alleAus;
 }
 
-void beendeHelfer(const Umfeld& umfeld) {
+bool beendeHelfer(const Umfeld& umfeld) {
     Systemuhr uhr;
     AsioSchlange haupt("haupt", AsioSchlange::Faden::rufer);
     const auto skript = adminskriptFuer(umfeld.orte);
     const Variante variante(umfeld.buendel, *umfeld.ablage.speicher);
     Volltunnel volltunnel({haupt, uhr, *skript, variante, umfeld.buendel.ressourcen, umfeld.orte});
-    switch (volltunnel.raeumeWeg()) {
-    case Volltunnel::Ende::keinHelfer:
-        return sage("Volltunnel: keiner läuft");
-    case Volltunnel::Ende::gegangen:
-        return sage("Volltunnel: beendet, Routen und DNS zurückgebaut");
-    case Volltunnel::Ende::verstummt:
-        return sage("Volltunnel: der Helfer antwortet nicht und gilt als tot; ist das Netz noch gestört, "
-                    "hilft ein Neustart");
-    }
+    const auto ende = volltunnel.raeumeWeg();
+    sage(ende == Volltunnel::Ende::keinHelfer ? "Volltunnel: keiner läuft"
+         : ende == Volltunnel::Ende::gegangen ? "Volltunnel: beendet, Routen und DNS zurückgebaut"
+                                              : "Volltunnel: der Helfer antwortet nicht und gilt als tot");
+    return ende != Volltunnel::Ende::verstummt;
 }
 
 bool istUnserForward(std::string_view lokal, std::string_view amHandy) {
@@ -87,13 +75,17 @@ bool istUnserForward(std::string_view lokal, std::string_view amHandy) {
            std::any_of(gastPorts.begin(), gastPorts.end(), [&](int port) { return lokal == tcp(port); });
 }
 
-void entferneForwards(const Umfeld& umfeld) {
+bool entferneForwards(const Umfeld& umfeld) {
     const auto adb = umfeld.adb.finden();
-    if (!adb)
-        return sage("Forwards: adb ist nicht da, also gibt es keine");
+    if (!adb) {
+        sage("Forwards: adb ist nicht da, also gibt es keine");
+        return true;
+    }
     const auto liste = lauf(*adb, {"forward", "--list"}, adbSekunden);
-    if (liste.status != 0)
-        return sage("Forwards: adb lässt sich nicht befragen: " + SystemProxy::fehlertext(liste));
+    if (liste.status != 0) {
+        sage("Forwards: adb lässt sich nicht befragen: " + SystemProxy::fehlertext(liste));
+        return false;
+    }
     int gefundene = 0;
     int entfernte = 0;
     for (const auto zeile : teile(liste.ausgabe, '\n')) {
@@ -113,6 +105,7 @@ void entferneForwards(const Umfeld& umfeld) {
         sage("Forwards: keine gefunden");
     else if (entfernte > 0)
         sage("Forwards: " + std::to_string(entfernte) + " entfernt");
+    return entfernte == gefundene;
 }
 
 } // namespace
@@ -121,14 +114,27 @@ Umfeld::Umfeld(const Befehlszeile& zeile, const std::string& kennung)
     : orte(orteAus(zeile)), buendel(eigenesBuendel(kennung)), ablage(einstellungenFuer(orte, kennung)),
       proxy(lauf, orte, *ablage.speicher), adb(lauf, orte, buendel.ressourcen) {}
 
+bool raeumeAuf(Umfeld& umfeld) {
+    // The proxy first: it is what cuts the Mac off.
+    const bool proxy = nimmProxyWeg(umfeld);
+    const bool helfer = beendeHelfer(umfeld);
+    return entferneForwards(umfeld) && proxy && helfer;
+}
+
 int aufraeumdienst(const Befehlszeile& zeile, const std::string& kennung) {
     Umfeld umfeld(zeile, kennung);
-    warneVorLaufendem();
-    // The proxy first: it is what cuts the Mac off.
-    nimmProxyWeg(umfeld);
-    beendeHelfer(umfeld);
-    entferneForwards(umfeld);
-    return 0;
+    if (Laufsperre::inhaber(umfeld.orte.heim)) {
+        if (zeile.tat == Befehlszeile::Tat::anmeldung)
+            return 0; // it has cleaned up itself, and its own proxy is to stay
+        sage("Achtung: Ein Bordlotse läuft noch und setzt alles wieder, sobald das Handy freigibt — "
+             "erst beenden.");
+    }
+    if (raeumeAuf(umfeld))
+        return 0;
+    sage(
+        "Was blieb, von Hand: Systemeinstellungen → Netzwerk → der Dienst → Details → Proxys → SOCKS-Proxy aus; "
+        "„adb kill-server“ nimmt die Forwards; gegen Routen eines toten Helfers hilft ein Neustart.");
+    return 1;
 }
 
 } // namespace mobilsteg

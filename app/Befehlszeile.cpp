@@ -1,5 +1,7 @@
 #include "app/Befehlszeile.hpp"
 
+#include <cstdlib>
+
 namespace mobilsteg {
 
 Befehlszeile Befehlszeile::lies(const std::vector<std::string>& worte) {
@@ -16,7 +18,12 @@ Befehlszeile Befehlszeile::lies(const std::vector<std::string>& worte) {
             zeile.tat = zeile.tat == Tat::menueleiste ? Tat::terminal : zeile.tat;
         else if (wort == "--aufraeumen")
             zeile.tat = Tat::aufraeumen;
-        else if (wort == "--selbsttest")
+        else if (wort == "--anmeldung")
+            zeile.tat = Tat::anmeldung;
+        else if (wort == "--waechter" && i + 1 < worte.size()) {
+            zeile.tat = Tat::waechter;
+            zeile.bewachter = std::atoi(worte[++i].c_str());
+        } else if (wort == "--selbsttest")
             zeile.tat = Tat::selbsttest;
         else if (wort == "--hilfe" || wort == "-h" || wort == "--help")
             zeile.tat = Tat::hilfe;
@@ -45,6 +52,7 @@ std::string hilfetext(const std::string& programm) {
            "  --wurzel DIR   alle Werkzeuge des Systems unterhalb von DIR suchen\n"
            "  --aufraeumen   zurücknehmen, was ein früherer Lauf am Mac hinterlassen hat: hilft, wenn das "
            "Internet weg ist\n"
+           "  --anmeldung    dasselbe, aber nichts, solange ein Bordlotse läuft\n"
            "  --selbsttest   zeigen, was das Programm vom System sieht\n"
            "  --hilfe        diese Hilfe\n"
            "  --version      die Version\n";

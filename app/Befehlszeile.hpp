@@ -8,11 +8,12 @@ namespace mobilsteg {
 
 /// What the command line asks for.
 struct Befehlszeile {
-    enum class Tat { menueleiste, terminal, aufraeumen, selbsttest, hilfe, version };
+    enum class Tat { menueleiste, terminal, aufraeumen, selbsttest, hilfe, version, anmeldung, waechter };
 
     Tat tat = Tat::menueleiste;
     std::optional<std::string> heim;   ///< as given
     std::optional<std::string> wurzel; ///< as given
+    std::optional<int> bewachter;      ///< the process that a watchman watches
     std::string fehler;                ///< German; not empty: the line was not understood
 
     /// `worte` without the program's name. Pure.

@@ -5,6 +5,9 @@
 #include "plattform/Text.hpp"
 
 #include <csignal>
+#include <future>
+#include <memory>
+#include <thread>
 
 namespace mobilsteg {
 
@@ -68,6 +71,19 @@ void erststart(Kabel& kabel, Einstellungen& einstellungen, Dialog& dialog) {
 
 // --- beginning and ends ----------------------------------------------------------------------------------
 
+namespace {
+
+// Until the work queue begins with the clean-up; until that is over; for the proxy alone.
+constexpr auto fristBeginn = std::chrono::seconds(15);
+constexpr auto fristEnde = std::chrono::seconds(75);
+constexpr auto fristNotfall = std::chrono::seconds(15);
+
+} // namespace
+
+struct Delegate::Verlauf {
+    std::promise<void> begonnen, beendet;
+};
+
 Delegate::Delegate(Einstellungen& einstellungen, Dialog& dialog, std::function<void(int)> beende)
     : einstellungen_(einstellungen), dialog_(dialog), beende_(std::move(beende)) {}
 
@@ -80,12 +96,32 @@ void Delegate::applicationDidFinishLaunching() {
 
 void Delegate::applicationWillTerminate() {
     Kabel& kabel = Kabel::gemeinsam();
+    const auto verlauf = std::make_shared<Verlauf>();
+    std::thread([this, verlauf] { wache(*verlauf); }).detach();
     kabel.q().sync([&] {
+        verlauf->begonnen.set_value();
         const auto vorher = liesEnde(kabel.protokollPfad(), 0, 0);
         kabel.aufraeumen();
         if (const auto neues = liesEnde(kabel.protokollPfad(), vorher ? vorher->laenge : 0, 4096))
             aufgeraeumtes_ += neues->bytes;
     });
+    verlauf->beendet.set_value();
+}
+
+/// Ends the process without the work queue when a tool that is deaf to everything holds that.
+void Delegate::wache(Verlauf& verlauf) {
+    if (verlauf.begonnen.get_future().wait_for(fristBeginn) == std::future_status::ready &&
+        verlauf.beendet.get_future().wait_for(fristEnde) == std::future_status::ready)
+        return;
+    std::promise<void> getan;
+    auto wann = getan.get_future();
+    // On one more thread: what hangs may be the very tool that it needs.
+    std::thread([getan = std::move(getan)]() mutable {
+        Kabel::gemeinsam().nimmProxyNotfallsWeg();
+        getan.set_value();
+    }).detach();
+    (void)wann.wait_for(fristNotfall);
+    beende_(0);
 }
 
 std::string Delegate::schlusswort() const {

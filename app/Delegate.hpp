@@ -33,14 +33,17 @@ public:
     void applicationDidFinishLaunching();
 
     /// Any queue but the controller's: takes everything back and returns when that is done. A second call
-    /// only waits for the first.
+    /// only waits for the first. With a tool in its way that never ends, only the proxy is taken back, and
+    /// the process ends here.
     void applicationWillTerminate();
 
     /// After that, one line: what it took back, in the words of the log.
     [[nodiscard]] std::string schlusswort() const;
 
 private:
+    struct Verlauf;
     void beendeNachSignal(int signal);
+    void wache(Verlauf& verlauf);
 
     Einstellungen& einstellungen_;
     Dialog& dialog_;

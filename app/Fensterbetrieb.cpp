@@ -7,10 +7,23 @@
 #include "plattform/Oberflaeche.hpp"
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <optional>
 
 namespace mobilsteg {
+
+namespace {
+
+Delegate* endender = nullptr;
+
+/// Qt calls exit itself when the display goes away; nothing else does.
+void beimAbbruchDerAnzeige() {
+    endender->applicationWillTerminate();
+    beendeProzess(1);
+}
+
+} // namespace
 
 int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& anzahl, char** worte) {
     if (!QtBetrieb::moeglich()) {
@@ -19,7 +32,12 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
         return 1;
     }
     QtBetrieb qt(anzahl, worte);
-    MobilstegBordlotseApp app(zeile, kennung, qt.schlange(), qt.dialog());
+    Laufsperre sperre(orteAus(zeile).heim);
+    if (const auto grund = nimmHeim(sperre)) {
+        (void)qt.dialog().frage({"Der Bordlotse " + *grund, "", {"OK"}});
+        return 1;
+    }
+    MobilstegBordlotseApp app(zeile, kennung, qt.schlange(), qt.dialog(), sperre);
     Kabel& kabel = app.kabel();
     const bool bundleB2B = kabel.variante().bundleB2B();
     QApplication::setApplicationName(qtText(kabel.variante().anzeigename())); // the title of questions
@@ -28,6 +46,8 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
     Zustandsspeicher::Beobachtung beobachtung;
 
     Delegate delegate(app.einstellungen(), qt.dialog(), beendeProzess);
+    endender = &delegate;
+    std::atexit(beimAbbruchDerAnzeige);
     qt.schlange().async([&] {
         delegate.applicationDidFinishLaunching();
         stueck.emplace([&](const Aktion& aktion) {

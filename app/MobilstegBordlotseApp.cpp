@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 
 namespace mobilsteg {
 
@@ -20,14 +21,26 @@ Orte orteAus(const Befehlszeile& zeile) {
 }
 
 MobilstegBordlotseApp::MobilstegBordlotseApp(const Befehlszeile& zeile, const std::string& kennung,
-                                             Schlange& haupt, Dialog& dialog)
-    : orte_(orteAus(zeile)), einstellungen_(einstellungenFuer(orte_, kennung).speicher),
-      skript_(adminskriptFuer(orte_)), browser_(lauf, orte_, *einstellungen_),
+                                             Schlange& haupt, Dialog& dialog, Laufsperre& sperre)
+    : orte_(orteAus(zeile)), waechter_(zeile, sperre),
+      einstellungen_(einstellungenFuer(orte_, kennung).speicher), skript_(adminskriptFuer(orte_)),
+      browser_(lauf, orte_, *einstellungen_),
       kabel_({haupt, takt_, volltunnelQ_, uhr_, lauf, http_, *einstellungen_, standdienst_, *skript_, dialog,
               [this] { return browser_.finden(); },
               [this](const BrowserFund& fund) { browser_.hinzufuegen(fund); }, eigenesBuendel(kennung), orte_,
-              rechnername(), brichAb, [this] { geraetewache_.halte(); }}) {
+              rechnername(), brichAb, [this] { geraetewache_.halte(); }, [this] { waechter_.halte(); },
+              [this] { waechter_.schickeHeim(); }}) {
     Kabel::setzeGemeinsames(&kabel_);
+}
+
+std::optional<std::string> nimmHeim(Laufsperre& sperre) {
+    const auto anderer = sperre.nimm();
+    if (!anderer)
+        return std::nullopt;
+    auto text = "läuft schon (Prozess " + std::to_string(anderer->laeufer) + ")";
+    std::fprintf(stderr, "%s: %s\n", std::filesystem::path(eigenesProgramm()).filename().c_str(),
+                 text.c_str());
+    return text;
 }
 
 // No flushing either: whoever prints flushes at once, and a stalled reader of our output could hold us here.

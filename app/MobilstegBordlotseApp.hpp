@@ -2,6 +2,7 @@
 
 #include "ansicht/Browser.hpp"
 #include "app/Befehlszeile.hpp"
+#include "app/Waechter.hpp"
 #include "handy/Geraetewache.hpp"
 #include "handy/Http.hpp"
 #include "kabel/Kabel.hpp"
@@ -10,6 +11,7 @@
 #include "standdienst/Standdienst.hpp"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace mobilsteg {
@@ -18,15 +20,16 @@ namespace mobilsteg {
 /// process ends.
 class MobilstegBordlotseApp {
 public:
-    /// `haupt` is the main queue; the front brings it and the dialogs.
+    /// `haupt` is the main queue; the front brings it and the dialogs. `sperre` is held by this process.
     MobilstegBordlotseApp(const Befehlszeile& zeile, const std::string& kennung, Schlange& haupt,
-                          Dialog& dialog);
+                          Dialog& dialog, Laufsperre& sperre);
 
     [[nodiscard]] Kabel& kabel() { return kabel_; }
     [[nodiscard]] Einstellungen& einstellungen() { return *einstellungen_; }
 
 private:
     Orte orte_;
+    Waechter waechter_;
     Systemuhr uhr_;
     std::unique_ptr<Einstellungen> einstellungen_;
     CurlHttp http_;
@@ -42,6 +45,10 @@ private:
 
 /// Where the command line puts home and system.
 [[nodiscard]] Orte orteAus(const Befehlszeile& zeile);
+
+/// Takes this home for this program. Absent: it is ours; else the line that tells whose it is, which is also
+/// written to standard error. Blocks while a watchman cleans up after an earlier run.
+[[nodiscard]] std::optional<std::string> nimmHeim(Laufsperre& sperre);
 
 /// Runs the program in the terminal until its user or a signal ends it; returns the exit status.
 int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung);

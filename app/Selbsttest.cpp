@@ -3,6 +3,7 @@
 #include "handy/Lauf.hpp"
 #include "netz/Variante.hpp"
 #include "plattform/Dateien.hpp"
+#include "plattform/Laufsperre.hpp"
 #include "plattform/Text.hpp"
 
 #include <cstdio>
@@ -36,6 +37,10 @@ int selbsttest(const Befehlszeile& zeile, const std::string& kennung) {
     sage("Wurzel", u.orte.wurzel.empty() ? "/" : u.orte.wurzel);
     sage("Einstellungen", u.ablage.ort + " · kabel.id " + oderNichts(einstellungen.text("kabel.id")));
     sage("Rechnername", rechnername());
+    const auto laeufer = Laufsperre::inhaber(u.orte.heim);
+    sage("Läuft", laeufer ? "Prozess " + std::to_string(laeufer->laeufer) + " · Wächter " +
+                                std::to_string(laeufer->waechter)
+                          : "—");
     const auto adb = u.adb.finden();
     sage("adb", oderNichts(adb));
     if (adb)

@@ -15,6 +15,9 @@
 namespace mobilsteg {
 
 int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
+    Laufsperre sperre(orteAus(zeile).heim);
+    if (nimmHeim(sperre))
+        return 1;
     AsioSchlange haupt("haupt", AsioSchlange::Faden::rufer);
     const auto schirm = Schirm::oeffne(stdin, stdout);
     Terminaltafel terminal(stdout, schirm.get());
@@ -26,7 +29,7 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
                 haupt.halt();
         });
     Terminaldialog dialog(terminal, eingabe);
-    MobilstegBordlotseApp app(zeile, kennung, haupt, dialog);
+    MobilstegBordlotseApp app(zeile, kennung, haupt, dialog, sperre);
     Kabel& kabel = app.kabel();
     const bool bundleB2B = kabel.variante().bundleB2B();
 

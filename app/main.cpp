@@ -1,6 +1,7 @@
 #include "app/Befehlszeile.hpp"
 #include "app/Dienste.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
+#include "app/Waechter.hpp"
 #include "plattform/Dateien.hpp"
 
 #include <csignal>
@@ -13,6 +14,9 @@ extern const char* const mobilstegKennung; ///< of the edition that this is link
 
 int main(int anzahl, char** worte) {
     sichereStandardstroeme();
+    sigset_t keine; // blocked by whoever started us, no signal could end us in order
+    sigemptyset(&keine);
+    ::sigprocmask(SIG_SETMASK, &keine, nullptr);
     std::signal(SIGCHLD, SIG_DFL); // ignored by whoever started us, no tool's status could be had
     std::signal(SIGPIPE, SIG_IGN); // a reader of our output that goes away must not take the clean-up with it
 
@@ -34,6 +38,10 @@ int main(int anzahl, char** worte) {
         return terminalbetrieb(zeile, mobilstegKennung);
     case Befehlszeile::Tat::aufraeumen:
         return aufraeumdienst(zeile, mobilstegKennung);
+    case Befehlszeile::Tat::anmeldung:
+        return aufraeumdienst(zeile, mobilstegKennung);
+    case Befehlszeile::Tat::waechter:
+        return waechterdienst(zeile, mobilstegKennung);
     case Befehlszeile::Tat::selbsttest:
         return selbsttest(zeile, mobilstegKennung);
     case Befehlszeile::Tat::menueleiste:

@@ -24,6 +24,8 @@ constexpr std::int64_t browserTakte = 10;
 // --- the clock -------------------------------------------------------------------------------------------
 
 void Kabel::start() {
+    if (anschluesse_.halteWaechter)
+        anschluesse_.halteWaechter();
     const auto& buendel = anschluesse_.buendel;
     protokoll(variante_.anzeigename() + " " + buendel.version.value_or("?") + " (" +
               buendel.bauversion.value_or("?") + ")");
@@ -65,6 +67,8 @@ void Kabel::uebergib() {
 void Kabel::raeumeUebriggebliebenesWeg() {
     (void)nimmProxyWeg();
     (void)tunnel_.raeumeWeg();
+    for (const auto& pfad : {standPfad_, protokoll_.pfad(), tunnel_.stoppPfad()})
+        fegeReste(pfad);
 }
 
 void Kabel::siehNach() {
@@ -89,6 +93,8 @@ void Kabel::takt() {
     // Between the clean-up and the end of the process the clock still runs; nothing may be set again then.
     if (aufgeraeumt_)
         return;
+    if (anschluesse_.halteWaechter)
+        anschluesse_.halteWaechter();
     schritt(); // what follows may take a minute
     ++tick_;
 
@@ -231,6 +237,21 @@ void Kabel::aufraeumen() {
     setze(Phase::Art::beendet);
     schreibeStand(lageIntern_.phase, std::nullopt); // or it would say for ever that we are on our way
     uebergib();
+    if (anschluesse_.entlasseWaechter)
+        anschluesse_.entlasseWaechter();
+}
+
+void Kabel::nimmProxyNotfallsWeg() {
+    protokoll("Das Aufräumen kommt nicht voran -- schalte nur den System-Proxy aus");
+    // One of its own: the other one's queue may be in the middle of using it.
+    SystemProxy proxy(anschluesse_.laeufer, anschluesse_.orte, anschluesse_.einstellungen);
+    auto wegnahmen = proxy.klaereUngewisse();
+    if (auto wegnahme = proxy.nimmWeg())
+        wegnahmen.push_back(std::move(*wegnahme));
+    for (const auto& [dienst, grund] : wegnahmen)
+        protokoll(grund ? "System-Proxy nicht entfernt von " + dienst + ": " + *grund
+                        : "System-Proxy entfernt von " + dienst);
+    protokoll(Phase(Phase::Art::beendet).text());
 }
 
 /// Takes everything back first, so that even a wrong number leaves no proxy behind.

@@ -60,6 +60,9 @@ public:
         std::function<void(const std::string&)> abbruch;
         /// Told at each step that the adb server runs: who listens to it then calls `siehNach`. May be empty.
         std::function<void()> haltGeraetewache = {};
+        /// Asked at each tick, before anything is changed: sees to it that somebody takes everything back if
+        /// the process dies; and, once everything is taken back, told that nobody needs to. May be empty.
+        std::function<void()> halteWaechter{}, entlasseWaechter{};
     };
 
     /// Reads the settings; starts nothing.
@@ -78,6 +81,10 @@ public:
     /// anything again; a second call does nothing. On `q()`, called synchronously from outside it; blocks for
     /// the tools' time.
     void aufraeumen();
+
+    /// Switches off the system proxy alone, beside a work queue that does not come to the clean-up; only
+    /// right before the process ends. Any other queue; blocks for the tools' time.
+    void nimmProxyNotfallsWeg();
 
     // --- what the user does: main queue, returns at once -------------------------------------------------
 

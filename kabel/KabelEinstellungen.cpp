@@ -42,7 +42,7 @@ Kabel::Kabel(Anschluesse anschluesse)
     : anschluesse_(std::move(anschluesse)), variante_(anschluesse_.buendel, anschluesse_.einstellungen),
       id_(anschluesse_.einstellungen.textOderNeu("kabel.id", neueKennung())),
       standPfad_(anschluesse_.orte.imHeim("/Library/Application Support/Mobilsteg Bordlotse/stand.json")),
-      protokoll_(anschluesse_.orte.imHeim("/Library/Logs/MobilstegBordlotse.log"), anschluesse_.uhr),
+      protokoll_(anschluesse_.orte.imHeim(protokollOrt), anschluesse_.uhr),
       speicher_(anschluesse_.haupt, anfangszustand(anschluesse_.einstellungen, variante_)),
       verbindung_(Adb(anschluesse_.laeufer, anschluesse_.orte, anschluesse_.buendel.ressourcen),
                   anschluesse_.laeufer, Handy(anschluesse_.http, austrittsdienst(anschluesse_.einstellungen)),

@@ -7,6 +7,9 @@
 
 namespace mobilsteg {
 
+/// Where it lies in the home folder.
+inline constexpr const char* protokollOrt = "/Library/Logs/MobilstegBordlotse.log";
+
 /// The log file: one line per event. Callable on any queue; blocks on the disk only.
 class Protokoll {
 public:

@@ -51,10 +51,15 @@ SystemProxy::Setzung SystemProxy::setze() {
 std::optional<std::string> SystemProxy::setzen(const std::string& dienst) {
     // Noted before the tool runs: a crash between its work and the remembering would leave the proxy on.
     auto noten = ungewisse_.lies();
-    noten.insert(dienst);
+    const bool neu = noten.insert(dienst).second;
     if (const auto anderer = gemerkterDienst(); anderer && *anderer != dienst)
         noten.insert(*anderer); // it could not be switched off so far, and its key is about to be replaced
     ungewisse_.schreibe(noten);
+    if (const auto fehler = einstellungen_.speicherfehler()) {
+        if (neu)
+            ungewisse_.vergiss(dienst);
+        return "Es lässt sich nicht merken (" + *fehler + ")";
+    }
 
     auto ergebnis = networksetup({"-setsocksfirewallproxy", dienst, eigeneAdresse, std::to_string(socksPort)},
                                  aendernSekunden);

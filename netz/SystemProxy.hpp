@@ -34,7 +34,8 @@ public:
         std::string text; ///< the service when set, the tool's reason when failed
     };
 
-    /// Finds the service of the default route and switches its proxy to the phone's forward.
+    /// Finds the service of the default route and switches its proxy to the phone's forward, once it is noted
+    /// what has to be taken back.
     [[nodiscard]] Setzung setze();
 
     struct Wegnahme {

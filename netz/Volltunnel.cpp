@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 
 namespace mobilsteg {
@@ -67,8 +68,8 @@ std::optional<std::string> Volltunnel::start(const Tunnelauftrag& auftrag) {
     const std::string vorher = vertrauteDatei(helfer);
     if (vorher.empty())
         return "Den Helfer mobilsteg-volltunnel könnten andere verändern: " + helfer;
-    legeElternordnerAn(stoppPfad_);
-    std::remove(stoppPfad_.c_str()); // an old request would stop the new helper at once
+    if (!bereiteStoppVor())
+        return "Die Bitte um Stopp lässt sich nicht vorbereiten (" + fehlerbeschreibung(errno) + ")";
     if (stand_ == Stand::beendet) {
         bitteUmStopp(); // the request just removed may have been the clean-up's
         return "Das Programm endet";
@@ -178,8 +179,18 @@ std::string Volltunnel::grund() const {
     return std::string(beschnitten(fehlertext(stoppPfad_)));
 }
 
-void Volltunnel::bitteUmStopp() {
+/// The request is made beforehand and only gets its name when it is due: that works on a full disk, too. An
+/// old one would stop the new helper at once, so it becomes the new one.
+bool Volltunnel::bereiteStoppVor() const {
     legeElternordnerAn(stoppPfad_);
+    return std::rename(stoppPfad_.c_str(), bereitPfad().c_str()) == 0 || existiert(bereitPfad()) ||
+           schreibeAtomar(bereitPfad(), "", Haltbarkeit::fluechtig);
+}
+
+void Volltunnel::bitteUmStopp() const {
+    if (stoppGebeten() || std::rename(bereitPfad().c_str(), stoppPfad_.c_str()) == 0)
+        return;
+    legeElternordnerAn(stoppPfad_); // nothing was prepared: the helper is an earlier run's
     schreibeAtomar(stoppPfad_, "", Haltbarkeit::fluechtig);
 }
 

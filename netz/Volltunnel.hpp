@@ -109,7 +109,9 @@ private:
                                                      const Tunnelauftrag& auftrag) const;
     [[nodiscard]] std::optional<std::string> fuehreSkriptAus(const std::string& quelle);
     [[nodiscard]] std::optional<std::string> warteAufHelfer();
-    void bitteUmStopp();
+    [[nodiscard]] std::string bereitPfad() const { return stoppPfad_ + ".bereit"; }
+    [[nodiscard]] bool bereiteStoppVor() const;
+    void bitteUmStopp() const;
     Ende stopp(bool entferneMarke);
 
     Anschluesse anschluesse_;

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <thread>
 
 namespace mobilsteg {
 
@@ -22,13 +23,35 @@ void Deskriptor::schliesse() {
     nummer_ = -1;
 }
 
-Dateisperre::Dateisperre(const std::string& pfad)
-    : datei_(::open(pfad.c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644)) {
-    while (datei_ && ::flock(datei_.nummer(), LOCK_EX) != 0 && errno == EINTR) {
+Deskriptor oeffneSperrdatei(const std::string& pfad) {
+    Deskriptor datei(::open(pfad.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+    struct stat lage {};
+    if (datei && (::fstat(datei.nummer(), &lage) != 0 || !S_ISREG(lage.st_mode)))
+        datei.schliesse();
+    return datei;
+}
+
+Dateisperre::Dateisperre(const std::string& pfad) : datei_(oeffneSperrdatei(pfad)) {
+    // Whoever may open the file may hold its lock for ever.
+    for (int blick = 0; datei_ && ::flock(datei_.nummer(), LOCK_EX | LOCK_NB) != 0; ++blick) {
+        if (blick == 200)
+            datei_.schliesse();
+        else
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
 }
 
 namespace {
+
+constexpr const char* nebenname = ".neu-";
+
+bool bringeAufDiePlatte(int nummer) {
+#ifdef __APPLE__
+    if (::fcntl(nummer, F_FULLFSYNC) == 0) // fsync leaves it in the disk's own memory
+        return true;
+#endif
+    return ::fsync(nummer) == 0;
+}
 
 bool schreibeAlles(int ziel, std::string_view inhalt) {
     while (!inhalt.empty()) {
@@ -83,18 +106,32 @@ std::optional<Dateiende> liesEnde(const std::string& pfad, std::int64_t von, std
 }
 
 bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit) {
-    std::string neben = pfad + ".XXXXXX";
-    const int nummer = ::mkostemp(neben.data(), O_CLOEXEC);
-    if (nummer < 0)
+    const bool dauerhaft = haltbarkeit == Haltbarkeit::dauerhaft;
+    std::string neben = pfad + nebenname + "XXXXXX";
+    const Deskriptor datei(::mkostemp(neben.data(), O_CLOEXEC)); // which gives it to this user alone
+    if (!datei)
         return false;
-    const Deskriptor datei(nummer);
-    ::fchmod(nummer, S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
-    const bool geschrieben =
-        schreibeAlles(nummer, inhalt) && (haltbarkeit == Haltbarkeit::fluechtig || ::fsync(nummer) == 0);
-    if (geschrieben && ::rename(neben.c_str(), pfad.c_str()) == 0)
+    if (schreibeAlles(datei.nummer(), inhalt) && (!dauerhaft || bringeAufDiePlatte(datei.nummer())) &&
+        ::rename(neben.c_str(), pfad.c_str()) == 0) {
+        const auto ordner = fs::path(pfad).parent_path().string();
+        if (dauerhaft) // the new name lies in the folder; some file systems cannot do it, and need not
+            (void)bringeAufDiePlatte(Deskriptor(::open(ordner.c_str(), O_RDONLY | O_CLOEXEC)).nummer());
         return true;
+    }
+    const int grund = errno;
     ::unlink(neben.c_str());
+    errno = grund;
     return false;
+}
+
+void fegeReste(const std::string& pfad) {
+    const fs::path ziel(pfad);
+    const std::string anfang = ziel.filename().string() + nebenname;
+    std::error_code fehler;
+    for (fs::directory_iterator i(ziel.parent_path(), fehler), ende; !fehler && i != ende;
+         i.increment(fehler))
+        if (i->path().filename().string().starts_with(anfang))
+            ::unlink(i->path().c_str());
 }
 
 bool haengeAn(const std::string& pfad, std::string_view inhalt) {
@@ -177,6 +214,11 @@ std::string fehlerbeschreibung(int nummer) {
         return "Das System kann gerade keinen weiteren Prozess starten";
     case E2BIG:
         return "Zu viele oder zu lange Argumente";
+    case ENOSPC:
+    case EDQUOT:
+        return "Kein Platz mehr auf dem Datenträger";
+    case EROFS:
+        return "Der Datenträger ist schreibgeschützt";
     case ENOTDIR:
         return "Kein Ordner";
     default:

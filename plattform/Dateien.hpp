@@ -28,9 +28,13 @@ private:
     int nummer_ = -1;
 };
 
+/// Opens a file that is there to be locked, and creates it: an empty one, for this user alone. Empty when it
+/// cannot be opened or something else lies there.
+[[nodiscard]] Deskriptor oeffneSperrdatei(const std::string& pfad);
+
 /// A lock between processes and threads, held for as long as the object lives; the constructor blocks until
-/// it is free. `pfad` is created and stays: replacing or removing it would make two locks of one. If it
-/// cannot be opened, there is no lock.
+/// it is free, for up to 2 s. `pfad` is created and stays: replacing or removing it would make two locks of
+/// one. If it cannot be opened or does not become free, there is no lock.
 class Dateisperre {
 public:
     explicit Dateisperre(const std::string& pfad);
@@ -63,8 +67,12 @@ struct Dateiende {
 [[nodiscard]] std::optional<Dateiende> liesEnde(const std::string& pfad, std::int64_t von,
                                                 std::int64_t hoechstens);
 
-/// Replaces the file in one step; readers see the old or the new content. False: the old one stands.
+/// Replaces the file in one step; readers see the old or the new content. Only this user can read it. False:
+/// the old one stands, and `errno` tells why.
 bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit);
+
+/// Removes what runs that were killed in the middle of replacing that file have left beside it.
+void fegeReste(const std::string& pfad);
 
 /// Appends to a file that exists, in one write. False: it could not be opened or written; then it is as
 /// before.

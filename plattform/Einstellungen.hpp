@@ -27,6 +27,10 @@ public:
     virtual void setzeTabelle(const std::string& schluessel, const Tabelle& wert) = 0;
     virtual void entferne(const std::string& schluessel) = 0;
 
+    /// Why changes of this run are not stored so far, for the user; absent: all are. What has to be taken
+    /// back later may only be done when its note is stored.
+    [[nodiscard]] virtual std::optional<std::string> speicherfehler() const = 0;
+
     /// Stores `wert` unless a text stands there already, and returns the one that then stands. Two programs
     /// that start at the same moment get the same answer.
     [[nodiscard]] virtual std::string textOderNeu(const std::string& schluessel, const std::string& wert) = 0;

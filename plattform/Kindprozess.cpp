@@ -56,7 +56,7 @@ Deskriptor endeMelder(pid_t nummer) {
 /// What the child does between its birth and the tool's first instruction.
 class Startplan {
 public:
-    Startplan(int eingabe, int ausgabe, int fehler) {
+    Startplan(int eingabe, int ausgabe, int fehler, bool eigeneSitzung) {
         ::posix_spawn_file_actions_init(&griffe_);
         ::posix_spawnattr_init(&eigenschaften_);
         if (eingabe >= 0)
@@ -68,7 +68,8 @@ public:
         ::posix_spawn_file_actions_adddup2(&griffe_, fehler, STDERR_FILENO);
         // A process group of its own: a second Ctrl-C or a closed terminal must not end the tools of the
         // clean-up.
-        short merkmale = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETPGROUP;
+        short merkmale = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+        merkmale |= eigeneSitzung ? POSIX_SPAWN_SETSID : POSIX_SPAWN_SETPGROUP;
         // Also closes what a library opened without close-on-exec: an adb server that the tool leaves behind
         // would hold our ports and pipes for days.
 #ifdef __APPLE__
@@ -80,7 +81,7 @@ public:
 #endif
         sigset_t standard;
         sigemptyset(&standard);
-        for (const int signal : {SIGPIPE, SIGTERM, SIGINT, SIGHUP, SIGCHLD})
+        for (const int signal : {SIGPIPE, SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGCHLD})
             sigaddset(&standard, signal);
         sigset_t maske;
         sigemptyset(&maske);
@@ -133,7 +134,7 @@ Startversuch starteProzess(const std::string& programm, const std::vector<std::s
     worte.push_back(nullptr);
 
     const Startplan plan(wunsch.eingabe, wunsch.ohneAusgabe ? -1 : ausgabe->schreiben.nummer(),
-                         fehler->schreiben.nummer());
+                         fehler->schreiben.nummer(), wunsch.eigeneSitzung);
     pid_t nummer = -1;
     const int ergebnis =
         ::posix_spawn(&nummer, programm.c_str(), plan.griffe(), plan.eigenschaften(), worte.data(), environ);

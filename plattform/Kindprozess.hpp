@@ -42,8 +42,9 @@ struct Startversuch {
 
 /// Standard streams other than the usual ones.
 struct Startwunsch {
-    int eingabe = -1;         ///< a descriptor to read from; -1: standard input is inherited
-    bool ohneAusgabe = false; ///< standard output goes nowhere, and its read end is missing
+    int eingabe = -1;           ///< a descriptor to read from; -1: standard input is inherited
+    bool ohneAusgabe = false;   ///< standard output goes nowhere, and its read end is missing
+    bool eigeneSitzung = false; ///< no terminal, and none of a terminal's signals
 };
 
 /// Starts `programm` (absolute path, no search, no shell) with `argumente` as they are. Does not block.

@@ -15,19 +15,23 @@ namespace mobilsteg {
 namespace {
 
 constexpr auto blickabstand = std::chrono::milliseconds(50);
-constexpr int wartebicke = 1200; // a minute
+constexpr int warteblicke = 1200; // a minute
 
 } // namespace
 
-Laufsperre::Laufsperre(const std::string& heim) {
+Laufsperre::Laufsperre(const std::string& heim) : Laufsperre(heim, true) {}
+
+Laufsperre::Laufsperre(const std::string& heim, bool anlegen) {
     const std::string pfad = heim + "/Library/Application Support/Mobilsteg Bordlotse/lauf.sperre";
-    legeElternordnerAn(pfad);
-    datei_ = oeffneSperrdatei(pfad);
+    if (anlegen)
+        legeElternordnerAn(pfad);
+    if (anlegen || existiert(pfad))
+        datei_ = oeffneSperrdatei(pfad);
 }
 
 std::optional<Laufsperre::Inhaber> Laufsperre::nimm() {
     int vorher = 0;
-    for (int blick = 0; blick < wartebicke; ++blick) {
+    for (int blick = 0; blick < warteblicke; ++blick) {
         if (!datei_ || versuche(LOCK_EX)) {
             schreibe({::getpid(), 0});
             return std::nullopt;
@@ -57,13 +61,9 @@ void Laufsperre::nenneWaechter(int nummer) {
     schreibe({::getpid(), nummer});
 }
 
-std::optional<Laufsperre::Inhaber> Laufsperre::inhaber() const {
-    if (!datei_)
-        return std::nullopt;
-    if (!versuche(LOCK_SH))
-        return lies();
-    ::flock(datei_.nummer(), LOCK_UN);
-    return std::nullopt;
+std::optional<Laufsperre::Inhaber> Laufsperre::inhaber(const std::string& heim) {
+    const Laufsperre sperre(heim, false);
+    return sperre.datei_ && !sperre.versuche(LOCK_SH) ? std::optional(sperre.lies()) : std::nullopt;
 }
 
 bool Laufsperre::versuche(int art) const {

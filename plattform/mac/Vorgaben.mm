@@ -4,6 +4,8 @@
 
 #import <CoreFoundation/CoreFoundation.h>
 
+#include <atomic>
+
 namespace mobilsteg {
 
 namespace {
@@ -83,6 +85,10 @@ public:
         }
     }
 
+    std::optional<std::string> speicherfehler() const override {
+        return gespeichert_ ? std::nullopt : std::optional<std::string>("Das System nimmt die Vorgaben nicht an");
+    }
+
 private:
     [[nodiscard]] id lies(const std::string& schluessel) const {
         return (__bridge_transfer id)CFPreferencesCopyAppValue((__bridge CFStringRef)nsText(schluessel),
@@ -92,7 +98,7 @@ private:
     void setze(const std::string& schluessel, id wert) {
         CFPreferencesSetAppValue((__bridge CFStringRef)nsText(schluessel), (__bridge CFPropertyListRef)wert,
                                  (__bridge CFStringRef)bereich_);
-        CFPreferencesAppSynchronize((__bridge CFStringRef)bereich_);
+        gespeichert_ = CFPreferencesAppSynchronize((__bridge CFStringRef)bereich_);
     }
 
     /// 0 and 1 are no flags: the system tells the two kinds of number apart by these objects alone.
@@ -110,6 +116,7 @@ private:
     }
 
     NSString* bereich_;
+    std::atomic<bool> gespeichert_ = true;
     std::string sperrname_;
 };
 

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <mutex>
+#include <utility>
 
 namespace mobilsteg {
 
@@ -78,6 +79,11 @@ public:
         return setze(schluessel, wert, Vorrang::stehenderText).get<std::string>();
     }
 
+    [[nodiscard]] std::optional<std::string> speicherfehler() const override {
+        const std::lock_guard wache(schloss_);
+        return offen_.empty() ? std::nullopt : std::optional(fehlerbeschreibung(grund_));
+    }
+
 private:
     enum class Lage {
         verstanden,      ///< a settings file, or none at all
@@ -122,6 +128,7 @@ private:
         if (vorrang == Vorrang::neuer || !wert(schluessel).is_string())
             offen_[schluessel] = neuer;
         json stehender = wert(schluessel);
+        grund_ = errno;
         if (lage != Lage::unerreichbar) // else writing now could wipe out what stands there
             speichere(lage);
         return stehender;
@@ -140,11 +147,16 @@ private:
         if (steht || ((lage == Lage::verstanden || legeBeiseite(pfad_)) &&
                       schreibeAtomar(pfad_, bytes, Haltbarkeit::dauerhaft)))
             offen_ = json::object();
+        grund_ = errno;
+        if (!std::exchange(gefegt_, true))
+            fegeReste(pfad_); // under the lock nobody else is in the middle of it
     }
 
     const std::string pfad_;
     mutable std::mutex schloss_;          // guards all below
     mutable json werte_ = json::object(); ///< as the file was read last
+    int grund_ = 0; ///< the last failure's errno
+    bool gefegt_ = false;
     json offen_ = json::object(); ///< changes of this run that no disk has taken yet; null means removed
 };
 

@@ -15,7 +15,7 @@ TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
     const auto handy = bank.handy();
     bank.starte();
     ASSERT_TRUE(bank.imStand(laeuftImStand));
-    bank.programm->toete();
+    bank.toeteMitWaechter();
     EXPECT_TRUE(bank.kommt(tunnellog, "der Bordlotse ist weg")) << "the helper goes by itself";
     EXPECT_TRUE(warteBis([&] { return !bank.helferLaeuft(); }));
     EXPECT_TRUE(bank.proxyAn());
@@ -39,6 +39,12 @@ TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
     const auto handy = bank.handy();
     bank.starte();
     ASSERT_TRUE(bank.imStand(laeuftImStand));
+    const auto zweiter = bank.rufe({"--terminal"});
+    EXPECT_EQ(zweiter.status, 1);
+    EXPECT_THAT(zweiter.fehler, HasSubstr("mobilsteg-bordlotse: läuft schon (Prozess "));
+    EXPECT_EQ(bank.rufe({"--anmeldung"}).ausgabe, "") << "nothing is taken from a running one";
+    EXPECT_TRUE(bank.proxyAn() && bank.helferLaeuft());
+    EXPECT_THAT(bank.rufe({"--selbsttest"}).ausgabe, ContainsRegex("Prozess [1-9][0-9]* · Wächter [1-9]"));
     EXPECT_THAT(bank.rufe({"--aufraeumen"}).ausgabe,
                 AllOf(HasSubstr("Achtung: Ein Bordlotse läuft noch"),
                       HasSubstr("Volltunnel: beendet, Routen und DNS zurückgebaut")));
@@ -46,17 +52,18 @@ TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
 
 TEST(Aufraeumen, laesstFremdeProxysInRuheUndSagtWasNichtGeht) {
     const Fahrtbank bank;
-    const std::pair<const char*, const char*> faelle[] = {
-        // what happens before, first the end of the real adb, whose server would stay; what is said
-        {"rm opt/homebrew/bin/adb", "adb ist nicht da"},
-        {"cp kaputt opt/homebrew/bin/adb", "Forwards: adb lässt sich nicht befragen: kein Server\n"},
-        {"cp halb opt/homebrew/bin/adb", "Forwards: tcp:1080 nicht entfernt: fort\n"},
-        {"usr/sbin/networksetup -setsocksfirewallproxy Wi-Fi 10.0.0.5 1080",
-         "keiner zeigt auf 127.0.0.1:1080"},
+    const std::tuple<const char*, const char*, int> faelle[] = {
+        // what happens before, first the end of the real adb, whose server would stay; what is said; the
+        // status
+        {"rm opt/homebrew/bin/adb", "adb ist nicht da", 0},
+        {"cp kaputt opt/homebrew/bin/adb", "Forwards: adb lässt sich nicht befragen: kein Server\n", 1},
+        {"cp halb opt/homebrew/bin/adb", "Forwards: tcp:1080 nicht entfernt: fort\n", 1},
+        {"rm opt/homebrew/bin/adb; usr/sbin/networksetup -setsocksfirewallproxy Wi-Fi 10.0.0.5 1080",
+         "keiner zeigt auf 127.0.0.1:1080", 0},
         {"mv usr/sbin/networksetup usr/sbin/echt; cp kaputt usr/sbin/networksetup",
-         "System-Proxy: „Wi-Fi“ lässt sich nicht befragen"},
+         "System-Proxy: „Wi-Fi“ lässt sich nicht befragen", 1},
         {R"(rm usr/sbin/networksetup; echo '{"proxy.dienst":"Wi-Fi"}' >"$1")",
-         "an „Wi-Fi“ nicht ausgeschaltet"},
+         "an „Wi-Fi“ nicht ausgeschaltet", 1},
     };
     bank.ordner.lege("/mac/kaputt", R"(#!/bin/sh
         case $* in -getsocks*Wi-Fi | *forward*) echo kein Server >&2; exit 4 ;; esac
@@ -66,13 +73,14 @@ TEST(Aufraeumen, laesstFremdeProxysInRuheUndSagtWasNichtGeht) {
         [ $# = 2 ] && exec echo A tcp:1080 tcp:1080
         echo fort >&2; exit 1)",
                      true);
-    for (const auto& [davor, gesagt] : faelle) {
+    for (const auto& [davor, gesagt, status] : faelle) {
         const std::string befehl = "cd \"$0\" && " + std::string(davor);
         (void)lauf("/bin/sh", {"-c", befehl, bank.ordner.pfad() + "/mac", bank.ordner.pfad() + einstellungen},
                    60);
         const auto ergebnis = bank.rufe({"--aufraeumen"});
-        EXPECT_EQ(ergebnis.status, 0);
+        EXPECT_EQ(ergebnis.status, status) << gesagt;
         EXPECT_THAT(ergebnis.ausgabe, HasSubstr(gesagt));
+        EXPECT_EQ(ergebnis.ausgabe.find("von Hand: Systemeinstellungen") != std::string::npos, status == 1);
     }
     EXPECT_TRUE(bank.proxyAn()) << "somebody else's";
     EXPECT_THAT(bank.ordner.lies(einstellungen), HasSubstr("proxy.dienst")) << "the next one can try again";

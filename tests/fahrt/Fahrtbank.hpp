@@ -14,8 +14,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <functional>
 #include <memory>
+#include <sstream>
 #include <thread>
 
 namespace mobilsteg {
@@ -173,6 +175,25 @@ public:
         EXPECT_EQ(forwards(), "");
         EXPECT_TRUE(portFrei(1081)) << "an adb server that the program started must not have inherited it";
         EXPECT_TRUE(warteBis([&] { return !helferLaeuft(); }));
+    }
+    /// Whether no process works on this home any more: no program, no watchman, no helper.
+    [[nodiscard]] bool verlassen() const {
+        for (const auto& prozess : std::filesystem::directory_iterator("/proc")) {
+            std::ifstream datei(prozess.path() / "cmdline");
+            const std::string worte{std::istreambuf_iterator<char>(datei), {}};
+            if (worte.find(ordner.pfad() + "/heim") != std::string::npos)
+                return false;
+        }
+        return true;
+    }
+    /// Kills the program and, before it can notice, its watchman.
+    void toeteMitWaechter() const {
+        programm->sende(SIGSTOP);
+        int laeufer = 0, waechter = 0;
+        std::istringstream(ordner.lies(anwendungsordner + "lauf.sperre")) >> laeufer >> waechter;
+        if (waechter > 0)
+            ::kill(waechter, SIGKILL);
+        programm->toete();
     }
     /// Whether that piece comes to stand in a file, in the printed panel, in the state document.
     [[nodiscard]] bool kommt(const std::string& datei, const std::string& stueck) const {

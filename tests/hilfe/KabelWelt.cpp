@@ -36,6 +36,8 @@ void KabelWelt::starte() {
 void KabelWelt::stuerzeAb() {
     welt.begrabe();
     kabel.reset();
+    if (einstellungen.aufDerPlatte)
+        einstellungen.werte = *einstellungen.aufDerPlatte;
 }
 
 void KabelWelt::starteBis(double sekunden) {

@@ -35,7 +35,13 @@ public:
         return w;
     }
 
+    [[nodiscard]] std::optional<std::string> speicherfehler() const override {
+        return !aufDerPlatte || *aufDerPlatte == werte ? std::nullopt : std::optional<std::string>("voll");
+    }
+
     std::map<std::string, Wert> werte;
+    /// What a full disk has held since; absent: it takes every change.
+    std::optional<std::map<std::string, Wert>> aufDerPlatte;
     std::function<void()> vorAenderung; ///< told before each change
 
 private:

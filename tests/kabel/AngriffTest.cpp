@@ -163,4 +163,16 @@ TEST(Angriff, nichtsUnsicheresLaeuftMitAllenRechten) {
     }
 }
 
+TEST(Angriff, aufEinerVollenPlatteWirdKeinProxyGesetzt) {
+    HandyWelt w;
+    w.einstellungen.aufDerPlatte.emplace();
+    w.starte();
+    EXPECT_EQ(w.phaseBei(4),
+              Phase::proxyFehler("System-Proxy nicht gesetzt: Es lässt sich nicht merken (voll)"));
+    EXPECT_THAT(w.aufrufe, Not(Contains(HasSubstr("-setsocks"))));
+    w.einstellungen.aufDerPlatte.reset();
+    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
+    EXPECT_TRUE(w.socksAn["Wi-Fi"]);
+}
+
 } // namespace

@@ -55,6 +55,10 @@ TEST(Dateien, werdenGanzErsetztOderGarNicht) {
         EXPECT_FALSE(liesDatei(pfad) || haengeAn(pfad, "x") || istAusfuehrbar(pfad)) << pfad;
     }
     EXPECT_TRUE(liesDatei(ziel, 6) && !liesDatei(ziel, 5));
+    EXPECT_EQ(std::filesystem::status(ziel).permissions(), std::filesystem::perms(0600));
+    const std::string rest = ordner.lege("/stand.json.neu-a1B2c3", ""); // of a run that was killed
+    fegeReste(ziel);
+    EXPECT_TRUE(existiert(ziel) && !existiert(rest));
 }
 
 TEST(Text, einzeiligBleibtNurWasEinTerminalZeigt) {

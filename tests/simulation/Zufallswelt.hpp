@@ -58,6 +58,7 @@ private:
         forwardFehler.clear();
         belegtePorts.clear();
         fremdesHandy = false;
+        einstellungen.aufDerPlatte.reset();
         tunnel = {};
         stecke({});
         laufe(150s);
@@ -245,6 +246,10 @@ private:
             [&] { handys.empty() || (handys[0].gruesst = !handys[0].gruesst); },
             [&] { schnittstelle = "en" + std::to_string(waehle(8)); },
             [&] { schnittstelle.clear(); },
+            [&] { // the disk is full, or no longer
+                auto& platte = einstellungen.aufDerPlatte;
+                platte = platte ? std::nullopt : std::optional(einstellungen.werte);
+            },
             [&] { helfer > 0 && helferleben.back() ? helferBautZurueck("kein Netz") : void(); },
             [&] { welt.stelleWanduhr(dauer(20'000'000) - 10000s); },
             [&] { forwardFehler = wuerfel(30) ? "adb: error: closed" : ""; },
@@ -289,7 +294,7 @@ private:
     /// On services where the program has none and may have none: on its own the user leaves the proxy alone.
     void setzeEigenenProxy(const std::string& dienst) {
         const auto ungewiss = einstellungen.text("proxy.ungewiss").value_or("");
-        if (unser(dienst) || einstellungen.text("proxy.dienst") == dienst ||
+        if (einstellungen.aufDerPlatte || unser(dienst) || einstellungen.text("proxy.dienst") == dienst ||
             ungewiss.find(dienst) != ungewiss.npos)
             return;
         geschieht("Eigene Proxys", dienst);
