@@ -3,6 +3,7 @@
 #include "tests/fuzz/Pruefungen.hpp"
 
 #include "ansicht/Inhalt.hpp"
+#include "ansicht/terminal/Befehle.hpp"
 #include "ansicht/terminal/Eingabe.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "handy/Adb.hpp"
