@@ -86,7 +86,8 @@ public:
     }
 
     std::optional<std::string> speicherfehler() const override {
-        return gespeichert_ ? std::nullopt : std::optional<std::string>("Das System nimmt die Vorgaben nicht an");
+        return gespeichert_ ? std::nullopt
+                            : std::optional<std::string>("Das System nimmt die Vorgaben nicht an");
     }
 
 private:

@@ -155,7 +155,7 @@ private:
     const std::string pfad_;
     mutable std::mutex schloss_;          // guards all below
     mutable json werte_ = json::object(); ///< as the file was read last
-    int grund_ = 0; ///< the last failure's errno
+    int grund_ = 0;                       ///< the last failure's errno
     bool gefegt_ = false;
     json offen_ = json::object(); ///< changes of this run that no disk has taken yet; null means removed
 };
