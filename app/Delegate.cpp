@@ -98,6 +98,7 @@ void Delegate::applicationWillTerminate() {
     Kabel& kabel = Kabel::gemeinsam();
     const auto verlauf = std::make_shared<Verlauf>();
     std::thread([this, verlauf] { wache(*verlauf); }).detach();
+    kabel.kuendigeEndeAn();
     kabel.q().sync([&] {
         verlauf->begonnen.set_value();
         const auto vorher = liesEnde(kabel.protokollPfad(), 0, 0);

@@ -37,7 +37,7 @@ void Kabel::start() {
 
 void Kabel::aufQ(std::function<void()> was) {
     anschluesse_.q.async([this, was = std::move(was)] {
-        if (aufgeraeumt_)
+        if (aufgeraeumt_ || endet_)
             return;
         was();
         uebergib();
@@ -76,7 +76,7 @@ void Kabel::siehNach() {
         return;
     anschluesse_.q.async([this] {
         blickWartet_ = false;
-        if (!aufgeraeumt_)
+        if (!aufgeraeumt_ && !endet_)
             schritt();
     });
 }
@@ -91,11 +91,13 @@ void Kabel::schritt() {
 
 void Kabel::takt() {
     // Between the clean-up and the end of the process the clock still runs; nothing may be set again then.
-    if (aufgeraeumt_)
+    if (aufgeraeumt_ || endet_)
         return;
     if (anschluesse_.halteWaechter)
         anschluesse_.halteWaechter();
     schritt(); // what follows may take a minute
+    if (endet_)
+        return;
     ++tick_;
 
     if (tick_ % berichtTakte == 0 && letzteAntwort_)

@@ -82,6 +82,10 @@ public:
     /// the tools' time.
     void aufraeumen();
 
+    /// The clean-up is about to be queued: of what stands before it only the step under way is still taken,
+    /// no reports, surveys or clicks. Any queue.
+    void kuendigeEndeAn() { endet_ = true; }
+
     /// Switches off the system proxy alone, beside a work queue that does not come to the clean-up; only
     /// right before the process ends. Any other queue; blocks for the tools' time.
     void nimmProxyNotfallsWeg();
@@ -198,6 +202,7 @@ private:
     bool aufgeraeumt_ = false;
 
     std::atomic<bool> blickWartet_ = false; // any queue
+    std::atomic<bool> endet_ = false;       // any queue
 
     std::uint64_t rotation_ = 0; // main queue
 

@@ -20,6 +20,14 @@
 using namespace mobilsteg;
 using namespace testing;
 
+#ifdef MIT_SANITIZER
+// libedit does not free the names of the functions that it is given.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:wcsdup";
+}
+#endif
+
 namespace {
 
 TEST(Schirm, bildPasstInBreiteUndHoehe) {
