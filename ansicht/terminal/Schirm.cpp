@@ -131,6 +131,8 @@ Schirm::Schirm(std::FILE* eingabe, std::FILE* ausgabe, int weckrufe)
     el_set(zeile_, EL_BIND, "^I", "ergaenze", nullptr);
     el_set(zeile_, EL_BIND, "\\e[5~", "bild-auf", nullptr);
     el_set(zeile_, EL_BIND, "\\e[6~", "bild-ab", nullptr);
+    // Ctrl-S would hold the last words, and with them the process's end.
+    el_set(zeile_, EL_SETTY, "-d", "-ixon", nullptr);
     HistEvent ereignis;
     history(frueheres_, &ereignis, H_SETSIZE, 100);
     history(frueheres_, &ereignis, H_SETUNIQUE, 1);
