@@ -101,7 +101,7 @@ TEST(Ende, nachKeinemTodBleibtEtwas) {
             bank.programm->sende(tod == 0 ? SIGKILL : signale[zufall() % std::size(signale)]);
             EXPECT_TRUE(bank.programm->warteAufEnde());
         }
-        ASSERT_TRUE(warteBis([&] { return bank.verlassen(); }, 25));
+        ASSERT_TRUE(warteBis([&] { return bank.verlassen(); }, 90));
         bank.erwarteNichts();
         EXPECT_TRUE(tod > 0 || bank.protokoll().ends_with("unerwartet beendet worden — aufgeräumt\n"))
             << bank.protokoll();

@@ -112,7 +112,7 @@ TEST(Simulation, jedeInvarianteKannBrechen) {
     };
     for (const auto& [bruch, invariante] : brueche) {
         std::map<std::string, int> gesehen;
-        for (std::uint64_t samen = 0; samen < 40 && !gesehen.contains(invariante); ++samen) {
+        for (std::uint64_t samen = 0; samen < 400 && !gesehen.contains(invariante); ++samen) {
             Zufallswelt welt(samen);
             bruch(welt);
             welt.lebe();
