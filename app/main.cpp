@@ -37,7 +37,6 @@ int main(int anzahl, char** worte) {
     case Befehlszeile::Tat::terminal:
         return terminalbetrieb(zeile, mobilstegKennung);
     case Befehlszeile::Tat::aufraeumen:
-        return aufraeumdienst(zeile, mobilstegKennung);
     case Befehlszeile::Tat::anmeldung:
         return aufraeumdienst(zeile, mobilstegKennung);
     case Befehlszeile::Tat::waechter:
