@@ -103,8 +103,8 @@ TEST(Ende, nachKeinemTodBleibtEtwas) {
         }
         ASSERT_TRUE(warteBis([&] { return bank.verlassen(); }, 90));
         bank.erwarteNichts();
-        EXPECT_TRUE(tod > 0 || bank.protokoll().ends_with("unerwartet beendet worden — aufgeräumt\n"))
-            << bank.protokoll();
+        if (tod == 0) // a tool that misses its limit makes it „nicht alles ließ sich aufräumen“
+            EXPECT_THAT(bank.protokoll(), HasSubstr("Der Bordlotse ist unerwartet beendet worden — "));
     }
 }
 
