@@ -185,7 +185,9 @@ public:
         programm->sende(SIGSTOP);
         int laeufer = 0, waechter = 0;
         std::istringstream(ordner.lies(anwendungsordner + "lauf.sperre")) >> laeufer >> waechter;
-        if (waechter > 0)
+        // The number may be an earlier run's, and by now somebody else's.
+        const auto worte = lauf("/bin/cat", {"/proc/" + std::to_string(waechter) + "/cmdline"}, 60).ausgabe;
+        if (worte.find("--waechter") != std::string::npos && worte.find(ordner.pfad()) != std::string::npos)
             ::kill(waechter, SIGKILL);
         programm->toete();
     }
