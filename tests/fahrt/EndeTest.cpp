@@ -73,7 +73,7 @@ TEST(Ende, einZweitesStrgCTrifftDasAufraeumenNicht) {
 /// program. MOBILSTEG_TODE=200 makes it a long one.
 TEST(Ende, nachKeinemTodBleibtEtwas) {
     const char* wunsch = std::getenv("MOBILSTEG_TODE");
-    const int tode = wunsch != nullptr ? std::atoi(wunsch) : 4;
+    const int tode = wunsch != nullptr ? std::atoi(wunsch) : 2;
     const unsigned samen = std::random_device{}();
     std::mt19937 zufall(samen);
     Fahrtbank bank;
