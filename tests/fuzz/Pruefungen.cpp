@@ -334,7 +334,7 @@ std::span<const Pruefung> pruefungen() {
         {"berichte", berichte, R"({"bericht.stand":{)", R"("log#":#,)",
          "\"x\":0}}\n====\neine Zeile\n====\ndefault  10.0.0.1\n"},
         {"eingabe", eingabe, "", "befehl #\n", ""},
-        {"einstellungen", einstellungen, "{", "\"k#\":{\"a\":#},", R"("experte":true})"},
+        {"einstellungen", einstellungen, "{", "\"#\":true,", R"("experte":true})"},
         {"geraete", geraete, "OKAY", "000AR5CT#\tnew\n", ""},
         {"netzdienste", netzdienste, "  interface: en9\n====\n",
          "(#) LAN #\n(Hardware Port: LAN #, Device: en#)\n\n", ""},
