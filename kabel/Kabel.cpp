@@ -37,7 +37,7 @@ void Kabel::start() {
 
 void Kabel::aufQ(std::function<void()> was) {
     anschluesse_.q.async([this, was = std::move(was)] {
-        if (aufgeraeumt_ || endet_)
+        if (endet_)
             return;
         was();
         uebergib();
@@ -76,7 +76,7 @@ void Kabel::siehNach() {
         return;
     anschluesse_.q.async([this] {
         blickWartet_ = false;
-        if (!aufgeraeumt_ && !endet_)
+        if (!endet_)
             schritt();
     });
 }
@@ -91,7 +91,7 @@ void Kabel::schritt() {
 
 void Kabel::takt() {
     // Between the clean-up and the end of the process the clock still runs; nothing may be set again then.
-    if (aufgeraeumt_ || endet_)
+    if (endet_)
         return;
     if (anschluesse_.halteWaechter)
         anschluesse_.halteWaechter();
@@ -231,6 +231,7 @@ void Kabel::verloren() {
 void Kabel::aufraeumen() {
     if (std::exchange(aufgeraeumt_, true))
         return;
+    endet_ = true;
     meldeTunnelende(tunnel_.beendeFuerImmer());
     proxyWeg();
     verbindung_.baueAb();
