@@ -1,7 +1,10 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace mobilsteg {
@@ -11,16 +14,54 @@ struct Befehlszeile {
     enum class Tat { menueleiste, terminal, aufraeumen, selbsttest, hilfe, version, anmeldung, waechter };
 
     Tat tat = Tat::menueleiste;
-    std::optional<std::string> heim;   ///< as given
-    std::optional<std::string> wurzel; ///< as given
-    std::optional<int> bewachter;      ///< the process that a watchman watches
-    std::string fehler;                ///< German; not empty: the line was not understood
+    std::optional<std::string> heim;      ///< as given
+    std::optional<std::string> wurzel;    ///< as given
+    std::optional<std::string> bewachter; ///< the number of the process that a watchman watches
+    std::string fehler;                   ///< German; not empty: the line was not understood
 
     /// `worte` without the program's name. Pure.
     [[nodiscard]] static Befehlszeile lies(const std::vector<std::string>& worte);
 };
 
-/// The text of `--hilfe`. `programm` is the name under which it was called.
+/// One option. Parsing, help, man page and completions come from the one table of them.
+struct Option {
+    using Tat = Befehlszeile::Tat;
+    using Wert = std::optional<std::string> Befehlszeile::*;
+
+    std::string_view name;
+    std::string_view argument; ///< "DIR", a number "N", or words like "an|aus"; empty: it takes none
+    std::string_view text;     ///< what it does, in German; empty: for the program itself, shown to nobody
+    std::optional<Tat> tat{};  ///< what it asks for; two options that have one exclude each other
+    Wert wert = nullptr;       ///< where its argument goes
+};
+
+inline constexpr std::array<Option, 9> optionen = {{
+    {"--terminal", "", "das Panel im Terminal statt in der Menüleiste", Option::Tat::terminal},
+    {"--aufraeumen", "", "zurücknehmen, was ein früherer Lauf am Mac hinterlassen hat",
+     Option::Tat::aufraeumen},
+    {"--selbsttest", "", "zeigen, was das Programm vom System sieht", Option::Tat::selbsttest},
+    {"--heim", "DIR", "DIR statt des eigenen Heimordners", std::nullopt, &Befehlszeile::heim},
+    {"--wurzel", "DIR", "alle Werkzeuge des Systems unterhalb von DIR suchen", std::nullopt,
+     &Befehlszeile::wurzel},
+    {"--hilfe", "", "diese Hilfe", Option::Tat::hilfe},
+    {"--version", "", "die Version", Option::Tat::version},
+    {"--anmeldung", "", "", Option::Tat::anmeldung},
+    {"--waechter", "N", "", Option::Tat::waechter, &Befehlszeile::bewachter},
+}};
+
+/// One part of what is told about the program: each entry's mark (empty: it has none) and its text.
+struct Hilfeabschnitt {
+    std::string titel;
+    std::vector<std::pair<std::string, std::string>> eintraege;
+};
+
+/// `programm` is the name under which it is called. Pure.
+[[nodiscard]] std::vector<Hilfeabschnitt> hilfeabschnitte(const std::string& programm);
+
+/// The same as the text of `--hilfe`, at most 80 columns wide.
 [[nodiscard]] std::string hilfetext(const std::string& programm);
+
+/// What the program is for, in half a sentence.
+inline constexpr std::string_view zweck = "bringt den Mac über das USB-Kabel mit dem Android-Handy ins Netz";
 
 } // namespace mobilsteg

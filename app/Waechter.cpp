@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 
 namespace mobilsteg {
 
@@ -96,7 +97,7 @@ int waechterdienst(const Befehlszeile& zeile, const std::string& kennung) {
 
     const Orte orte = orteAus(zeile);
     Laufsperre sperre(orte.heim);
-    if (!sperre.nimmNach(zeile.bewachter.value_or(0)))
+    if (!sperre.nimmNach(std::atoi(zeile.bewachter.value_or("").c_str())))
         return 0; // a new copy cleans up
     Umfeld umfeld(zeile, kennung);
     Systemuhr uhr;

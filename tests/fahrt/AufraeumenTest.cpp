@@ -92,10 +92,17 @@ TEST(Befehlszeile, sagtWasFalschIstUndWasSieSiehtUndAendertNichts) {
     bank.ordner.lege("/mac/Applications/Google Chrome.app/Contents/Info.plist", "");
     for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         ::unsetenv(variable);
+    const std::vector<std::string> hilfe = {"--hilfe"};
     const std::tuple<std::vector<std::string>, int, const char*> faelle[] = {
         {{"--unsinn"}, 2, "Unbekannte Option: --unsinn"},
         {{"--heim"}, 2, "--heim braucht einen Ordner"},
-        {{"--hilfe"}, 0, "--wurzel DIR"},
+        {{"--heim", "--version"}, 2, "--heim braucht einen Ordner"},
+        {{"--heim="}, 2, "--heim braucht einen Ordner"},
+        {{"--hilfe=ja"}, 2, "--hilfe nimmt keinen Wert"},
+        {{"--hilfe", "--aufraeumen"}, 2, "--hilfe und --aufraeumen schließen sich aus"},
+        {{"--terminal", "--version"}, 2, "--terminal und --version schließen sich aus"},
+        {{"--heim=/anderswo", "--selbsttest"}, 0, "/anderswo"},
+        {hilfe, 0, "Internet weg?"},
         {{"--version"}, 0, "mobilsteg-bordlotse 1."},
         {{}, 1, "Im Terminal läuft das Programm mit --terminal"},
         {{"--selbsttest"}, 0, "de.mobilsteg.bordlotse"},
@@ -107,9 +114,33 @@ TEST(Befehlszeile, sagtWasFalschIstUndWasSieSiehtUndAendertNichts) {
         const auto ergebnis = bank.rufe(worte);
         EXPECT_EQ(ergebnis.status, status) << text;
         EXPECT_THAT(status == 0 ? ergebnis.ausgabe : ergebnis.fehler, HasSubstr(text));
+        for (const auto zeile : teile(worte == hilfe ? ergebnis.ausgabe : "", '\n'))
+            EXPECT_LE(zeichenzahl(zeile), 80U) << zeile;
     }
     EXPECT_EQ(bank.ordner.lies(einstellungen), vorher);
     EXPECT_FALSE(existiert(bank.ordner.pfad() + "/heim/Library/Logs"));
+}
+
+TEST(Befehlszeile, ergaenztInDerBashWasPasst) {
+    const Ordner ordner;
+    ordner.lege("/mit blank/datei", "");
+    const std::pair<std::string, std::string> faelle[] = {
+        {"--te", "--terminal;"},
+        {"--waech", ""}, // the program's own are shown to nobody
+        {"--terminal --", "--heim;--wurzel;"},
+        {"--heim " + ordner.pfad() + "/m", ordner.pfad() + "/mit blank;"},
+        {"--heim = " + ordner.pfad() + "/m", ordner.pfad() + "/mit blank;"}, // "--heim=…": three words to it
+    };
+    for (const auto& [getippt, soll] : faelle) {
+        const auto ergebnis =
+            lauf("/bin/bash",
+                 {"-c",
+                  R"(. "$0"; COMP_WORDS=(x $1); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _mobilsteg_bordlotse
+                     printf '%s' "${COMPREPLY[@]/%/;}")",
+                  BIN_ORDNER "/../anleitung/mobilsteg-bordlotse.bash", getippt},
+                 60);
+        EXPECT_EQ(ergebnis.ausgabe, soll) << getippt << ergebnis.fehler;
+    }
 }
 
 } // namespace
