@@ -15,7 +15,7 @@ using nlohmann::json;
 namespace {
 
 // Deeper than any honest answer, and as deep as the phone's other readers go.
-constexpr std::size_t tiefstes = 512;
+constexpr std::size_t tiefsteAntwort = 512;
 
 // More than any phone has, and as much as a panel can show.
 constexpr std::size_t meistePfade = 16;
@@ -152,7 +152,7 @@ Antwort als(const json& w) {
 
 std::optional<Antwort> Antwort::ausJson(std::string_view bytes) {
     // Counted beforehand: a parser that asks at each step looks through all earlier elements each time.
-    if (klammertiefe(bytes) > tiefstes)
+    if (klammertiefe(bytes) > tiefsteAntwort)
         return std::nullopt;
     json dokument;
     Aufbau aufbau(dokument, false);

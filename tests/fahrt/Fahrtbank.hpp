@@ -32,9 +32,11 @@ inline const std::string tunnellog = "/heim/Library/Logs/MobilstegVolltunnel.log
 inline constexpr const char* vpnLotse = "mobilsteg-vpnlotse";
 inline constexpr const char* laeuftImStand = R"("volltunnel": true)";
 
-/// Where a shipped program of that name lies.
+/// Where a shipped program of that name lies: beside this one, or in another build's folder,
+/// MOBILSTEG_PROGRAMME.
 inline std::string programmpfad(const std::string& name) {
-    return BIN_ORDNER "/" + name;
+    const char* andere = std::getenv("MOBILSTEG_PROGRAMME");
+    return std::string(andere ? andere : BIN_ORDNER) + "/" + name;
 }
 
 inline bool portFrei(int port) {
