@@ -89,8 +89,7 @@ struct Geraetewache::Innen : std::enable_shared_from_this<Innen> {
 
     void halte() {
         const auto jetzt = Zeit::now();
-        const auto port = serverport();
-        if (beendet || socket.is_open() || !port || jetzt < naechsterVersuch)
+        if (beendet || socket.is_open() || jetzt < naechsterVersuch)
             return;
         naechsterVersuch = jetzt + versuchsabstand;
         meldungen.beginneNeu();
@@ -140,6 +139,7 @@ struct Geraetewache::Innen : std::enable_shared_from_this<Innen> {
         offen = false;
     }
 
+    const std::optional<std::uint16_t> port = serverport();
     AsioSchlange& schlange;
     tcp::socket socket;
     asio::steady_timer pause;
@@ -163,7 +163,7 @@ Geraetewache::~Geraetewache() {
 }
 
 void Geraetewache::halte() {
-    if (!innen_->offen) // else each tick would wake the queue for nothing
+    if (innen_->port && !innen_->offen) // else each tick would wake the queue for nothing
         innen_->schlange.async([innen = innen_] { innen->halte(); });
 }
 
