@@ -2,6 +2,7 @@
 #include "app/MobilstegBordlotseApp.hpp"
 #include "handy/Adb.hpp"
 #include "handy/Ports.hpp"
+#include "kabel/Protokoll.hpp"
 #include "kabel/Verbindung.hpp"
 #include "netz/SystemProxy.hpp"
 #include "plattform/Dateien.hpp"
@@ -9,63 +10,19 @@
 #include "plattform/Text.hpp"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 
 namespace mobilsteg {
 
 namespace {
 
-constexpr double adbSekunden = 5;
-
-void sage(const std::string& text) {
-    std::fputs((einzeilig(text) + "\n").c_str(), stdout);
-    std::fflush(stdout);
-}
-
-bool schalteAus(Umfeld& umfeld, const std::string& dienst) {
-    const auto grund = umfeld.proxy.entfernen(dienst);
-    sage("System-Proxy: an „" + dienst + "“ " + (grund ? "nicht ausgeschaltet: " + *grund : "ausgeschaltet"));
-    return !grund;
-}
-
-bool nimmProxyWeg(Umfeld& umfeld) {
-    const auto gemerkt = umfeld.proxy.gemerkterDienst();
-    bool gefunden = gemerkt.has_value();
-    bool alleAus = !gemerkt || schalteAus(umfeld, *gemerkt);
-    // The settings may be damaged, and another edition keeps its own: so every service is asked itself.
-    std::string grund;
-    const auto dienste = umfeld.proxy.dienste(grund);
-    if (!dienste) {
-        sage("System-Proxy: die Netzwerkdienste lassen sich nicht befragen: " + grund);
-        return false;
-    }
-    for (const auto& dienst : *dienste) {
-        const auto ziel = umfeld.proxy.ziel(dienst.name);
-        if (ziel == SystemProxy::Ziel::unbekannt)
-            sage("System-Proxy: „" + dienst.name + "“ lässt sich nicht befragen");
-        alleAus = alleAus && ziel != SystemProxy::Ziel::unbekannt;
-        if (ziel == SystemProxy::Ziel::wir)
-            alleAus = schalteAus(umfeld, dienst.name) && alleAus;
-        gefunden = gefunden || ziel == SystemProxy::Ziel::wir || ziel == SystemProxy::Ziel::unbekannt;
-    }
-    if (alleAus) // a note that stayed would switch off a proxy which the user sets from now on
-        umfeld.proxy.vergissUngewisse();
-    if (!gefunden)
-        sage("System-Proxy: keiner zeigt auf " + amMac(socksPort));
-    return alleAus;
-}
-
-bool beendeHelfer(const Umfeld& umfeld) {
-    Systemuhr uhr;
-    AsioSchlange haupt("haupt", AsioSchlange::Faden::rufer);
-    const auto skript = adminskriptFuer(umfeld.orte);
-    const Variante variante(umfeld.buendel, *umfeld.ablage.speicher);
-    Volltunnel volltunnel({haupt, uhr, *skript, variante, umfeld.buendel.ressourcen, umfeld.orte});
-    const auto ende = volltunnel.raeumeWeg();
-    sage(ende == Volltunnel::Ende::keinHelfer ? "Volltunnel: keiner läuft"
-         : ende == Volltunnel::Ende::gegangen ? "Volltunnel: beendet, Routen und DNS zurückgebaut"
-                                              : "Volltunnel: der Helfer antwortet nicht und gilt als tot");
-    return ende != Volltunnel::Ende::verstummt;
+/// A tool that was cut off at its limit ends with SIGTERM and says nothing.
+std::string deutlich(const std::string& grund) {
+    constexpr std::string_view abgebrochen = ": Rückgabe 15";
+    return grund.ends_with(abgebrochen)
+               ? grund.substr(0, grund.size() - abgebrochen.size()) + " antwortet nicht"
+               : grund;
 }
 
 bool istUnserForward(std::string_view lokal, std::string_view amHandy) {
@@ -75,37 +32,164 @@ bool istUnserForward(std::string_view lokal, std::string_view amHandy) {
            std::any_of(gastPorts.begin(), gastPorts.end(), [&](int port) { return lokal == tcp(port); });
 }
 
-bool entferneForwards(const Umfeld& umfeld) {
-    const auto adb = umfeld.adb.finden();
-    if (!adb) {
-        sage("Forwards: adb ist nicht da, also gibt es keine");
-        return true;
+/// Takes back one thing after the other: each is named before it is tried, and on the same line it is told
+/// what came of it.
+class Aufraeumer {
+public:
+    Aufraeumer(Umfeld& umfeld, Protokoll* protokoll) : umfeld_(umfeld), protokoll_(protokoll) {}
+
+    void raeume() {
+        nimmProxysWeg(); // first: it is what cuts the Mac off
+        beendeHelfer();
+        entferneForwards();
     }
+
+    [[nodiscard]] bool alles() const { return blieb_.empty(); }
+
+    void urteile() const {
+        if (alles())
+            return sage(getan_ ? "Aufgeräumt: Vom Bordlotsen ist nichts mehr übrig."
+                               : "Nichts zu tun: Vom Bordlotsen ist nichts übrig.");
+        sage("Nicht alles ließ sich zurücknehmen: " + verbunden(blieb_, ", ") + ".");
+        for (const auto& rat : vonHand_)
+            sage("Von Hand: " + rat + ".");
+    }
+
+    void sage(const std::string& text) const {
+        std::fputs((einzeilig(text) + "\n").c_str(), stdout);
+        std::fflush(stdout);
+        merke(text);
+    }
+
+private:
+    void nimmProxysWeg();
+    [[nodiscard]] bool nimmWeg(const std::string& dienst, SystemProxy::Ziel ziel);
+    void beendeHelfer();
+    void entferneForwards();
+
+    void beginne(const std::string& was) {
+        was_ = was;
+        std::fputs((einzeilig(was) + " … ").c_str(), stdout);
+        std::fflush(stdout);
+    }
+    void ende(const std::string& befund) {
+        std::fputs((einzeilig(befund) + "\n").c_str(), stdout);
+        std::fflush(stdout);
+        merke(was_ + ": " + befund);
+    }
+    void bleibt(const std::string& was, const std::string& rat) {
+        blieb_.push_back(was);
+        if (vonHand_.empty() || vonHand_.back() != rat)
+            vonHand_.push_back(rat);
+    }
+    void merke(const std::string& text) const {
+        if (protokoll_ != nullptr)
+            protokoll_->schreibe("Aufräumen: " + text);
+    }
+
+    Umfeld& umfeld_;
+    Protokoll* protokoll_;
+    std::string was_;
+    bool getan_ = false;
+    std::vector<std::string> blieb_, vonHand_;
+};
+
+/// False: the service's proxy is ours, or may be, and stays.
+bool Aufraeumer::nimmWeg(const std::string& dienst, SystemProxy::Ziel ziel) {
+    const bool gemerkt = umfeld_.proxy.gemerkterDienst() == dienst;
+    if (ziel != SystemProxy::Ziel::wir && !gemerkt) {
+        const bool unbekannt = ziel == SystemProxy::Ziel::unbekannt;
+        ende(unbekannt ? "lässt sich nicht befragen" : "zeigt nicht auf " + amMac(socksPort));
+        return !unbekannt;
+    }
+    const auto grund = umfeld_.proxy.entfernen(dienst);
+    const bool vergessen = gemerkt && !umfeld_.proxy.gemerkterDienst();
+    ende(!grund      ? "ausgeschaltet"
+         : vergessen ? "den Netzwerkdienst gibt es nicht mehr, vergessen"
+                     : "nicht ausgeschaltet: " + deutlich(*grund));
+    getan_ = getan_ || !grund || vergessen;
+    return !grund || vergessen;
+}
+
+void Aufraeumer::nimmProxysWeg() {
+    const std::string rat =
+        "Systemeinstellungen → Netzwerk → der Dienst → Details → Proxys → SOCKS-Proxy aus, "
+        "mit dem Konto eines Administrators";
+    // The settings may be damaged, and another edition keeps its own: so every service is asked itself.
+    beginne("Netzwerkdienste");
+    std::string grund;
+    const auto gefundene = umfeld_.proxy.dienste(grund);
+    ende(gefundene ? std::to_string(gefundene->size()) : "lassen sich nicht befragen: " + grund);
+    if (!gefundene)
+        bleibt("die Netzwerkdienste", rat);
+    std::vector<std::string> namen;
+    for (const auto& dienst : gefundene.value_or(std::vector<Netzwerkdienst>{}))
+        namen.push_back(dienst.name);
+    if (const auto gemerkt = umfeld_.proxy.gemerkterDienst();
+        gemerkt && std::find(namen.begin(), namen.end(), *gemerkt) == namen.end())
+        namen.push_back(*gemerkt);
+    for (const auto& name : namen) {
+        beginne("System-Proxy „" + name + "“");
+        if (!nimmWeg(name, umfeld_.proxy.ziel(name)))
+            bleibt("System-Proxy „" + name + "“", rat);
+    }
+    if (alles()) // a note that stayed would switch off a proxy which the user sets from now on
+        umfeld_.proxy.vergissUngewisse();
+    if (const auto fehler = umfeld_.ablage.speicher->speicherfehler())
+        bleibt("der Merkzettel",
+               "Die Einstellungen lassen sich nicht schreiben (" + *fehler + "): " + umfeld_.ablage.ort);
+}
+
+void Aufraeumer::beendeHelfer() {
+    Systemuhr uhr;
+    AsioSchlange haupt("haupt", AsioSchlange::Faden::rufer);
+    const auto skript = adminskriptFuer(umfeld_.orte);
+    const Variante variante(umfeld_.buendel, *umfeld_.ablage.speicher);
+    Volltunnel volltunnel({haupt, uhr, *skript, variante, umfeld_.buendel.ressourcen, umfeld_.orte});
+    beginne("Volltunnel");
+    const auto wie = volltunnel.raeumeWeg();
+    ende(wie == Volltunnel::Ende::keinHelfer ? "keiner läuft"
+         : wie == Volltunnel::Ende::gegangen ? "beendet, Routen und DNS zurückgebaut"
+                                             : "der Helfer antwortet nicht und gilt als tot");
+    getan_ = getan_ || wie != Volltunnel::Ende::keinHelfer;
+    if (wie == Volltunnel::Ende::verstummt)
+        bleibt("der Volltunnel", "gegen Routen eines toten Helfers hilft ein Neustart");
+}
+
+void Aufraeumer::entferneForwards() {
+    beginne("Weiterleitungen");
+    const auto adb = umfeld_.adb.finden();
+    if (!adb)
+        return ende("adb ist nicht da, also gibt es keine");
+    const std::string rat = "„adb kill-server“ nimmt die Weiterleitungen mit";
+    const auto fehlertext = [](const Ergebnis& e) {
+        return e.status == SIGTERM ? "adb antwortet nicht" : SystemProxy::fehlertext(e, "adb");
+    };
     const auto liste = lauf(*adb, {"forward", "--list"}, adbSekunden);
     if (liste.status != 0) {
-        sage("Forwards: adb lässt sich nicht befragen: " + SystemProxy::fehlertext(liste));
-        return false;
+        ende("lassen sich nicht befragen: " + fehlertext(liste));
+        return bleibt("die Weiterleitungen", rat);
     }
-    int gefundene = 0;
     int entfernte = 0;
+    std::vector<std::string> misslungene;
     for (const auto zeile : teile(liste.ausgabe, '\n')) {
         const auto worte = teile(beschnitten(zeile), ' ');
         if (worte.size() != 3 || !istUnserForward(worte[1], worte[2]))
             continue;
         const std::vector<std::string> weg = {"-s", std::string(worte[0]), "forward", "--remove",
                                               std::string(worte[1])};
-        ++gefundene;
         if (const auto ergebnis = lauf(*adb, weg, adbSekunden); ergebnis.status == 0)
             ++entfernte;
         else
-            sage("Forwards: " + std::string(worte[1]) +
-                 " nicht entfernt: " + SystemProxy::fehlertext(ergebnis));
+            misslungene.push_back(std::string(worte[1]) + " nicht entfernt: " + fehlertext(ergebnis));
     }
-    if (gefundene == 0)
-        sage("Forwards: keine gefunden");
-    else if (entfernte > 0)
-        sage("Forwards: " + std::to_string(entfernte) + " entfernt");
-    return entfernte == gefundene;
+    getan_ = getan_ || entfernte > 0;
+    const bool keine = entfernte == 0 && misslungene.empty();
+    if (entfernte > 0)
+        misslungene.insert(misslungene.begin(), std::to_string(entfernte) + " entfernt");
+    ende(keine ? "keine gefunden" : verbunden(misslungene, "; "));
+    if (misslungene.size() > (entfernte > 0 ? 1U : 0U))
+        bleibt("die Weiterleitungen", rat);
 }
 
 } // namespace
@@ -115,26 +199,31 @@ Umfeld::Umfeld(const Befehlszeile& zeile, const std::string& kennung)
       proxy(lauf, orte, *ablage.speicher), adb(lauf, orte, buendel.ressourcen) {}
 
 bool raeumeAuf(Umfeld& umfeld) {
-    // The proxy first: it is what cuts the Mac off.
-    const bool proxy = nimmProxyWeg(umfeld);
-    const bool helfer = beendeHelfer(umfeld);
-    return entferneForwards(umfeld) && proxy && helfer;
+    Aufraeumer aufraeumer(umfeld, nullptr);
+    aufraeumer.raeume();
+    return aufraeumer.alles();
 }
 
 int aufraeumdienst(const Befehlszeile& zeile, const std::string& kennung) {
     Umfeld umfeld(zeile, kennung);
-    if (Laufsperre::inhaber(umfeld.orte.heim)) {
+    Systemuhr uhr;
+    Protokoll protokoll(umfeld.orte.imHeim(protokollOrt), uhr);
+    Aufraeumer aufraeumer(umfeld, &protokoll);
+    if (const auto laufender = Laufsperre::inhaber(umfeld.orte.heim)) {
         if (zeile.tat == Befehlszeile::Tat::anmeldung)
             return 0; // it has cleaned up itself, and its own proxy is to stay
-        sage("Achtung: Ein Bordlotse läuft noch und setzt alles wieder, sobald das Handy freigibt — "
-             "erst beenden.");
+        const std::string wer = laufender->laeufer == 0 ? "Ein Wächter räumt gerade auf"
+                                                        : "Ein Bordlotse läuft (Prozess " +
+                                                              std::to_string(laufender->laeufer) + ")";
+        if (!zeile.trotzdem) {
+            aufraeumer.sage(wer + ", deshalb bleibt alles, wie es ist: erst beenden, oder --trotzdem.");
+            return 1;
+        }
+        aufraeumer.sage("Achtung: " + wer + " und setzt alles wieder, sobald das Handy freigibt.");
     }
-    if (raeumeAuf(umfeld))
-        return 0;
-    sage(
-        "Was blieb, von Hand: Systemeinstellungen → Netzwerk → der Dienst → Details → Proxys → SOCKS-Proxy aus; "
-        "„adb kill-server“ nimmt die Forwards; gegen Routen eines toten Helfers hilft ein Neustart.");
-    return 1;
+    aufraeumer.raeume();
+    aufraeumer.urteile();
+    return aufraeumer.alles() ? 0 : 1;
 }
 
 } // namespace mobilsteg

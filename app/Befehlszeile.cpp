@@ -54,6 +54,7 @@ void umbrich(std::string& ziel, std::size_t jetzt, std::size_t spalte, std::stri
 Befehlszeile Befehlszeile::lies(const std::vector<std::string>& worte) {
     Befehlszeile zeile;
     std::string gewaehlt; // the option that told what is to be done
+    const Option* beiwerk = nullptr;
     for (std::size_t i = 0; i < worte.size() && zeile.fehler.empty(); ++i) {
         const auto gleich = worte[i].find('=');
         const Option* option = finde(std::string_view(worte[i]).substr(0, gleich));
@@ -76,7 +77,11 @@ Befehlszeile Befehlszeile::lies(const std::vector<std::string>& worte) {
         }
         if (option->wert != nullptr)
             zeile.*option->wert = wert.value_or("");
+        if (!option->neben.empty())
+            beiwerk = option;
     }
+    if (zeile.fehler.empty() && beiwerk != nullptr && beiwerk->neben != gewaehlt)
+        zeile.fehler = std::string(beiwerk->name) + " gilt nur neben " + std::string(beiwerk->neben);
     return zeile;
 }
 
@@ -112,7 +117,7 @@ std::vector<Hilfeabschnitt> hilfeabschnitte(const std::string& programm) {
               {std::to_string(standPort), "der Stand: http://" + amMac(standPort) + "/stand"}}},
             {"Rückgabe",
              {{"0", "in Ordnung"},
-              {"1", "etwas ging nicht, blieb übrig oder steht im Weg"},
+              {"1", "etwas ging nicht, blieb übrig oder steht im Weg; --stand: läuft nicht"},
               {"2", "die Befehlszeile ist nicht zu verstehen"}}}};
 }
 
@@ -124,7 +129,7 @@ std::string hilfetext(const std::string& programm) {
         std::size_t spalte = 0;
         for (const auto& [marke, inhalt] : abschnitt.eintraege)
             spalte = std::max(spalte, zeichenzahl(marke));
-        spalte = spalte == 0 ? einzug : std::min(2 * einzug + spalte, 10 * einzug);
+        spalte = spalte == 0 ? einzug : std::min(2 * einzug + spalte, 11 * einzug);
         for (const auto& [marke, inhalt] : abschnitt.eintraege) {
             const bool lang = !marke.empty() && einzug + zeichenzahl(marke) >= spalte;
             if (!marke.empty())

@@ -11,12 +11,26 @@ namespace mobilsteg {
 
 /// What the command line asks for.
 struct Befehlszeile {
-    enum class Tat { menueleiste, terminal, aufraeumen, selbsttest, hilfe, version, anmeldung, waechter };
+    enum class Tat {
+        menueleiste,
+        terminal,
+        stand,
+        aufraeumen,
+        selbsttest,
+        anmelden,
+        hilfe,
+        version,
+        anmeldung,
+        waechter
+    };
 
     Tat tat = Tat::menueleiste;
     std::optional<std::string> heim;      ///< as given
     std::optional<std::string> wurzel;    ///< as given
+    std::optional<std::string> anmelden;  ///< "an" or "aus"
     std::optional<std::string> bewachter; ///< the number of the process that a watchman watches
+    std::optional<std::string> json;      ///< beside --stand; there or not, like the next one
+    std::optional<std::string> trotzdem;  ///< beside --aufraeumen
     std::string fehler;                   ///< German; not empty: the line was not understood
 
     /// `worte` without the program's name. Pure.
@@ -33,13 +47,20 @@ struct Option {
     std::string_view text;     ///< what it does, in German; empty: for the program itself, shown to nobody
     std::optional<Tat> tat{};  ///< what it asks for; two options that have one exclude each other
     Wert wert = nullptr;       ///< where its argument goes
+    std::string_view neben{};  ///< the only option beside which it is of use; empty: any
 };
 
-inline constexpr std::array<Option, 9> optionen = {{
+inline constexpr std::array<Option, 13> optionen = {{
     {"--terminal", "", "das Panel im Terminal statt in der Menüleiste", Option::Tat::terminal},
+    {"--stand", "", "eine Zeile über den laufenden Bordlotsen", Option::Tat::stand},
+    {"--json", "", "mit --stand: das ganze Dokument", std::nullopt, &Befehlszeile::json, "--stand"},
     {"--aufraeumen", "", "zurücknehmen, was ein früherer Lauf am Mac hinterlassen hat",
      Option::Tat::aufraeumen},
-    {"--selbsttest", "", "zeigen, was das Programm vom System sieht", Option::Tat::selbsttest},
+    {"--trotzdem", "", "mit --aufraeumen: auch neben einem laufenden Bordlotsen", std::nullopt,
+     &Befehlszeile::trotzdem, "--aufraeumen"},
+    {"--selbsttest", "", "prüfen, was im Weg steht, und was dagegen hilft", Option::Tat::selbsttest},
+    {"--anmelden", "an|aus", "beim Anmelden am Mac starten, oder nicht mehr", Option::Tat::anmelden,
+     &Befehlszeile::anmelden},
     {"--heim", "DIR", "DIR statt des eigenen Heimordners", std::nullopt, &Befehlszeile::heim},
     {"--wurzel", "DIR", "alle Werkzeuge des Systems unterhalb von DIR suchen", std::nullopt,
      &Befehlszeile::wurzel},

@@ -36,6 +36,10 @@ int main(int anzahl, char** worte) {
         return 0;
     case Befehlszeile::Tat::terminal:
         return terminalbetrieb(zeile, mobilstegKennung);
+    case Befehlszeile::Tat::stand:
+        return standauskunft(zeile);
+    case Befehlszeile::Tat::anmelden:
+        return anmeldestart(zeile, mobilstegKennung);
     case Befehlszeile::Tat::aufraeumen:
     case Befehlszeile::Tat::anmeldung:
         return aufraeumdienst(zeile, mobilstegKennung);

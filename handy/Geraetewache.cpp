@@ -34,8 +34,9 @@ constexpr auto versuchsabstand = std::chrono::milliseconds(2900); // each tick b
 // Between two reads: a server that floods us costs ten looks a second and fills its own buffers.
 constexpr auto leseabstand = std::chrono::milliseconds(100);
 
-/// The server that the adb tool would use; absent: not on this machine, or nothing sensible.
-std::optional<std::uint16_t> serverport() {
+} // namespace
+
+std::optional<std::uint16_t> adbServerport() {
     if (std::getenv("ADB_SERVER_SOCKET") != nullptr || std::getenv("ANDROID_ADB_SERVER_ADDRESS") != nullptr)
         return std::nullopt;
     const char* eigener = std::getenv("ANDROID_ADB_SERVER_PORT");
@@ -46,8 +47,6 @@ std::optional<std::uint16_t> serverport() {
         return std::nullopt;
     return port;
 }
-
-} // namespace
 
 std::optional<bool> Geraetemeldungen::nimm(std::string_view bytes) {
     rest_ += bytes;
@@ -139,7 +138,7 @@ struct Geraetewache::Innen : std::enable_shared_from_this<Innen> {
         offen = false;
     }
 
-    const std::optional<std::uint16_t> port = serverport();
+    const std::optional<std::uint16_t> port = adbServerport();
     AsioSchlange& schlange;
     tcp::socket socket;
     asio::steady_timer pause;

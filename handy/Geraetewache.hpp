@@ -2,6 +2,7 @@
 
 #include "plattform/AsioSchlange.hpp"
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -9,6 +10,9 @@
 #include <string_view>
 
 namespace mobilsteg {
+
+/// The port of the server that the adb tool would use; absent: not on this machine, or nothing sensible.
+[[nodiscard]] std::optional<std::uint16_t> adbServerport();
 
 /// Cuts what an adb server sends to the one who tracks its devices into reports: four hexadecimal digits, and
 /// as many bytes as they say. Keeps at most two reports of 64 KB. No locks, never blocks.

@@ -21,9 +21,7 @@ std::string mitKomma(const char* muster, double wert) {
 }
 
 std::string gleis(const Pfad& pfad) {
-    const auto& art = pfad.iface;
-    const std::string name = art == "wifi" ? "WLAN" : art == "cellular" ? "Mobilfunk" : art;
-    return name + " · " +
+    return Anzeige::wegname(pfad.iface) + " · " +
            (pfad.healthy ? std::to_string(static_cast<std::int64_t>(pfad.rtt_ms)) + " ms" : "weg");
 }
 
@@ -83,6 +81,10 @@ void Anzeige::messe(std::int64_t summe, Dauer jetzt) {
     }
     mengeVorher_ = summe;
     mengeZeit_ = jetzt;
+}
+
+std::string Anzeige::wegname(const std::string& iface) {
+    return iface == "wifi" ? "WLAN" : iface == "cellular" ? "Mobilfunk" : iface;
 }
 
 std::string Anzeige::mengeText(std::int64_t bytes) {

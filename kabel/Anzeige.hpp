@@ -36,6 +36,9 @@ public:
     [[nodiscard]] std::optional<Anzeigewerte> zeige(const Antwort& antwort, std::string_view name,
                                                     Dauer jetzt);
 
+    /// A path's name, made of the phone's word for it.
+    [[nodiscard]] static std::string wegname(const std::string& iface);
+
     /// A number of bytes in units of 1000.
     [[nodiscard]] static std::string mengeText(std::int64_t bytes);
 

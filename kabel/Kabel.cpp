@@ -29,6 +29,11 @@ void Kabel::start() {
     const auto& buendel = anschluesse_.buendel;
     protokoll(variante_.anzeigename() + " " + buendel.version.value_or("?") + " (" +
               buendel.bauversion.value_or("?") + ")");
+    if (const auto ort = anschluesse_.einstellungen.beiseitegelegt()) {
+        const auto text = "Die Einstellungen waren beschädigt und gelten nicht mehr; sie liegen in " + *ort;
+        protokoll(text);
+        aufQ([this, text] { lageIntern_.meldung = text; });
+    }
     anzeigetakt_ = anschluesse_.haupt.wiederhole(anzeigePeriode, anzeigePeriode, [this] { rotiere(); });
     aufQ([this] { raeumeUebriggebliebenesWeg(); });
     anschluesse_.standdienst.starte();

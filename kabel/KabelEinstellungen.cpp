@@ -41,7 +41,7 @@ Zustand Kabel::anfangszustand(const Einstellungen& einstellungen, const Variante
 Kabel::Kabel(Anschluesse anschluesse)
     : anschluesse_(std::move(anschluesse)), variante_(anschluesse_.buendel, anschluesse_.einstellungen),
       id_(anschluesse_.einstellungen.textOderNeu("kabel.id", neueKennung())),
-      standPfad_(anschluesse_.orte.imHeim("/Library/Application Support/Mobilsteg Bordlotse/stand.json")),
+      standPfad_(anschluesse_.orte.imHeim(standOrt)),
       protokoll_(anschluesse_.orte.imHeim(protokollOrt), anschluesse_.uhr),
       speicher_(anschluesse_.haupt, anfangszustand(anschluesse_.einstellungen, variante_)),
       verbindung_(Adb(anschluesse_.laeufer, anschluesse_.orte, anschluesse_.buendel.ressourcen),

@@ -5,6 +5,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include <array>
+#include <cmath>
+#include <cstdio>
+
 namespace mobilsteg {
 
 using nlohmann::json;
@@ -54,6 +58,27 @@ std::string standDokument(const Standangaben& a, const std::optional<Antwort>& a
         if (wert.is_string())
             wert = einzeilig(wert.get_ref<const std::string&>()); // a tool's text may hold anything
     return dokument.dump(2, ' ', false, json::error_handler_t::replace);
+}
+
+std::string standzeile(std::string_view dokument) {
+    const json stand = json::parse(dokument, nullptr, false);
+    if (!stand.is_object() || !stand.contains("phase") || !stand["phase"].is_string())
+        return "";
+    std::vector<std::string> worte = {stand["phase"].get<std::string>()};
+    if (stand.contains("klasse"))
+        worte.push_back(stand["klasse"].dump() + ". Klasse");
+    for (const auto& gleis : stand.value("gleise", json::array()))
+        if (gleis.is_object() && gleis.contains("name") && gleis["name"].is_string()) {
+            const auto ms = gleis.contains("rtt_ms") ? gleis["rtt_ms"] : json();
+            const bool gesund = gleis.contains("gesund") && gleis["gesund"] == true && ms.is_number();
+            std::array<char, 32> zahl{};
+            std::snprintf(zahl.data(), zahl.size(), "%.0f ms", gesund ? std::trunc(ms.get<double>()) : 0.0);
+            worte.push_back(Anzeige::wegname(gleis["name"].get<std::string>()) + " " +
+                            (gesund ? zahl.data() : "weg"));
+        }
+    if (stand.contains("kabel_bytes") && stand["kabel_bytes"].is_number_integer())
+        worte.push_back(Anzeige::mengeText(stand["kabel_bytes"].get<std::int64_t>()));
+    return einzeilig(verbunden(worte, " · "));
 }
 
 } // namespace mobilsteg

@@ -6,8 +6,12 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace mobilsteg {
+
+/// Where it lies in the home folder.
+inline constexpr const char* standOrt = "/Library/Application Support/Mobilsteg Bordlotse/stand.json";
 
 /// The facts that the state document tells, gathered at one moment of the work queue.
 struct Standangaben {
@@ -30,6 +34,10 @@ struct Standangaben {
 /// The document as bytes: JSON, UTF-8, keys sorted, indented. `antwort` adds what the phone told in this
 /// tick. Pure.
 [[nodiscard]] std::string standDokument(const Standangaben& angaben, const std::optional<Antwort>& antwort);
+
+/// The document in one line: "Fährt mit · 2. Klasse · WLAN 42 ms · 12,4 MB". Empty: it is no such document.
+/// Pure.
+[[nodiscard]] std::string standzeile(std::string_view dokument);
 
 /// Whoever serves the document to others on this Mac.
 class Standausgabe {

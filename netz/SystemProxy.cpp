@@ -4,6 +4,7 @@
 #include "plattform/Text.hpp"
 
 #include <algorithm>
+#include <csignal>
 
 namespace mobilsteg {
 
@@ -151,12 +152,27 @@ SystemProxy::Ziel SystemProxy::ziel(const std::string& dienst) const {
     return zeigtAufUns(antwort.ausgabe) ? Ziel::wir : Ziel::andere;
 }
 
+std::optional<std::string> SystemProxy::adresse(const std::string& dienst) const {
+    const auto antwort = networksetup({"-getsocksfirewallproxy", dienst}, fragenSekunden);
+    const auto wert = [&](std::string_view name) -> std::string {
+        for (const auto zeile : teile(antwort.ausgabe, '\n'))
+            if (zeile.starts_with(name))
+                return std::string(beschnitten(zeile.substr(name.size())));
+        return "";
+    };
+    const auto an = wert("Enabled:");
+    if (antwort.status != 0 || an.empty())
+        return std::nullopt;
+    return an == "Yes" ? wert("Server:") + ":" + wert("Port:") : "";
+}
+
 std::optional<std::vector<Netzwerkdienst>> SystemProxy::dienste(std::string& grund) const {
     const auto liste = networksetup({"-listnetworkserviceorder"}, fragenSekunden);
     auto gelesene = liesDienste(liste.ausgabe);
     if (liste.status == 0 && !gelesene.empty())
         return gelesene;
-    grund = fehlertext(liste);
+    // Cut off at its limit, it may have written half of its list.
+    grund = liste.status == SIGTERM ? "networksetup antwortet nicht" : fehlertext(liste);
     return std::nullopt;
 }
 
@@ -221,12 +237,12 @@ bool SystemProxy::zeigtAufUns(std::string_view ausgabe) {
            hat("Port: " + std::to_string(socksPort));
 }
 
-std::string SystemProxy::fehlertext(const Ergebnis& ergebnis) {
+std::string SystemProxy::fehlertext(const Ergebnis& ergebnis, const char* werkzeug) {
     const std::string roh = ergebnis.fehler + " " + ergebnis.ausgabe;
     const auto text = beschnitten(roh);
     if (!text.empty())
         return std::string(text);
-    return "networksetup: Rückgabe " + std::to_string(ergebnis.status);
+    return std::string(werkzeug) + ": Rückgabe " + std::to_string(ergebnis.status);
 }
 
 } // namespace mobilsteg

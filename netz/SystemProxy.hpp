@@ -63,6 +63,10 @@ public:
     /// such service any more.
     [[nodiscard]] Ziel ziel(const std::string& dienst) const;
 
+    /// Where it points, for people: "10.0.0.5:1080"; empty: nowhere, it is off. Absent: the tool does not
+    /// tell.
+    [[nodiscard]] std::optional<std::string> adresse(const std::string& dienst) const;
+
     /// All services of the Mac, the disabled ones too. Absent: the tool does not tell; then `grund` says why.
     [[nodiscard]] std::optional<std::vector<Netzwerkdienst>> dienste(std::string& grund) const;
 
@@ -88,7 +92,9 @@ public:
     dienstFuer(const std::optional<std::string>& schnittstelle, const std::vector<Netzwerkdienst>& dienste);
     /// Whether an answer of `-getsocksfirewallproxy` names our address, switched on.
     [[nodiscard]] static bool zeigtAufUns(std::string_view ausgabe);
-    [[nodiscard]] static std::string fehlertext(const Ergebnis& ergebnis);
+    /// Why a tool failed, in its own words.
+    [[nodiscard]] static std::string fehlertext(const Ergebnis& ergebnis,
+                                                const char* werkzeug = "networksetup");
 
 private:
     [[nodiscard]] Ergebnis networksetup(const std::vector<std::string>& argumente, double sekunden) const;

@@ -71,7 +71,7 @@ std::string anleitung(const std::string& programm, const std::string& version) {
 
 // The bash that macOS has is 3.2: no mapfile, no compopt. A "=" is a word of its own there.
 constexpr const char* bashVorlage = R"(_FUNKTION() {
-    local IFS=$'\n' taten="TATEN" wort=${COMP_WORDS[COMP_CWORD]} davor=${COMP_WORDS[COMP_CWORD-1]} eines
+    local IFS=$'\n' taten="TATEN" rest="REST" wort=${COMP_WORDS[COMP_CWORD]} davor=${COMP_WORDS[COMP_CWORD-1]} eines
     if [ "$wort" = = ]; then
         wort=
     elif [ "$davor" = = ]; then
@@ -81,9 +81,12 @@ constexpr const char* bashVorlage = R"(_FUNKTION() {
 WERTE
     esac
     for eines in "${COMP_WORDS[@]}"; do
+        case $eines in
+NEBEN
+        esac
         case " $taten " in *" $eines "*) [ "$eines" = "$wort" ] || taten= ;; esac
     done
-    COMPREPLY=($(IFS=' '; compgen -W "$taten REST" -- "$wort"))
+    COMPREPLY=($(IFS=' '; compgen -W "$taten $rest" -- "$wort"))
 }
 complete -o filenames -F _FUNKTION PROGRAMM
 )";
@@ -96,10 +99,17 @@ std::string fuerBash(const std::string& programm) {
                (o.argument == "DIR" ? "compgen -d" : "IFS=' '; compgen -W '" + worte(o) + "'") +
                R"( -- "$wort")); return ;;)";
     });
-    const auto rest = fuerAlle([](const Option& o) { return std::string(o.tat ? "" : o.name); });
+    const auto rest =
+        fuerAlle([](const Option& o) { return std::string(o.tat || !o.neben.empty() ? "" : o.name); });
+    const auto neben = fuerAlle([](const Option& o) {
+        return o.neben.empty()
+                   ? ""
+                   : "        " + std::string(o.neben) + ") rest=\"$rest " + std::string(o.name) + "\" ;;";
+    });
     auto text = ersetzt(bashVorlage, "_FUNKTION", "_" + ersetzt(programm, "-", "_"));
     text = ersetzt(ersetzt(text, "TATEN", taten()), "REST", verbunden(rest, " "));
-    return ersetzt(ersetzt(text, "WERTE", verbunden(werte, "\n")), "PROGRAMM", programm);
+    text = ersetzt(ersetzt(text, "WERTE", verbunden(werte, "\n")), "NEBEN", verbunden(neben, "\n"));
+    return ersetzt(text, "PROGRAMM", programm);
 }
 
 std::string fuerZsh(const std::string& programm) {
@@ -113,12 +123,16 @@ std::string fuerZsh(const std::string& programm) {
 }
 
 std::string fuerFish(const std::string& programm) {
-    const auto ohne = "'not __fish_contains_opt " + ersetzt(taten(), "--", "") + "'";
     const auto zeilen = fuerAlle([&](const Option& o) {
         const std::string werte = o.argument == "DIR" ? "(__fish_complete_directories)" : worte(o);
-        return "complete -c " + programm + (o.tat ? " -n " + ohne : "") + " -l " +
-               std::string(o.name.substr(2)) + (o.argument.empty() ? "" : " -x -a '" + werte + "'") +
-               " -d '" + std::string(o.text) + "'\n";
+        const std::string neben = o.neben.empty() ? "" : std::string(o.neben.substr(2));
+        // Not itself, or its own values would not be offered.
+        const auto andere = ersetzt(ersetzt(taten() + " ", std::string(o.name) + " ", ""), "--", "");
+        const std::string wann = o.tat           ? " -n 'not __fish_contains_opt " + andere + "'"
+                                 : neben.empty() ? ""
+                                                 : " -n '__fish_contains_opt " + neben + "'";
+        return "complete -c " + programm + wann + " -l " + std::string(o.name.substr(2)) +
+               (o.argument.empty() ? "" : " -x -a '" + werte + "'") + " -d '" + std::string(o.text) + "'\n";
     });
     return "complete -c " + programm + " -f\n" + verbunden(zeilen, "");
 }

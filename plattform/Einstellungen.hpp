@@ -31,6 +31,9 @@ public:
     /// back later may only be done when its note is stored.
     [[nodiscard]] virtual std::optional<std::string> speicherfehler() const = 0;
 
+    /// Where this object has put settings aside that nobody could read; told once. Absent: there are none.
+    [[nodiscard]] virtual std::optional<std::string> beiseitegelegt() { return std::nullopt; }
+
     /// Stores `wert` unless a text stands there already, and returns the one that then stands. Two programs
     /// that start at the same moment get the same answer.
     [[nodiscard]] virtual std::string textOderNeu(const std::string& schluessel, const std::string& wert) = 0;

@@ -22,11 +22,15 @@ constexpr int warteblicke = 1200; // a minute
 Laufsperre::Laufsperre(const std::string& heim) : Laufsperre(heim, true) {}
 
 Laufsperre::Laufsperre(const std::string& heim, bool anlegen) {
-    const std::string pfad = heim + "/Library/Application Support/Mobilsteg Bordlotse/lauf.sperre";
+    const std::string datei = pfad(heim);
     if (anlegen)
-        legeElternordnerAn(pfad);
-    if (anlegen || existiert(pfad))
-        datei_ = oeffneSperrdatei(pfad);
+        legeElternordnerAn(datei);
+    if (anlegen || existiert(datei))
+        datei_ = oeffneSperrdatei(datei);
+}
+
+std::string Laufsperre::pfad(const std::string& heim) {
+    return heim + "/Library/Application Support/Mobilsteg Bordlotse/lauf.sperre";
 }
 
 std::optional<Laufsperre::Inhaber> Laufsperre::nimm() {

@@ -19,6 +19,9 @@ public:
 
     explicit Laufsperre(const std::string& heim);
 
+    /// The file that is locked.
+    [[nodiscard]] static std::string pfad(const std::string& heim);
+
     /// Takes it for this program. While a watchman holds it, cleaning up, that is waited for, a minute at
     /// most. Absent: it is ours; else whose it is.
     [[nodiscard]] std::optional<Inhaber> nimm();

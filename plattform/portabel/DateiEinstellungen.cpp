@@ -25,14 +25,14 @@ bool liegtDort(const std::string& pfad) {
     return ::lstat(pfad.c_str(), &lage) == 0; // a link that leads nowhere lies there as well
 }
 
-/// Moves what lies at `pfad` to the first free second name. False: it is still there.
-bool legeBeiseite(const std::string& pfad) {
+/// Moves what lies at `pfad` to the first free second name, and returns that. Absent: it is still there.
+std::optional<std::string> legeBeiseite(const std::string& pfad) {
     for (int n = 1; n < 1000; ++n) {
         const std::string zweiter = pfad + (n == 1 ? ".defekt" : ".defekt-" + std::to_string(n));
         if (!liegtDort(zweiter))
-            return ::rename(pfad.c_str(), zweiter.c_str()) == 0;
+            return ::rename(pfad.c_str(), zweiter.c_str()) == 0 ? std::optional(zweiter) : std::nullopt;
     }
-    return false;
+    return std::nullopt;
 }
 
 std::string alsBytes(const json& werte) {
@@ -82,6 +82,10 @@ public:
     [[nodiscard]] std::optional<std::string> speicherfehler() const override {
         const std::lock_guard wache(schloss_);
         return offen_.empty() ? std::nullopt : std::optional(fehlerbeschreibung(grund_));
+    }
+    [[nodiscard]] std::optional<std::string> beiseitegelegt() override {
+        const std::lock_guard wache(schloss_);
+        return std::exchange(beiseite_, std::nullopt);
     }
 
 private:
@@ -144,8 +148,8 @@ private:
         }
         const std::string bytes = alsBytes(werte_);
         const bool steht = lage == Lage::verstanden && bytes == vorher;
-        if (steht || ((lage == Lage::verstanden || legeBeiseite(pfad_)) &&
-                      schreibeAtomar(pfad_, bytes, Haltbarkeit::dauerhaft)))
+        const bool frei = lage == Lage::verstanden || (beiseite_ = legeBeiseite(pfad_));
+        if (steht || (frei && schreibeAtomar(pfad_, bytes, Haltbarkeit::dauerhaft)))
             offen_ = json::object();
         grund_ = errno;
         if (!std::exchange(gefegt_, true))
@@ -157,6 +161,7 @@ private:
     mutable json werte_ = json::object(); ///< as the file was read last
     int grund_ = 0;                       ///< the last failure's errno
     bool gefegt_ = false;
+    std::optional<std::string> beiseite_;
     json offen_ = json::object(); ///< changes of this run that no disk has taken yet; null means removed
 };
 

@@ -26,11 +26,17 @@ TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
     const auto ergebnis = bank.rufe({"--aufraeumen"});
     EXPECT_EQ(ergebnis.status, 0) << ergebnis.fehler;
     EXPECT_THAT(ergebnis.ausgabe,
-                AllOf(HasSubstr("System-Proxy: an „Wi-Fi“ ausgeschaltet"),
-                      HasSubstr("Volltunnel: keiner läuft"), HasSubstr("Forwards: 2 entfernt")));
+                AllOf(HasSubstr("System-Proxy „Wi-Fi“ … ausgeschaltet\n"),
+                      HasSubstr("Volltunnel … keiner läuft\nWeiterleitungen … 2 entfernt\nAufgeräumt: ")));
+    EXPECT_THAT(bank.protokoll(), HasSubstr("  Aufräumen: System-Proxy „Wi-Fi“: ausgeschaltet\n"));
     EXPECT_FALSE(bank.proxyAn());
     EXPECT_EQ(bank.forwards(), fremder) << "nobody else's is taken away";
     EXPECT_EQ(bank.ordner.lies(einstellungen), "{ kaputt") << "not overwritten";
+
+    bank.starte();
+    bank.programm->tippe("nein");
+    EXPECT_TRUE(bank.kommt(protokolldatei, "Die Einstellungen waren beschädigt und gelten nicht mehr; sie"));
+    EXPECT_TRUE(bank.kommt(einstellungen + ".defekt", "{ kaputt"));
 }
 
 TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
@@ -44,46 +50,102 @@ TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
     EXPECT_THAT(zweiter.fehler, HasSubstr("mobilsteg-bordlotse: läuft schon (Prozess "));
     EXPECT_EQ(bank.rufe({"--anmeldung"}).ausgabe, "") << "nothing is taken from a running one";
     EXPECT_TRUE(bank.proxyAn() && bank.helferLaeuft());
-    EXPECT_THAT(bank.rufe({"--selbsttest"}).ausgabe, ContainsRegex("Prozess [1-9][0-9]* · Wächter [1-9]"));
-    EXPECT_THAT(bank.rufe({"--aufraeumen"}).ausgabe,
-                AllOf(HasSubstr("Achtung: Ein Bordlotse läuft noch"),
-                      HasSubstr("Volltunnel: beendet, Routen und DNS zurückgebaut")));
+    const auto test = bank.rufe({"--selbsttest"});
+    EXPECT_THAT(test.ausgabe,
+                AllOf(ContainsRegex("Prozess [1-9][0-9]* · Wächter [1-9]"), Not(HasSubstr("✗"))));
+    EXPECT_EQ(test.status, 0) << "what is its own is not in the way";
+    const auto stand = bank.rufe({"--stand"});
+    EXPECT_THAT(stand.ausgabe, ContainsRegex("^Fährt mit · [12]. Klasse · WLAN [0-9]+ ms · .*[kM]B\n$"));
+    EXPECT_EQ(stand.status, 0);
+    EXPECT_THAT(bank.rufe({"--stand", "--json"}).ausgabe, HasSubstr(laeuftImStand));
+    const auto daneben = bank.rufe({"--aufraeumen"});
+    EXPECT_THAT(daneben.ausgabe, StartsWith("Ein Bordlotse läuft (Prozess "));
+    EXPECT_EQ(daneben.status, 1);
+    EXPECT_TRUE(bank.proxyAn() && bank.helferLaeuft()) << "left alone";
+    EXPECT_THAT(bank.rufe({"--aufraeumen", "--trotzdem"}).ausgabe,
+                AllOf(StartsWith("Achtung: Ein Bordlotse läuft (Prozess "),
+                      HasSubstr("Volltunnel … beendet, Routen und DNS zurückgebaut")));
 }
 
-TEST(Aufraeumen, laesstFremdeProxysInRuheUndSagtWasNichtGeht) {
-    const Fahrtbank bank;
-    const std::tuple<const char*, const char*, int> faelle[] = {
-        // what happens before, first the end of the real adb, whose server would stay; what is said; the
-        // status
-        {"rm opt/homebrew/bin/adb", "adb ist nicht da", 0},
-        {"cp kaputt opt/homebrew/bin/adb", "Forwards: adb lässt sich nicht befragen: kein Server\n", 1},
-        {"cp halb opt/homebrew/bin/adb", "Forwards: tcp:1080 nicht entfernt: fort\n", 1},
-        {"rm opt/homebrew/bin/adb; usr/sbin/networksetup -setsocksfirewallproxy Wi-Fi 10.0.0.5 1080",
-         "keiner zeigt auf 127.0.0.1:1080", 0},
-        {"mv usr/sbin/networksetup usr/sbin/echt; cp kaputt usr/sbin/networksetup",
-         "System-Proxy: „Wi-Fi“ lässt sich nicht befragen", 1},
-        {R"(rm usr/sbin/networksetup; echo '{"proxy.dienst":"Wi-Fi"}' >"$1")",
-         "an „Wi-Fi“ nicht ausgeschaltet", 1},
-    };
-    bank.ordner.lege("/mac/kaputt", R"(#!/bin/sh
+/// What stands in the way, or was left: what is done to the simulated Mac before, what is asked, what is said
+/// and with which status. proxy and merke stand for the Mac's and our own settings. Each begins with a fresh
+/// Mac, without adb unless told otherwise, and a fresh home.
+struct Lagefall {
+    const char *davor, *option, *gesagt;
+    int status;
+};
+const Lagefall lagen[] = {
+    {"", "--aufraeumen", "Weiterleitungen … adb ist nicht da, also gibt es keine\nNichts zu tun: ", 0},
+    {"proxy Wi-Fi 127.0.0.1 1080", "--aufraeumen", "„Wi-Fi“ … ausgeschaltet\n", 0},
+    {"proxy Wi-Fi 127.0.0.1 1080; proxy 'USB 10/100/1000 LAN' 127.0.0.1 1080", "--aufraeumen",
+     "LAN“ … ausgeschaltet\nSystem-Proxy „Thunderbolt Bridge“ … zeigt nicht auf 127.0.0.1:1080\n"
+     "System-Proxy „Wi-Fi“ … ausgeschaltet\n",
+     0},
+    {"proxy Wi-Fi 127.0.0.1 1080; merke Wi-Fi; touch zustand/ohne-admin", "--aufraeumen",
+     "„Wi-Fi“ … nicht ausgeschaltet: ** Error: Command requires admin privileges.\nSystem-Proxy „Firmen", 1},
+    {"merke Wi-Fi; rm usr/sbin/networksetup", "--aufraeumen", "„Wi-Fi“ … nicht ausgeschaltet: ", 1},
+    {"merke Wi-Fi; rm usr/sbin/networksetup", "--selbsttest", "✗ Werkzeug", 1},
+    {"cp taub usr/sbin/networksetup", "--aufraeumen",
+     "Netzwerkdienste … lassen sich nicht befragen: networksetup antwortet nicht\nVolltunnel", 1},
+    {"mv usr/sbin/networksetup usr/sbin/echt; cp kaputt usr/sbin/networksetup", "--aufraeumen",
+     "„Wi-Fi“ … lässt sich nicht befragen\n", 1},
+    {"merke Alt", "--aufraeumen", "„Alt“ … den Netzwerkdienst gibt es nicht mehr, vergessen\n", 0},
+    {"proxy Wi-Fi 10.0.0.5 1080", "--aufraeumen", "Nichts zu tun", 0},
+    {"cp kaputt opt/homebrew/bin/adb", "--aufraeumen",
+     "Weiterleitungen … lassen sich nicht befragen: kein Server\n", 1},
+    {"cp taub opt/homebrew/bin/adb", "--aufraeumen", "nicht befragen: adb antwortet nicht\n", 1},
+    {"cp halb opt/homebrew/bin/adb", "--aufraeumen", "Weiterleitungen … tcp:1080 nicht entfernt: fort\n", 1},
+    {"", "--selbsttest", "✗ adb              fehlt — brew install", 1},
+    {"cp taub opt/homebrew/bin/adb", "--selbsttest", "adb antwortet nicht — ", 1},
+    {"cp leer opt/homebrew/bin/adb", "--selbsttest", "✗ Handy            keines — Kabel einstecken", 1},
+    {"cp handy opt/homebrew/bin/adb", "--selbsttest", "Nichts steht im Weg.", 0},
+    {"cp handy opt/homebrew/bin/adb; proxy Wi-Fi 127.0.0.1 1080", "--selbsttest",
+     "127.0.0.1:1080 — das war ein früherer Lauf", 1},
+    {"cp handy opt/homebrew/bin/adb; proxy Wi-Fi 10.0.0.5 80", "--selbsttest", "„Wi-Fi“: 10.0.0.5:80 — ", 1},
+    {R"(rm -r ../heim; mkdir ../heim; echo x >../heim/Library)", "--selbsttest", "✗ Protokoll", 1},
+    {"", "--stand", "Läuft nicht\n", 1},
+};
+
+TEST(Aufraeumen, sagtWasBliebUndWasImWegSteht) {
+    Fahrtbank bank;
+    bank.ordner.lege("/vorlage/kaputt", R"(#!/bin/sh
         case $* in -getsocks*Wi-Fi | *forward*) echo kein Server >&2; exit 4 ;; esac
         exec "${0%/*}/echt" "$@")",
                      true);
-    bank.ordner.lege("/mac/halb", R"(#!/bin/sh
+    bank.ordner.lege("/vorlage/taub", "#!/bin/sh\nkill -TERM $$", true); // as one that its limit ends
+    bank.ordner.lege("/vorlage/halb", R"(#!/bin/sh
         [ $# = 2 ] && exec echo A tcp:1080 tcp:1080
         echo fort >&2; exit 1)",
                      true);
-    for (const auto& [davor, gesagt, status] : faelle) {
-        const std::string befehl = "cd \"$0\" && " + std::string(davor);
-        (void)lauf("/bin/sh", {"-c", befehl, bank.ordner.pfad() + "/mac", bank.ordner.pfad() + einstellungen},
-                   60);
-        const auto ergebnis = bank.rufe({"--aufraeumen"});
-        EXPECT_EQ(ergebnis.status, status) << gesagt;
-        EXPECT_THAT(ergebnis.ausgabe, HasSubstr(gesagt));
-        EXPECT_EQ(ergebnis.ausgabe.find("von Hand: Systemeinstellungen") != std::string::npos, status == 1);
+    bank.ordner.lege("/vorlage/leer", "#!/bin/sh\necho List of devices attached", true);
+    bank.ordner.lege("/vorlage/handy", "#!/bin/sh\necho Liste\necho R1 device model:SM_S911B", true);
+    for (const auto& fall : lagen) {
+        const std::string davor = fall.davor;
+        const auto vorbereitet =
+            lauf("/bin/sh",
+                 {"-c",
+                  R"(rm -rf "$0"; "$2" "$0" >/dev/null; cp "$0"/../vorlage/* "$0"; cd "$0"
+            unsere=$1; rm -f opt/homebrew/bin/adb
+            proxy() { usr/sbin/networksetup -setsocksfirewallproxy "$@"; }
+            merke() { echo "{\"proxy.dienst\":\"$1\"}" >"$unsere"; }
+            echo '{"profil":"reise"}' >"$unsere"; )" +
+                      davor,
+                  bank.ordner.pfad() + "/mac", bank.ordner.pfad() + einstellungen,
+                  QUELL_ORDNER "/probe/mac/aufbauen"},
+                 60);
+        const auto ergebnis = bank.rufe({fall.option});
+        SCOPED_TRACE(fall.option + (" nach " + davor) + vorbereitet.fehler + ergebnis.ausgabe);
+        EXPECT_EQ(ergebnis.status, fall.status);
+        EXPECT_THAT(ergebnis.ausgabe, HasSubstr(fall.gesagt));
+        if (fall.option == std::string("--aufraeumen")) {
+            EXPECT_EQ(ergebnis.ausgabe.find("\nVon Hand: ") != std::string::npos, fall.status == 1);
+            EXPECT_EQ(bank.ordner.lies("/mac/zustand/socks").find("on\t127.") != std::string::npos,
+                      davor.find("ohne-admin") != std::string::npos);
+            EXPECT_EQ(bank.ordner.lies(einstellungen).find("Wi-Fi") != std::string::npos,
+                      fall.status == 1 && davor.find("merke Wi-Fi") != std::string::npos)
+                << "the next one can try again, but not for ever";
+        }
     }
-    EXPECT_TRUE(bank.proxyAn()) << "somebody else's";
-    EXPECT_THAT(bank.ordner.lies(einstellungen), HasSubstr("proxy.dienst")) << "the next one can try again";
 }
 
 TEST(Befehlszeile, sagtWasFalschIstUndWasSieSiehtUndAendertNichts) {
@@ -101,14 +163,12 @@ TEST(Befehlszeile, sagtWasFalschIstUndWasSieSiehtUndAendertNichts) {
         {{"--hilfe=ja"}, 2, "--hilfe nimmt keinen Wert"},
         {{"--hilfe", "--aufraeumen"}, 2, "--hilfe und --aufraeumen schließen sich aus"},
         {{"--terminal", "--version"}, 2, "--terminal und --version schließen sich aus"},
-        {{"--heim=/anderswo", "--selbsttest"}, 0, "/anderswo"},
         {hilfe, 0, "Internet weg?"},
         {{"--version"}, 0, "mobilsteg-bordlotse 1."},
         {{}, 1, "Im Terminal läuft das Programm mit --terminal"},
-        {{"--selbsttest"}, 0, "de.mobilsteg.bordlotse"},
-        {{"--selbsttest"}, 0, "Netzwerkdienst  Wi-Fi"},
-        {{"--selbsttest"}, 0, "/mac/opt/homebrew/bin/adb"},
-        {{"--selbsttest"}, 0, "Chrome ohne fahrtwind"},
+        {{"--anmelden", "vielleicht"}, 2, "So geht die Option: --anmelden an|aus"},
+        {{"--json"}, 2, "--json gilt nur neben --stand"},
+        {{"--anmelden", "aus"}, 0, "Startet nicht mehr"},
     };
     for (const auto& [worte, status, text] : faelle) {
         const auto ergebnis = bank.rufe(worte);
@@ -118,6 +178,14 @@ TEST(Befehlszeile, sagtWasFalschIstUndWasSieSiehtUndAendertNichts) {
             EXPECT_LE(zeichenzahl(zeile), 80U) << zeile;
     }
     EXPECT_EQ(bank.ordner.lies(einstellungen), vorher);
+    EXPECT_EQ(bank.rufe({"--heim=" + bank.ordner.pfad() + "/anderswo", "--anmelden", "an"}).status, 0);
+    EXPECT_THAT(bank.ordner.lies("/anderswo/.config/autostart/de.mobilsteg.bordlotse.desktop"),
+                HasSubstr("\nExec=\"" + bank.ordner.pfad() + "/bin/mobilsteg-bordlotse\"\n"));
+    EXPECT_THAT(bank.rufe({"--selbsttest"}).ausgabe,
+                AllOf(HasSubstr(" Mobilsteg Bordlotse 1."), HasSubstr("de.mobilsteg.bordlotse"),
+                      HasSubstr("✓ Netzwerkdienst   Wi-Fi\n"), HasSubstr("✓ Beim Anmelden    startet nichts"),
+                      HasSubstr("/mac/opt/homebrew/bin/adb"), HasSubstr("Chrome ohne fahrtwind")));
+    EXPECT_TRUE(portFrei(5643)) << "an adb server that was not there before";
     EXPECT_FALSE(existiert(bank.ordner.pfad() + "/heim/Library/Logs"));
 }
 
@@ -128,6 +196,8 @@ TEST(Befehlszeile, ergaenztInDerBashWasPasst) {
         {"--te", "--terminal;"},
         {"--waech", ""}, // the program's own are shown to nobody
         {"--terminal --", "--heim;--wurzel;"},
+        {"--aufraeumen --t", "--trotzdem;"},
+        {"--anmelden a", "an;aus;"},
         {"--heim " + ordner.pfad() + "/m", ordner.pfad() + "/mit blank;"},
         {"--heim = " + ordner.pfad() + "/m", ordner.pfad() + "/mit blank;"}, // "--heim=…": three words to it
     };

@@ -1,6 +1,7 @@
 // Paths, times and files; scripts, packages and settings, on a mac with the native adapters, too.
 
 #include "plattform/Adapter.hpp"
+#include "plattform/Autostart.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
 #include "plattform/Uhr.hpp"
@@ -185,7 +186,20 @@ TEST_F(DateiEinstellungenTest, legtUnverstaendlichesBeiseiteUndUeberschreibtEsNi
         e.setzeFlagge("experte", true);
         EXPECT_EQ(inDerDatei(), (json{{"experte", true}}));
         EXPECT_EQ(ordner.lies(datei + name), inhalt);
+        EXPECT_EQ(e.beiseitegelegt(), ordner.pfad() + datei + name);
+        EXPECT_FALSE(e.beiseitegelegt()) << "told once";
     }
+}
+
+TEST(Autostart, ruftDasProgrammMitJedemPfad) {
+    const std::string programm = R"(/A & <B>/c"$`\%)";
+    const auto xml = launchAgent({"/heim", ""}, "de.x", programm);
+    EXPECT_EQ(xml.pfad, "/heim/Library/LaunchAgents/de.x.plist");
+    EXPECT_NE(xml.inhalt.find(R"(<string>/A &amp; &lt;B&gt;/c"$`\%</string>)"), std::string::npos);
+    EXPECT_NE(desktopEintrag({"/heim", ""}, "de.x", "X", programm)
+                  .inhalt.find(R"(Exec="/A & <B>/c\\"\\$\\`\\\\%%")"
+                               "\n"),
+              std::string::npos);
 }
 
 TEST_F(DateiEinstellungenTest, merktSichWasKeinDatentraegerNimmt) {
