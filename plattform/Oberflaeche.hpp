@@ -24,6 +24,10 @@ void nachVorn();
 /// The icon of the application at `pfad`, `kante` pixels wide and high, as a PNG file's bytes.
 [[nodiscard]] std::optional<std::string> programmbild(const std::string& pfad, int kante);
 
+/// The system's symbol of that name, black, as large as it fits into a square of `kante` pixels: a PNG file's
+/// bytes. Absent: the system has none.
+[[nodiscard]] std::optional<std::string> systemsymbol(const std::string& name, int kante);
+
 /// Keeps what `beiAbmeldung` began.
 using Abmeldung = std::shared_ptr<void>;
 

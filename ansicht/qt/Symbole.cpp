@@ -1,6 +1,7 @@
 #include "ansicht/qt/Symbole.hpp"
 
 #include "ansicht/qt/Gestalt.hpp"
+#include "plattform/Oberflaeche.hpp"
 
 #include <QBuffer>
 #include <QImage>
@@ -38,8 +39,21 @@ QString schluesselVon(const std::string& name) {
     return beschreibungen.contains(name) ? qtText(name) : "unbekannt";
 }
 
-/// In a square of `kante` pixels; the drawing's blackness becomes opacity.
+/// The part of the square that is empty on the symbol's left: the system fills its square.
+double luftLinks(const std::string& name) {
+    return systemsymbol(name, 1) ? 0 : zeichnungen().boundsOnElement(schluesselVon(name)).left() / raster;
+}
+
+/// In a square of `kante` pixels: the system's symbol, or ours; the drawing's blackness becomes opacity.
 QImage symbolbild(const std::string& name, int kante, const QColor& farbe) {
+    if (const auto png = systemsymbol(name, kante)) {
+        QImage bild =
+            QImage::fromData(reinterpret_cast<const uchar*>(png->data()), static_cast<int>(png->size()));
+        QPainter maler(&bild);
+        maler.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        maler.fillRect(bild.rect(), farbe.rgb());
+        return bild;
+    }
     const QString schluessel = schluesselVon(name);
     QImage deckung(kante, kante, QImage::Format_Grayscale8);
     deckung.fill(Qt::white);
@@ -70,8 +84,7 @@ void maleSymbol(QPainter& maler, const QRectF& flaeche, const std::string& name,
 }
 
 void maleSymbolLinks(QPainter& maler, const QRectF& flaeche, const std::string& name, const QColor& farbe) {
-    const double luft = zeichnungen().boundsOnElement(schluesselVon(name)).left() / raster * flaeche.width();
-    maleSymbol(maler, flaeche.translated(-luft, 0), name, farbe);
+    maleSymbol(maler, flaeche.translated(-luftLinks(name) * flaeche.width(), 0), name, farbe);
 }
 
 QString symbolbeschreibung(const std::string& name) {

@@ -10,7 +10,8 @@ class QPainter;
 
 namespace mobilsteg {
 
-// The symbols of symbole.svg, each in one colour. An unknown name gives a neutral one.
+// The system's symbols, and where it has none of that name those of symbole.svg; each in one colour. A name
+// that neither knows gives a neutral one.
 
 /// Draws it as large as fits into the middle of `flaeche`.
 void maleSymbol(QPainter& maler, const QRectF& flaeche, const std::string& name, const QColor& farbe);

@@ -4,6 +4,8 @@
 
 #import <AppKit/AppKit.h>
 
+#include <algorithm>
+
 /// What the menu bar's button sends its presses to.
 @interface BordlotseKlickziel : NSObject {
 @public
@@ -78,6 +80,32 @@ private:
     NSStatusItem* stueck_;
 };
 
+/// As large as it fits into a square of `kante` pixels, in its own proportions. A PNG file's bytes; absent:
+/// it cannot be written as one.
+std::optional<std::string> gezeichnet(NSImage* bild, int kante) {
+    // Drawn, since the image itself counts in points, of which a dense screen has fewer than pixels.
+    NSBitmapImageRep* raster = [[NSBitmapImageRep alloc] initWithBitmapDataPlanes:nullptr
+                                                                       pixelsWide:kante
+                                                                       pixelsHigh:kante
+                                                                    bitsPerSample:8
+                                                                  samplesPerPixel:4
+                                                                         hasAlpha:YES
+                                                                         isPlanar:NO
+                                                                   colorSpaceName:NSCalibratedRGBColorSpace
+                                                                      bytesPerRow:0
+                                                                     bitsPerPixel:0];
+    const NSSize mass = bild.size;
+    const CGFloat faktor = kante / std::max({mass.width, mass.height, CGFloat{1}});
+    const CGFloat breite = mass.width * faktor;
+    const CGFloat hoehe = mass.height * faktor;
+    [NSGraphicsContext saveGraphicsState];
+    NSGraphicsContext.currentContext = [NSGraphicsContext graphicsContextWithBitmapImageRep:raster];
+    [bild drawInRect:NSMakeRect((kante - breite) / 2, (kante - hoehe) / 2, breite, hoehe)];
+    [NSGraphicsContext restoreGraphicsState];
+    NSData* png = [raster representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
+    return png == nil ? std::nullopt : std::optional(stdBytes(png));
+}
+
 } // namespace
 
 bool anzeigeVorhanden() {
@@ -99,25 +127,14 @@ void nachVorn() {
 
 std::optional<std::string> programmbild(const std::string& pfad, int kante) {
     @autoreleasepool {
-        NSImage* bild = [NSWorkspace.sharedWorkspace iconForFile:nsText(pfad)];
-        // Drawn, since the image itself counts in points, of which a dense screen has fewer than pixels.
-        NSBitmapImageRep* raster =
-            [[NSBitmapImageRep alloc] initWithBitmapDataPlanes:nullptr
-                                                    pixelsWide:kante
-                                                    pixelsHigh:kante
-                                                 bitsPerSample:8
-                                               samplesPerPixel:4
-                                                      hasAlpha:YES
-                                                      isPlanar:NO
-                                                colorSpaceName:NSCalibratedRGBColorSpace
-                                                   bytesPerRow:0
-                                                  bitsPerPixel:0];
-        [NSGraphicsContext saveGraphicsState];
-        NSGraphicsContext.currentContext = [NSGraphicsContext graphicsContextWithBitmapImageRep:raster];
-        [bild drawInRect:NSMakeRect(0, 0, kante, kante)];
-        [NSGraphicsContext restoreGraphicsState];
-        NSData* png = [raster representationUsingType:NSBitmapImageFileTypePNG properties:@{}];
-        return png == nil ? std::nullopt : std::optional(stdBytes(png));
+        return gezeichnet([NSWorkspace.sharedWorkspace iconForFile:nsText(pfad)], kante);
+    }
+}
+
+std::optional<std::string> systemsymbol(const std::string& name, int kante) {
+    @autoreleasepool {
+        NSImage* bild = [NSImage imageWithSystemSymbolName:nsText(name) accessibilityDescription:nil];
+        return bild == nil ? std::nullopt : gezeichnet(bild, kante);
     }
 }
 

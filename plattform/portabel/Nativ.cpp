@@ -39,6 +39,10 @@ std::optional<std::string> programmbild(const std::string&, int) {
     return std::nullopt;
 }
 
+std::optional<std::string> systemsymbol(const std::string&, int) {
+    return std::nullopt;
+}
+
 // NOLINTBEGIN(performance-unnecessary-value-param): where there is such a thing, it keeps what it is given.
 Abmeldung beiAbmeldung(std::function<void()>) {
     return nullptr;
