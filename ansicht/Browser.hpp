@@ -1,8 +1,8 @@
 #pragma once
 
-#include "handy/Lauf.hpp"
 #include "kabel/Zustand.hpp"
 #include "plattform/Einstellungen.hpp"
+#include "plattform/Lauf.hpp"
 #include "plattform/Orte.hpp"
 
 #include <string>

@@ -1,12 +1,12 @@
 #include "ansicht/Browser.hpp"
 #include "app/Dienste.hpp"
 #include "handy/Geraetewache.hpp"
-#include "handy/Lauf.hpp"
 #include "handy/Ports.hpp"
 #include "kabel/Protokoll.hpp"
 #include "kabel/Verbindung.hpp"
 #include "netz/Variante.hpp"
 #include "plattform/Dateien.hpp"
+#include "plattform/Lauf.hpp"
 #include "plattform/Laufsperre.hpp"
 #include "plattform/Text.hpp"
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "handy/Handy.hpp"
-#include "handy/Lauf.hpp"
 #include "plattform/Einstellungen.hpp"
+#include "plattform/Lauf.hpp"
 #include "plattform/Orte.hpp"
 #include "plattform/Uhr.hpp"
 

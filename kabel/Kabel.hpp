@@ -1,7 +1,6 @@
 #pragma once
 
 #include "handy/Antwort.hpp"
-#include "handy/Lauf.hpp"
 #include "kabel/Anzeige.hpp"
 #include "kabel/Berichte.hpp"
 #include "kabel/Protokoll.hpp"
@@ -12,6 +11,7 @@
 #include "netz/Variante.hpp"
 #include "netz/Volltunnel.hpp"
 #include "plattform/Anschluesse.hpp"
+#include "plattform/Lauf.hpp"
 #include "plattform/Orte.hpp"
 #include "plattform/Schlange.hpp"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "handy/Lauf.hpp"
+#include "plattform/Lauf.hpp"
 #include "plattform/Orte.hpp"
 
 #include <optional>

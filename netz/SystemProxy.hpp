@@ -1,7 +1,7 @@
 #pragma once
 
-#include "handy/Lauf.hpp"
 #include "plattform/Einstellungen.hpp"
+#include "plattform/Lauf.hpp"
 #include "plattform/Orte.hpp"
 
 #include <optional>

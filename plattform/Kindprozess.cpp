@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <spawn.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -183,6 +185,34 @@ std::optional<int> Kindprozess::ernte() {
     if (fertig < 0)
         return -1; // reaped elsewhere: its status is lost
     return alsStatus(lage);
+}
+
+std::optional<Abspaltung> spalteAb(const std::function<void(int kanal)>& was) {
+    int enden[2] = {-1, -1};
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, enden) != 0)
+        return std::nullopt;
+    ::fcntl(enden[0], F_SETFD, FD_CLOEXEC);
+    ::fcntl(enden[1], F_SETFD, FD_CLOEXEC);
+    Abspaltung neu{-1, Deskriptor(enden[0])};
+    const Deskriptor seiner(enden[1]);
+    neu.nummer = ::fork();
+    if (neu.nummer < 0)
+        return std::nullopt;
+    if (neu.nummer > 0)
+        return neu;
+    neu.kanal.schliesse();
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+        ::signal(signal, SIG_IGN);
+    was(seiner.nummer());
+    ::_exit(1);
+}
+
+void erlaubeDeskriptoren(std::size_t viele) {
+    rlimit grenze{};
+    ::getrlimit(RLIMIT_NOFILE, &grenze);
+    for (const rlim_t soviel : {static_cast<rlim_t>(viele), grenze.rlim_max})
+        if (const rlimit mehr{soviel, soviel}; ::setrlimit(RLIMIT_NOFILE, &mehr) == 0)
+            break;
 }
 
 } // namespace mobilsteg

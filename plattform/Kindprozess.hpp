@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -51,5 +52,19 @@ struct Startwunsch {
 [[nodiscard]] Startversuch starteProzess(const std::string& programm,
                                          const std::vector<std::string>& argumente,
                                          const Startwunsch& wunsch = {});
+
+/// A second process of this program, and our end of a channel to it.
+struct Abspaltung {
+    pid_t nummer = -1;
+    Deskriptor kanal;
+};
+
+/// Forks a process that runs `was` with its end of the channel and then ends with status 1. It does not heed
+/// SIGTERM, SIGINT and SIGHUP: what ends this one must not end it first. Only from a process with one thread.
+/// Absent: `errno` tells why.
+[[nodiscard]] std::optional<Abspaltung> spalteAb(const std::function<void(int kanal)>& was);
+
+/// Lets this process open so many descriptors, or as many as the system allows.
+void erlaubeDeskriptoren(std::size_t viele);
 
 } // namespace mobilsteg

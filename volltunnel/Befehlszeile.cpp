@@ -1,5 +1,9 @@
 #include "volltunnel/Befehlszeile.hpp"
 
+#include "plattform/Uhr.hpp"
+
+#include <unistd.h>
+
 #include <charconv>
 #include <map>
 
@@ -7,54 +11,59 @@ namespace mobilsteg::volltunnel {
 
 namespace {
 
-/// 0: no number from 1 on.
-template <typename Zahl>
-Zahl alsZahl(std::string_view text) {
-    Zahl wert = 0;
+/// 0: no number from 1 to `hoechstens`.
+int alsZahl(std::string_view text, int hoechstens) {
+    int wert = 0;
     const auto [ende, fehler] = std::from_chars(text.data(), text.data() + text.size(), wert);
-    return fehler == std::errc() && ende == text.data() + text.size() && wert > 0 ? wert : Zahl{0};
+    return fehler == std::errc() && ende == text.data() + text.size() && wert > 0 && wert <= hoechstens ? wert
+                                                                                                        : 0;
 }
 
 } // namespace
 
 std::optional<Auftrag> liesBefehlszeile(const std::vector<std::string>& worte, std::string& fehler) {
     Auftrag a;
-    std::string proxy, wache;
-    const std::map<std::string, std::string*> werte{{"-proxy", &proxy},
-                                                    {"-stopp", &a.stopp},
-                                                    {"-dienst", &a.dienst},
-                                                    {"-wache", &wache},
-                                                    {"-wurzel", &a.wurzel}};
-    const std::map<std::string, bool*> flaggen{{"-vpn-durch", &a.vpnDurch}, {"-nur-vpn", &a.nurVPN}};
+    std::map<std::string, std::string> werte{
+        {"-proxy", ""}, {"-stopp", ""}, {"-dienst", ""}, {"-wache", ""}, {"-wurzel", ""}};
     for (std::size_t i = 0; i < worte.size() && fehler.empty(); ++i) {
-        if (flaggen.contains(worte[i]))
-            *flaggen.at(worte[i]) = true;
+        if (worte[i] == "-vpn-durch")
+            a.vpnDurch = true;
+        else if (worte[i] == "-nur-vpn")
+            a.nurVPN = true;
         else if (!werte.contains(worte[i]))
             fehler = "Unbekannte Option: " + worte[i];
-        else if (i + 1 == worte.size())
-            fehler = worte[i] + " braucht einen Wert";
-        else {
-            *werte.at(worte[i]) = worte[i + 1];
-            ++i;
-        }
+        else if (++i == worte.size())
+            fehler = worte[i - 1] + " braucht einen Wert";
+        else
+            werte[worte[i - 1]] = worte[i];
     }
+    const std::string& proxy = werte["-proxy"];
     const auto trenner = std::min(proxy.rfind(':'), proxy.size());
     std::error_code keine;
     a.proxy.address(asio::ip::make_address(proxy.substr(0, trenner), keine));
-    a.proxy.port(alsZahl<std::uint16_t>(std::string_view(proxy).substr(std::min(trenner + 1, proxy.size()))));
-    a.wache = alsZahl<int>(wache);
-    if (!fehler.empty())
-        return std::nullopt;
-    // Another machine's proxy would be reached through the tunnel that leads to it.
-    if (keine || !a.proxy.address().is_loopback() || a.proxy.port() == 0)
-        fehler = "-proxy braucht Adresse und Port auf diesem Rechner, zum Beispiel 127.0.0.1:1080";
-    else if (!a.stopp.starts_with('/') || a.stopp.rfind('/') == 0 || a.stopp.ends_with('/'))
-        fehler = "-stopp braucht einen vollen Pfad";
-    else if (a.dienst.empty() || a.wache == 0)
-        fehler = a.wache == 0 ? "-wache braucht die Nummer eines Prozesses" : "-dienst braucht einen Namen";
-    else if (!a.wurzel.empty() && !a.wurzel.starts_with('/'))
-        fehler = "-wurzel braucht einen vollen Pfad";
+    a.proxy.port(static_cast<std::uint16_t>(
+        alsZahl(std::string_view(proxy).substr(std::min(trenner + 1, proxy.size())), 65'535)));
+    a.stopp = werte["-stopp"];
+    a.dienst = werte["-dienst"];
+    a.wurzel = werte["-wurzel"];
+    a.wache = alsZahl(werte["-wache"], std::numeric_limits<int>::max());
+    for (const auto& [mangel, text] :
+         // Another machine's proxy would be reached through the tunnel that leads to it.
+         {std::pair{keine || !a.proxy.address().is_loopback() || a.proxy.port() == 0,
+                    "-proxy braucht Adresse und Port auf diesem Rechner, zum Beispiel 127.0.0.1:1080"},
+          {!a.stopp.starts_with('/') || a.stopp.rfind('/') == 0 || a.stopp.ends_with('/'),
+           "-stopp braucht einen vollen Pfad"},
+          {a.wache == 0, "-wache braucht die Nummer eines Prozesses"},
+          {a.dienst.empty(), "-dienst braucht einen Namen"},
+          {!a.wurzel.empty() && !a.wurzel.starts_with('/'), "-wurzel braucht einen vollen Pfad"}})
+        if (mangel && fehler.empty())
+            fehler = text;
     return fehler.empty() ? std::optional(a) : std::nullopt;
+}
+
+void protokolliere(const std::string& text) {
+    const std::string zeile = ortszeit(std::chrono::system_clock::now()) + "  " + text + "\n";
+    (void)!::write(STDOUT_FILENO, zeile.data(), zeile.size());
 }
 
 } // namespace mobilsteg::volltunnel

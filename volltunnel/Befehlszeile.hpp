@@ -21,4 +21,7 @@ struct Auftrag {
 [[nodiscard]] std::optional<Auftrag> liesBefehlszeile(const std::vector<std::string>& worte,
                                                       std::string& fehler);
 
+/// Writes a line with the time to standard output, in one piece: the helper's log.
+void protokolliere(const std::string& text);
+
 } // namespace mobilsteg::volltunnel

@@ -101,35 +101,31 @@ bool liesKopf(Bytes bytes, Paket& paket, std::uint8_t& protokoll) {
     return true;
 }
 
-/// An IP header around `last` bytes of `protokoll`, and room for them.
-std::string huelle(const Adresse& von, const Adresse& nach, std::uint8_t protokoll, std::size_t last) {
+std::uint8_t* stellen(std::string& bytes) {
+    return reinterpret_cast<std::uint8_t*>(bytes.data());
+}
+
+/// An IP packet with `inhalt` behind its header, whose checksum at `stelle` is filled in.
+std::string baue(const Adresse& von, const Adresse& nach, std::uint8_t protokoll, std::string inhalt,
+                 std::size_t stelle) {
     const bool sechs = von.is_v6();
-    std::string paket((sechs ? kopf6 : kopf4) + last, '\0');
-    auto* b = reinterpret_cast<std::uint8_t*>(paket.data());
+    std::string paket(sechs ? kopf6 : kopf4, '\0');
+    std::uint8_t* const b = stellen(paket);
     b[0] = sechs ? 0x60 : 0x45;
-    setzeWort(b + (sechs ? 4 : 2), sechs ? last : paket.size());
+    setzeWort(b + (sechs ? 4 : 2), sechs ? inhalt.size() : kopf4 + inhalt.size());
     b[sechs ? 6 : 9] = protokoll;
     b[sechs ? 7 : 8] = 64; // hops
     setzeAdresse(b + (sechs ? 8 : 12), von);
     setzeAdresse(b + (sechs ? 24 : 16), nach);
     if (!sechs)
         setzeWort(b + 10, static_cast<std::uint16_t>(~gefaltet(summe(b, kopf4))));
-    return paket;
-}
-
-/// Fills in the checksum at `stelle` of what stands behind the IP header. ICMP of IPv4 alone covers no
-/// addresses.
-void schliesseAb(std::string& paket, std::size_t stelle, std::uint8_t protokoll) {
-    auto* b = reinterpret_cast<std::uint8_t*>(paket.data());
-    const bool sechs = b[0] >> 4 == 6;
-    const std::size_t kopf = sechs ? kopf6 : kopf4;
-    const std::size_t laenge = paket.size() - kopf;
-    std::uint64_t s = summe(b + kopf, laenge);
-    if (protokoll != protIcmp)
-        s += summe(b + (sechs ? 8 : 12), sechs ? 32 : 8) + protokoll + laenge;
+    std::uint64_t s = summe(stellen(inhalt), inhalt.size());
+    if (protokoll != protIcmp) // the others cover the addresses, too
+        s += summe(b + (sechs ? 8 : 12), sechs ? 32 : 8) + protokoll + inhalt.size();
     const auto fertig = static_cast<std::uint16_t>(~gefaltet(s));
-    setzeWort(b + kopf + stelle,
+    setzeWort(stellen(inhalt) + stelle,
               protokoll == protUdp && fertig == 0 ? 0xFFFF : fertig); // 0: without a checksum
+    return paket + inhalt;
 }
 
 std::optional<std::string> abriss(const Paket& paket) {
@@ -137,8 +133,8 @@ std::optional<std::string> abriss(const Paket& paket) {
     const std::uint8_t merkmale = b[13];
     if ((merkmale & istRst) != 0)
         return std::nullopt;
-    std::string antwort = huelle(paket.nach.address(), paket.von.address(), protTcp, 20);
-    auto* a = reinterpret_cast<std::uint8_t*>(antwort.data()) + antwort.size() - 20;
+    std::string antwort(20, '\0');
+    std::uint8_t* const a = stellen(antwort);
     setzeWort(a, paket.nach.port());
     setzeWort(a + 2, paket.von.port());
     if ((merkmale & istAck) != 0) {
@@ -150,30 +146,31 @@ std::optional<std::string> abriss(const Paket& paket) {
         a[13] = istRst | istAck;
     }
     a[12] = 5 << 4;
-    schliesseAb(antwort, 16, protTcp);
-    return antwort;
+    return baue(paket.nach.address(), paket.von.address(), protTcp, std::move(antwort), 16);
 }
 
-std::optional<std::string> unerreichbar(const Paket& paket) {
+std::string unerreichbar(const Paket& paket) {
     const bool sechs = paket.nach.address().is_v6();
+    const bool port = paket.art == Art::udp;
+    std::string antwort(8, '\0');
+    antwort[0] = sechs ? 1 : 3;
+    antwort[1] = sechs ? (port ? 4 : 3) : (port ? 3 : 1);
     // As much of the packet as the standards want back: the sender finds its socket by it.
     const std::size_t zitat = std::min(paket.bytes.size(), std::size_t{sechs ? 1232U : 548U});
-    const std::uint8_t protokoll = sechs ? protIcmp6 : protIcmp;
-    std::string antwort = huelle(paket.nach.address(), paket.von.address(), protokoll, 8 + zitat);
-    auto* a = reinterpret_cast<std::uint8_t*>(antwort.data()) + antwort.size() - zitat - 8;
-    a[0] = sechs ? 1 : 3;
-    const bool port = paket.art == Art::udp;
-    a[1] = sechs ? (port ? 4 : 3) : (port ? 3 : 1);
-    std::copy_n(paket.bytes.begin(), zitat, a + 8);
-    schliesseAb(antwort, 2, protokoll);
-    return antwort;
-}
-
-bool liegtIn(const Adresse& a, std::uint32_t netz, int laenge) {
-    return (a.to_v4().to_uint() ^ netz) >> (32 - laenge) == 0;
+    antwort.append(paket.bytes.begin(), paket.bytes.begin() + static_cast<std::ptrdiff_t>(zitat));
+    return baue(paket.nach.address(), paket.von.address(), sechs ? protIcmp6 : protIcmp, std::move(antwort),
+                2);
 }
 
 } // namespace
+
+const Enden& tunnelenden(bool sechs) {
+    const auto ende = [](const char* text) { return asio::ip::make_address(text); };
+    // A range for measurements, which no network uses; and a private one.
+    static const Enden enden[] = {{ende("198.19.108.1"), ende("198.19.108.2")},
+                                  {ende("fd6d:6f62:7374:6567::1"), ende("fd6d:6f62:7374:6567::2")}};
+    return enden[sechs ? 1 : 0];
+}
 
 std::optional<Paket> liesPaket(Bytes bytes) {
     Paket paket;
@@ -240,29 +237,17 @@ std::optional<std::string> udpPaket(const Stelle& von, const Stelle& nach, std::
     constexpr std::size_t laengstes = 65'535 - kopf4 - 8;
     if (last.size() > laengstes)
         return std::nullopt;
-    std::string paket = huelle(von.address(), nach.address(), protUdp, 8 + last.size());
-    auto* b = reinterpret_cast<std::uint8_t*>(paket.data()) + paket.size() - last.size() - 8;
-    setzeWort(b, von.port());
-    setzeWort(b + 2, nach.port());
-    setzeWort(b + 4, 8 + last.size());
-    std::ranges::copy(last, b + 8);
-    schliesseAb(paket, 6, protUdp);
-    return paket;
+    std::string inhalt(8, '\0');
+    setzeWort(stellen(inhalt), von.port());
+    setzeWort(stellen(inhalt) + 2, nach.port());
+    setzeWort(stellen(inhalt) + 4, 8 + last.size());
+    return baue(von.address(), nach.address(), protUdp, inhalt.append(last), 6);
 }
 
 bool istEinzelne(const Adresse& a) {
     if (a.is_unspecified() || a.is_multicast())
         return false;
     return a.is_v6() || (a.to_v4().to_uint() < 0xE000'0000 && a.to_v4().to_uint() > 0x00FF'FFFF);
-}
-
-bool istOeffentlich(const Adresse& a) {
-    if (!istEinzelne(a) || a.is_loopback())
-        return false;
-    if (a.is_v6())
-        return a.to_v6().to_bytes()[0] >> 5 == 1; // 2000::/3
-    return !liegtIn(a, 0x0A00'0000, 8) && !liegtIn(a, 0xAC10'0000, 12) && !liegtIn(a, 0xC0A8'0000, 16) &&
-           !liegtIn(a, 0xA9FE'0000, 16) && !liegtIn(a, 0x6440'0000, 10); // the last: carriers', Tailscale's
 }
 
 } // namespace mobilsteg::volltunnel

@@ -19,6 +19,12 @@ using Bytes = std::span<std::uint8_t>;
 
 enum class Art { tcp, udp, echo, sonstige };
 
+/// The addresses of the tunnel's device and of the peer behind it, who is made up.
+struct Enden {
+    Adresse hier, drueben;
+};
+[[nodiscard]] const Enden& tunnelenden(bool sechs);
+
 /// A packet that was read. It points into the bytes it was read from.
 struct Paket {
     Bytes bytes;          ///< the whole packet, without what may stand behind it
@@ -47,9 +53,5 @@ void schreibeUm(Paket& paket, const Stelle& von, const Stelle& nach);
 
 /// Whether one machine has this address: not multicast, not broadcast, not unspecified, not reserved.
 [[nodiscard]] bool istEinzelne(const Adresse& adresse);
-
-/// Whether the internet leads there: a single machine's address outside the private ranges, of which each
-/// network has its own.
-[[nodiscard]] bool istOeffentlich(const Adresse& adresse);
 
 } // namespace mobilsteg::volltunnel

@@ -2,11 +2,6 @@
 
 namespace mobilsteg::volltunnel {
 
-std::size_t Tabelle::Hash::operator()(const Fluss& f) const {
-    const std::hash<Stelle> eine;
-    return eine(f.von) * 0x9E37'79B9'7F4A'7C15U ^ eine(f.nach);
-}
-
 Tabelle::Eintrag* Tabelle::eintrag(std::uint16_t port) {
     const std::size_t i = static_cast<std::size_t>(port) - ersterPort; // below the first one: far too large
     return i < eintraege_.size() ? &eintraege_[i] : nullptr;

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <chrono>
+#include <compare>
 #include <deque>
-#include <unordered_map>
+#include <map>
 #include <vector>
 
 #include "volltunnel/Paket.hpp"
@@ -18,6 +19,7 @@ class Tabelle {
 public:
     struct Fluss {
         Stelle von, nach; ///< as the program that connects sees it
+        std::weak_ordering operator<=>(const Fluss&) const = default;
     };
 
     static constexpr std::chrono::seconds geduld{30};   ///< for a connection that nobody accepts
@@ -50,12 +52,6 @@ private:
         bool gueltig = false; ///< packets of this port still belong to `fluss`
         bool ruht = false;
     };
-    struct Hash {
-        std::size_t operator()(const Fluss& f) const;
-    };
-    struct Gleich {
-        bool operator()(const Fluss& a, const Fluss& b) const { return a.von == b.von && a.nach == b.nach; }
-    };
     struct Termin {
         std::uint16_t port;
         Zeit seit;
@@ -66,7 +62,7 @@ private:
     void ruhe(std::uint16_t port, Zeit jetzt);
 
     std::vector<Eintrag> eintraege_; ///< from `ersterPort` on, as many as were ever used at once
-    std::unordered_map<Fluss, std::uint16_t, Hash, Gleich> ports_;
+    std::map<Fluss, std::uint16_t> ports_;
     std::deque<Termin> begonnene_, ruhende_; ///< the oldest first
     std::size_t gehalten_ = 0;
 };

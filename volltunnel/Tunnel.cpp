@@ -12,14 +12,11 @@
 #include <asio/write.hpp>
 #include <nlohmann/json.hpp>
 
-#include <sys/socket.h>
 #include <unistd.h>
 
 #include "volltunnel/Namen.hpp"
 #include "volltunnel/Umschau.hpp"
-#include "volltunnel/Wege.hpp"
 #include "volltunnel/Weiterleitung.hpp"
-#include "volltunnel/Werkzeug.hpp"
 
 namespace mobilsteg::volltunnel {
 
@@ -31,9 +28,8 @@ using Uhrzeit = std::chrono::steady_clock;
 constexpr int paketeAmStueck = 64; // before the connections have their turn
 constexpr std::chrono::seconds takt{1};
 constexpr std::chrono::seconds vpnabstand{3};
-constexpr std::chrono::seconds beweisabstand{2};
 constexpr std::chrono::seconds beweisfrist{15};
-constexpr std::chrono::milliseconds abschied{150};
+constexpr std::chrono::milliseconds abschiedsdauer{150};
 constexpr std::uint16_t dns = 53;
 
 class Tunnel {
@@ -71,23 +67,19 @@ public:
 
 private:
     struct Familie {
-        Enden enden;
         std::uint16_t horcher = 0; ///< 0: the machine does not have this family
         bool bewiesen = false;
     };
 
-    Familie& familie(const Adresse& adresse) { return familien_[adresse.is_v6() ? 1 : 0]; }
-
     void horche(int nummer, bool sechs) {
         Familie& f = familien_[sechs ? 1 : 0];
-        f.enden = tunnelenden(sechs);
         if (nummer < 0) {
             f.bewiesen = true;
             return;
         }
         tcp::acceptor horcher(kontext_, sechs ? tcp::v6() : tcp::v4(), nummer);
         f.horcher = horcher.local_endpoint().port();
-        weiterleitung_.horche(std::move(horcher), f.enden.drueben);
+        weiterleitung_.horche(std::move(horcher));
     }
 
     void warteAufPaket() {
@@ -110,9 +102,10 @@ private:
         auto paket = liesPaket(bytes);
         if (!paket)
             return;
-        const Familie& f = familie(paket->von.address());
-        if (paket->art == Art::tcp && f.horcher != 0 && traegt(paket->nach.address())) {
-            if (const auto neu = umgelenkt(*paket, f)) {
+        const bool sechs = paket->von.address().is_v6();
+        if (paket->art == Art::tcp && familien_[sechs ? 1 : 0].horcher != 0 &&
+            traegt(paket->nach.address())) {
+            if (const auto neu = umgelenkt(*paket, tunnelenden(sechs), familien_[sechs ? 1 : 0].horcher)) {
                 schreibeUm(*paket, neu->von, neu->nach);
                 return schreibAufGeraet(geraet_.native_handle(), paket->bytes);
             }
@@ -126,16 +119,16 @@ private:
     }
 
     /// The ends that a TCP packet gets: on its way out the listener's, on its way back those it once had.
-    std::optional<Tabelle::Fluss> umgelenkt(const Paket& paket, const Familie& f) {
-        if (paket.von == Stelle(f.enden.hier, f.horcher)) {
+    std::optional<Tabelle::Fluss> umgelenkt(const Paket& paket, const Enden& enden, std::uint16_t horcher) {
+        if (paket.von == Stelle(enden.hier, horcher)) {
             const auto* fluss =
-                paket.nach.address() == f.enden.drueben ? tabelle_.her(paket.nach.port()) : nullptr;
+                paket.nach.address() == enden.drueben ? tabelle_.her(paket.nach.port()) : nullptr;
             return fluss ? std::optional<Tabelle::Fluss>({fluss->nach, fluss->von}) : std::nullopt;
         }
         const auto port = tabelle_.hin({paket.von, paket.nach}, paket.syn, Uhrzeit::now());
         if (!port)
             return std::nullopt;
-        return Tabelle::Fluss{{f.enden.drueben, *port}, {f.enden.hier, f.horcher}};
+        return Tabelle::Fluss{{enden.drueben, *port}, {enden.hier, horcher}};
     }
 
     /// Whether the tunnel takes what goes there. Tailscale's range has a road of its own as long as Tailscale
@@ -153,16 +146,14 @@ private:
     // The proof: a connection of our own to the tunnel's other end goes the way of all others.
 
     [[nodiscard]] bool istBeweis(const Tabelle::Fluss& fluss) {
-        return fluss.nach.address() == familie(fluss.nach.address()).enden.drueben;
+        return fluss.nach.address() == tunnelenden(fluss.nach.address().is_v6()).drueben;
     }
 
     /// Where it really goes: to public name servers, one after the other.
     Stelle ziel(const Tabelle::Fluss& fluss) {
         static constexpr const char* ziele[] = {"1.1.1.1", "9.9.9.9", "8.8.8.8"};
-        if (!istBeweis(fluss))
-            return fluss.nach;
-        angekommen_ = true;
-        return {asio::ip::make_address(ziele[beweise_ % std::size(ziele)]), dns};
+        return istBeweis(fluss) ? Stelle(asio::ip::make_address(ziele[beweise_ % std::size(ziele)]), dns)
+                                : fluss.nach;
     }
 
     void beweise() {
@@ -170,26 +161,21 @@ private:
         if (steht())
             return;
         if (Uhrzeit::now() > anfang_ + beweisfrist)
-            return gibAuf(angekommen_
+            return gibAuf(weiterleitung_.zaehler().verbindungen > 0 // it came back to the listener
                               ? "kein Netz durch den Tunnel: " + beweisgrund_
                               : "die Firewall dieses Rechners lässt keine Verbindung durch den Tunnel");
-        for (const Familie& f : familien_)
-            if (!f.bewiesen) {
+        for (const bool sechs : {false, true})
+            if (!familien_[sechs ? 1 : 0].bewiesen) {
                 auto socket = std::make_shared<tcp::socket>(kontext_);
-                socket->async_connect({f.enden.drueben, dns}, [this, socket](std::error_code) {
+                socket->async_connect({tunnelenden(sechs).drueben, dns}, [this, socket](std::error_code) {
                     proben_.push_back(socket); // stays open until the proxy has answered
                 });
             }
-        beweistakt_.expires_after(beweisabstand);
-        beweistakt_.async_wait([this](std::error_code fehler) {
-            if (!fehler)
-                beweise();
-        });
     }
 
     void nimmBeweis(const Tabelle::Fluss& fluss, Ausgang ausgang) {
         if (ausgang == Ausgang::verbunden || ausgang == Ausgang::nein)
-            familie(fluss.nach.address()).bewiesen = true;
+            familien_[fluss.nach.address().is_v6() ? 1 : 0].bewiesen = true;
         else
             beweisgrund_ = ausgang == Ausgang::kaputt ? "der Proxy lehnt ab" : "der Proxy antwortet nicht";
         meldeBeweis();
@@ -202,7 +188,6 @@ private:
         if (!steht() || !befund_ || gemeldet_)
             return;
         gemeldet_ = true;
-        beweistakt_.cancel();
         proben_.clear();
         protokolliere("Beweis: eine Verbindung kam durch den Tunnel");
         sende("bewiesen");
@@ -271,8 +256,8 @@ private:
     /// `verwaist`: the process with the rights was killed, and nobody else takes the marks away.
     void gehe(bool verwaist) {
         weiterleitung_.reisseAb();
-        beweistakt_.expires_after(abschied);
-        beweistakt_.async_wait([this, verwaist](std::error_code) {
+        abschied_.expires_after(abschiedsdauer);
+        abschied_.async_wait([this, verwaist](std::error_code) {
             if (verwaist) {
                 geraet_.close();
                 protokolliere("Der Helfer wurde beendet; DNS und Umwege nimmt der nächste Start zurück");
@@ -293,7 +278,9 @@ private:
             tabelle_.raeume(jetzt);
             namen_.raeume(jetzt);
             weiterleitung_.raeume(jetzt);
-            if (++ticks_ % 60 == 0)
+            if (++ticks_ % 2 == 0)
+                beweise();
+            if (ticks_ % 60 == 0)
                 zaehle();
             ticke();
         });
@@ -317,7 +304,7 @@ private:
     asio::posix::stream_descriptor geraet_;
     asio::local::stream_protocol::socket kanal_;
     std::string eingang_;
-    asio::steady_timer takt_{kontext_}, beweistakt_{kontext_};
+    asio::steady_timer takt_{kontext_}, abschied_{kontext_};
     std::vector<std::uint8_t> puffer_;
     std::array<Familie, 2> familien_;
     Tabelle tabelle_;
@@ -335,7 +322,6 @@ private:
     Zeit anfang_ = Uhrzeit::now();
     std::size_t beweise_ = 0;
     std::vector<std::shared_ptr<tcp::socket>> proben_;
-    bool angekommen_ = false; ///< a packet of the proof came back to the listener
     std::string beweisgrund_ = "der Proxy antwortet nicht";
     bool gemeldet_ = false;
     bool aufgegeben_ = false;

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "plattform/Nutzerordner.hpp"
+
 #include "volltunnel/Befehlszeile.hpp"
-#include "volltunnel/Nutzerordner.hpp"
 
 namespace mobilsteg::volltunnel {
 

@@ -1,17 +1,17 @@
 #include "volltunnel/Umschau.hpp"
 
+#include "plattform/Lauf.hpp"
 #include "plattform/Text.hpp"
 
 #include <asio/io_context.hpp>
-
-#include "volltunnel/Wege.hpp"
-#include "volltunnel/Werkzeug.hpp"
 
 namespace mobilsteg::volltunnel {
 
 namespace {
 
-constexpr std::chrono::seconds scutilfrist{5};
+constexpr double scutilfrist = 5; // in seconds
+constexpr double lsoffrist = 2;   // what asks it has to watch over everything
+constexpr std::size_t langeZeile = 4096;
 
 /// The address in "10.0.0.1:443" or "[fd00::1]:443".
 std::optional<Adresse> ohnePort(std::string_view text) {
@@ -51,6 +51,19 @@ std::vector<Openvpn> liesOpenvpn(std::string_view text) {
     return verbindungen;
 }
 
+std::string frageOpenvpn(const std::string& wurzel) {
+    std::string zeile;
+    if (laufBefristet({wurzel + "/usr/bin/pgrep", "-x", "openvpn"}, lsoffrist).gelungen()) {
+        const auto lauf = laufBefristet(
+            {wurzel + "/usr/sbin/lsof", "-nP", "-a", "-c", "openvpn", "-iTCP", "-sTCP:ESTABLISHED", "-Fn"},
+            lsoffrist);
+        for (const auto wort : teile(lauf.ausgabe, '\n'))
+            if (wort.starts_with('n') && zeile.size() < langeZeile)
+                zeile.append(" ").append(wort);
+    }
+    return zeile;
+}
+
 Vpnbefund Vpnwege::werte(const std::vector<Vpn>& vpns, const std::vector<Openvpn>& openvpn,
                          const std::function<bool(const Adresse&)>& lebt) {
     Vpnbefund befund;
@@ -77,16 +90,16 @@ Vpnbefund Vpnwege::werte(const std::vector<Vpn>& vpns, const std::vector<Openvpn
 
 std::vector<Vpn> Vpnsuche::sieh() {
     std::vector<Vpn> vpns;
-    const std::string liste = fuehreAus({scutil_, "--nc", "list"}, scutilfrist).ausgabe;
+    const std::string liste = laufBefristet({scutil_, "--nc", "list"}, scutilfrist).ausgabe;
     for (const auto zeile : teile(liste, '\n')) {
         const auto von = zeile.find('"');
         const auto bis = von == std::string_view::npos ? von : zeile.find('"', von + 1);
         if (bis == std::string_view::npos || inKleinbuchstaben(zeile).find("tailscale") != std::string::npos)
             continue;
         const std::string name(zeile.substr(von + 1, bis - von - 1));
-        vpns.push_back({name,
-                        adressen(liesServer(fuehreAus({scutil_, "--nc", "show", name}, scutilfrist).ausgabe)),
-                        zeile.find("(Connected)") != std::string_view::npos});
+        vpns.push_back(
+            {name, adressen(liesServer(laufBefristet({scutil_, "--nc", "show", name}, scutilfrist).ausgabe)),
+             zeile.find("(Connected)") != std::string_view::npos});
     }
     return vpns;
 }

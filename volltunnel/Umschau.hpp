@@ -44,6 +44,10 @@ private:
     std::set<Adresse> gemerkt_;
 };
 
+/// What a running OpenVPN is connected to, as `lsof -Fn` has it, in one line. Only root sees the programs of
+/// other users; which of it counts is not decided here. Blocks on the tools.
+[[nodiscard]] std::string frageOpenvpn(const std::string& wurzel);
+
 /// The connections in `lsof -Fn`, blanks or line ends between them.
 [[nodiscard]] std::vector<Openvpn> liesOpenvpn(std::string_view text);
 

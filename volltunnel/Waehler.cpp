@@ -1,11 +1,10 @@
 #include "volltunnel/Waehler.hpp"
 
 #include <asio/buffer.hpp>
+#include <asio/coroutine.hpp>
 #include <asio/read.hpp>
 #include <asio/steady_timer.hpp>
 #include <asio/write.hpp>
-
-#include <algorithm>
 
 namespace mobilsteg::volltunnel {
 
@@ -16,66 +15,49 @@ using asio::ip::tcp;
 constexpr std::chrono::seconds proxyfrist{15}; // for the proxy's first word
 constexpr std::chrono::seconds zielfrist{90};  // for its answer about the target
 
-struct Wahl : std::enable_shared_from_this<Wahl> {
-    Wahl(asio::io_context& kontext, Stelle z, std::function<void(Ausgang, tcp::socket)> f)
-        : socket(kontext), frist(kontext), ziel(std::move(z)), fertig(std::move(f)) {}
+/// One dialling: each step of the dialogue is the continuation of the one before.
+struct Wahl : std::enable_shared_from_this<Wahl>, asio::coroutine {
+    Wahl(asio::io_context& kontext, Stelle p, Stelle z, std::function<void(Ausgang, tcp::socket)> f)
+        : socket(kontext), frist(kontext), proxy(std::move(p)), ziel(std::move(z)), fertig(std::move(f)) {}
 
-    void beginne(const Stelle& proxy) {
-        setzeFrist(proxyfrist, Ausgang::stumm);
-        socket.async_connect(proxy, [ich = shared_from_this()](std::error_code fehler) {
-            if (fehler)
-                return ich->ende(Ausgang::kaputt);
-            std::error_code egal;
-            ich->socket.set_option(tcp::no_delay(true), egal);
-            ich->socket.non_blocking(true, egal);
-            ich->sende({5, 1, 0}, 2, [ich] { ich->beauftrage(); }); // one way to log in: none
-        });
+    void weiter(std::error_code fehler = {}) {
+        const auto dann = [ich = shared_from_this()](std::error_code e, std::size_t = 0) { ich->weiter(e); };
+        if (fehler)
+            return ende(Ausgang::kaputt);
+        ASIO_CORO_REENTER(this) {
+            setzeFrist(proxyfrist, Ausgang::stumm);
+            ASIO_CORO_YIELD socket.async_connect(proxy, dann);
+            socket.set_option(tcp::no_delay(true), fehler);
+            socket.non_blocking(true, fehler);
+            auftrag = {5, 1, 0}; // one way to log in: none
+            ASIO_CORO_YIELD asio::async_write(socket, asio::buffer(auftrag), dann);
+            ASIO_CORO_YIELD asio::async_read(socket, asio::buffer(puffer, 2), dann);
+            if (puffer[0] != 5 || puffer[1] != 0)
+                return ende(Ausgang::kaputt);
+            setzeFrist(zielfrist, Ausgang::haengt);
+            beauftrage();
+            ASIO_CORO_YIELD asio::async_write(socket, asio::buffer(auftrag), dann);
+            ASIO_CORO_YIELD asio::async_read(socket, asio::buffer(puffer, 5), dann);
+            if (puffer[0] != 5 || puffer[1] != 0)
+                return ende(puffer[0] == 5 && puffer[1] == 5 ? Ausgang::nein : Ausgang::kaputt);
+            // The address it connected from, whose length depends on its kind.
+            ASIO_CORO_YIELD asio::async_read(socket,
+                                             asio::buffer(puffer, puffer[3] == 1   ? 5
+                                                                  : puffer[3] == 4 ? 17
+                                                                                   : puffer[4] + 2U),
+                                             dann);
+            ende(Ausgang::verbunden);
+        }
     }
 
     void beauftrage() {
-        if (puffer[0] != 5 || puffer[1] != 0)
-            return ende(Ausgang::kaputt);
-        setzeFrist(zielfrist, Ausgang::haengt);
         const bool sechs = ziel.address().is_v6();
-        std::vector<std::uint8_t> auftrag{5, 1, 0, static_cast<std::uint8_t>(sechs ? 4 : 1)};
-        if (sechs)
-            std::ranges::copy(ziel.address().to_v6().to_bytes(), std::back_inserter(auftrag));
-        else
-            std::ranges::copy(ziel.address().to_v4().to_bytes(), std::back_inserter(auftrag));
-        auftrag.push_back(static_cast<std::uint8_t>(ziel.port() >> 8));
-        auftrag.push_back(static_cast<std::uint8_t>(ziel.port()));
-        sende(std::move(auftrag), 5, [this] { liesRest(); });
-    }
-
-    /// The address it connected from, whose length depends on its kind.
-    void liesRest() {
-        if (puffer[0] != 5)
-            return ende(Ausgang::kaputt);
-        if (puffer[1] != 0)
-            return ende(puffer[1] == 5 ? Ausgang::nein : Ausgang::kaputt);
-        const std::size_t rest = puffer[3] == 1 ? 5 : puffer[3] == 4 ? 17 : puffer[4] + 2U;
-        lies(rest, [this] { ende(Ausgang::verbunden); });
-    }
-
-    void sende(std::vector<std::uint8_t> bytes, std::size_t antwort, std::function<void()> dann) {
-        auto behalten = std::make_shared<std::vector<std::uint8_t>>(std::move(bytes));
-        asio::async_write(socket, asio::buffer(*behalten),
-                          [ich = shared_from_this(), behalten, antwort,
-                           dann = std::move(dann)](std::error_code fehler, std::size_t) {
-                              if (fehler)
-                                  return ich->ende(Ausgang::kaputt);
-                              ich->lies(antwort, dann);
-                          });
-    }
-
-    void lies(std::size_t laenge, std::function<void()> dann) {
-        asio::async_read(
-            socket, asio::buffer(puffer, laenge),
-            [ich = shared_from_this(), dann = std::move(dann)](std::error_code fehler, std::size_t) {
-                if (fehler)
-                    return ich->ende(Ausgang::kaputt);
-                dann();
-            });
+        auftrag = {5, 1, 0, static_cast<std::uint8_t>(sechs ? 4 : 1)};
+        const auto haengeAn = [this](const auto& bytes) {
+            auftrag.insert(auftrag.end(), bytes.begin(), bytes.end());
+        };
+        sechs ? haengeAn(ziel.address().to_v6().to_bytes()) : haengeAn(ziel.address().to_v4().to_bytes());
+        haengeAn(std::initializer_list<int>{ziel.port() >> 8, ziel.port() & 255});
     }
 
     void setzeFrist(std::chrono::seconds dauer, Ausgang ausgang) {
@@ -98,7 +80,8 @@ struct Wahl : std::enable_shared_from_this<Wahl> {
 
     tcp::socket socket;
     asio::steady_timer frist;
-    Stelle ziel;
+    Stelle proxy, ziel;
+    std::vector<std::uint8_t> auftrag;
     std::function<void(Ausgang, tcp::socket)> fertig; ///< empty: called
     std::array<std::uint8_t, 257> puffer{};
 };
@@ -107,7 +90,7 @@ struct Wahl : std::enable_shared_from_this<Wahl> {
 
 void waehle(asio::io_context& kontext, const Stelle& proxy, const Stelle& ziel,
             std::function<void(Ausgang, tcp::socket)> fertig) {
-    std::make_shared<Wahl>(kontext, ziel, std::move(fertig))->beginne(proxy);
+    std::make_shared<Wahl>(kontext, proxy, ziel, std::move(fertig))->weiter();
 }
 
 bool Ausfall::melde(Ausgang ausgang, Zeit beginn, Zeit jetzt) {

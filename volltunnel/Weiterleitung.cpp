@@ -17,17 +17,10 @@ constexpr std::size_t kleinerBlock = 1024;
 constexpr int amStueck = 16; // blocks, before the other connections have their turn
 constexpr std::chrono::minutes halbzuGeduld{5};
 
-void schliesseMitAbriss(tcp::socket& socket) {
-    std::error_code egal;
-    socket.set_option(asio::socket_base::linger(true, 0), egal);
-    socket.close(egal);
-}
-
 } // namespace
 
 struct Weiterleitung::Horcher {
     tcp::acceptor annahme;
-    Adresse gegenueber;
     Stelle wer{};        ///< of the connection being accepted
     bool wartet = false; ///< false: out of descriptors
 };
@@ -56,8 +49,9 @@ public:
     }
 
     void reisseAb() {
-        schliesseMitAbriss(app_.socket);
-        schliesseMitAbriss(draussen_.socket);
+        std::error_code egal;
+        for (Seite* seite : {&app_, &draussen_})
+            seite->socket.set_option(asio::socket_base::linger(true, 0), egal);
         ende();
     }
 
@@ -160,8 +154,8 @@ Weiterleitung::~Weiterleitung() {
     reisseAb();
 }
 
-void Weiterleitung::horche(tcp::acceptor annahme, const Adresse& gegenueber) {
-    horcher_.push_back(std::make_unique<Horcher>(Horcher{std::move(annahme), gegenueber}));
+void Weiterleitung::horche(tcp::acceptor annahme) {
+    horcher_.push_back(std::make_unique<Horcher>(Horcher{std::move(annahme)}));
     nimmAn(*horcher_.back());
 }
 
@@ -174,7 +168,9 @@ void Weiterleitung::nimmAn(Horcher& h) {
         if (fehler)
             return;
         // Only what the tunnel itself made; anybody on this machine could come to the listener.
-        const auto fluss = h.wer.address() == h.gegenueber ? tabelle_.nimmAn(h.wer.port()) : std::nullopt;
+        const auto fluss = h.wer.address() == tunnelenden(h.wer.address().is_v6()).drueben
+                               ? tabelle_.nimmAn(h.wer.port())
+                               : std::nullopt;
         if (fluss) {
             std::error_code egal;
             app.set_option(tcp::no_delay(true), egal);

@@ -31,8 +31,8 @@ public:
     Weiterleitung(asio::io_context& kontext, Tabelle& tabelle, Auftrag auftrag);
     ~Weiterleitung();
 
-    /// Accepts on `annahme` what comes from `gegenueber`, the tunnel's peer.
-    void horche(asio::ip::tcp::acceptor annahme, const Adresse& gegenueber);
+    /// Accepts on `annahme` what comes from the tunnel's peer.
+    void horche(asio::ip::tcp::acceptor annahme);
 
     /// Ends what has been half-closed and still for five minutes. About once a second.
     void raeume(Zeit jetzt);

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "handy/Lauf.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Kindprozess.hpp"
+#include "plattform/Lauf.hpp"
 #include "plattform/Text.hpp"
 #include "tests/hilfe/Klient.hpp"
 #include "tests/hilfe/Ordner.hpp"

@@ -1,6 +1,7 @@
 // The shipped helper with a real tunnel, in a network of the test's own, and a SOCKS server of the test.
 
 #include "plattform/Kindprozess.hpp"
+#include "plattform/Lauf.hpp"
 #include "plattform/Tunnelgeraet.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/volltunnel/Pakete.hpp"
@@ -17,8 +18,6 @@
 #include <csignal>
 #include <fstream>
 #include <thread>
-
-#include "volltunnel/Werkzeug.hpp"
 
 using namespace mobilsteg;
 using namespace mobilsteg::volltunnel;
@@ -38,7 +37,7 @@ bool warteBis(Bedingung bedingung, std::chrono::seconds frist = std::chrono::sec
 }
 
 std::string sh(const std::string& befehl) {
-    return fuehreAus({"/bin/sh", "-c", befehl + " 2>&1"}, std::chrono::seconds(10)).ausgabe;
+    return laufBefristet({"/bin/sh", "-c", befehl + " 2>&1"}, 10).ausgabe;
 }
 
 /// The phone: whatever is asked for, it serves it itself. Port 7: everything back, then the end; 9: refused;

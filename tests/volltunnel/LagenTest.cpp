@@ -1,5 +1,6 @@
 // What the helper decides and what it says to the system's tools, without a tunnel.
 
+#include "plattform/Nutzerordner.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/volltunnel/Pakete.hpp"
 
@@ -8,9 +9,8 @@
 
 #include "volltunnel/Befehlszeile.hpp"
 #include "volltunnel/Namen.hpp"
-#include "volltunnel/Nutzerordner.hpp"
 #include "volltunnel/Umschau.hpp"
-#include "volltunnel/Wege.hpp"
+#include "volltunnel/Wegewart.hpp"
 
 using namespace mobilsteg;
 using namespace mobilsteg::volltunnel;
@@ -125,13 +125,12 @@ TEST(Wege, sagenJedemWerkzeugDasSeine) {
     EXPECT_EQ(mac.fuehre("1.2.3.4", wlan), worte("/sbin/route -n add -inet -host 1.2.3.4 10.0.0.1"));
     EXPECT_EQ(mac.fuehre("8000::/1", {"", "utun5"}, true),
               worte("/sbin/route -n delete -inet6 -net 8000::/1 -interface utun5"));
-    EXPECT_THAT(mac.geraetEin("utun5", false),
+    EXPECT_THAT(mac.geraetEin("utun5", "198.19.108.1", "198.19.108.2"),
                 ElementsAre(worte("/sbin/ifconfig utun5 inet 198.19.108.1 198.19.108.2 mtu " +
                                   std::to_string(groesstesPaket()) + " up")));
-    EXPECT_THAT(
-        mac.geraetEin("utun5", true),
-        ElementsAre(worte("/sbin/ifconfig utun5 inet6 fd6d:6f62:7374:6567::1 prefixlen 128"),
-                    worte("/sbin/route -n add -inet6 -host fd6d:6f62:7374:6567::2 -interface utun5")));
+    EXPECT_THAT(mac.geraetEin("utun5", "fd6d::1", "fd6d::2"),
+                ElementsAre(worte("/sbin/ifconfig utun5 inet6 fd6d::1 prefixlen 128"),
+                            worte("/sbin/route -n add -inet6 -host fd6d::2 -interface utun5")));
     EXPECT_EQ(
         ip.liesAusweg(
             "default via 10.0.0.1 dev en0 proto dhcp metric 6 \ndefault via 10.9.9.9 dev en1 metric 9\n"),

@@ -1,5 +1,6 @@
 // Packets and the table of connections.
 
+#include "plattform/Wege.hpp"
 #include "tests/volltunnel/Pakete.hpp"
 
 #include <gtest/gtest.h>
@@ -111,11 +112,11 @@ TEST(Paket, halbeUndBruchstueckeSindKeine) {
 
 TEST(Paket, oeffentlicheAdressen) {
     for (const char* ja : {"1.1.1.1", "100.63.255.255", "172.32.0.1", "223.255.255.255", "2606:4700::1111"})
-        EXPECT_TRUE(istOeffentlich(asio::ip::make_address(ja))) << ja;
+        EXPECT_TRUE(mobilsteg::istOeffentlich(ja)) << ja;
     for (const char* nein :
          {"10.1.1.1", "100.64.0.1", "172.31.0.1", "192.168.1.1", "169.254.1.1", "127.0.0.53", "224.0.0.1",
-          "240.0.0.1", "0.1.2.3", "fe80::1", "fd00::1", "::1", "ff02::1"})
-        EXPECT_FALSE(istOeffentlich(asio::ip::make_address(nein))) << nein;
+          "240.0.0.1", "0.1.2.3", "", "fe80::1", "fd00::1", "::1", "ff02::1"})
+        EXPECT_FALSE(mobilsteg::istOeffentlich(nein)) << nein;
 }
 
 struct Tisch : testing::Test {

@@ -1,4 +1,4 @@
-#include "volltunnel/Nutzerordner.hpp"
+#include "plattform/Nutzerordner.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -6,7 +6,7 @@
 
 #include <cstdio>
 
-namespace mobilsteg::volltunnel {
+namespace mobilsteg {
 
 namespace {
 
@@ -66,4 +66,4 @@ void Nutzerordner::entferne(const std::string& endung) const {
     ::unlinkat(ordner_.nummer(), (name_ + endung).c_str(), 0);
 }
 
-} // namespace mobilsteg::volltunnel
+} // namespace mobilsteg

@@ -1,4 +1,4 @@
-#include "handy/Lauf.hpp"
+#include "plattform/Lauf.hpp"
 
 #include "plattform/Kindprozess.hpp"
 #include "plattform/Text.hpp"
@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <csignal>
 
 namespace mobilsteg {
@@ -62,23 +63,44 @@ bool bisEnde(Kindprozess& kind, Ergebnis& ergebnis, std::chrono::duration<double
     return true;
 }
 
-} // namespace
-
-Ergebnis lauf(const std::string& programm, const std::vector<std::string>& argumente, double sekunden) {
+/// With `befristet` nobody who keeps the outputs open is waited for.
+Ergebnis fuehreAus(const std::string& programm, const std::vector<std::string>& argumente, double sekunden,
+                   bool befristet) {
     Startversuch versuch = starteProzess(programm, argumente);
     if (!versuch.kind)
         return {-1, "", versuch.grund};
     Kindprozess& kind = *versuch.kind;
     Ergebnis ergebnis;
     if (!bisEnde(kind, ergebnis, std::chrono::duration<double>(sekunden))) {
+        ergebnis.abgelaufen = true;
         kind.bitteUmEnde();
         bisEnde(kind, ergebnis, gnadenfrist);
     }
-    while (kind.ausgabe || kind.fehler)
-        warte(kind, ergebnis, -1, -1);
+    const auto frist = Zeit::now() + nachlauf;
+    while ((kind.ausgabe || kind.fehler) && !(befristet && Zeit::now() > frist))
+        warte(kind, ergebnis, -1, befristet ? nachfrageMs : -1);
     bisEnde(kind, ergebnis, nachlauf);
     // Still running with both outputs closed: it was asked to go and will.
-    return {kind.ernte().value_or(SIGTERM), alsUtf8(ergebnis.ausgabe), alsUtf8(ergebnis.fehler)};
+    return {kind.ernte().value_or(SIGTERM), alsUtf8(ergebnis.ausgabe), alsUtf8(ergebnis.fehler),
+            ergebnis.abgelaufen};
+}
+
+} // namespace
+
+std::string Ergebnis::grund() const {
+    return std::string(beschnitten(fehler.empty() ? ausgabe : fehler));
+}
+
+Ergebnis lauf(const std::string& programm, const std::vector<std::string>& argumente, double sekunden) {
+    return fuehreAus(programm, argumente, sekunden, false);
+}
+
+Ergebnis laufBefristet(const Befehl& befehl, double sekunden) {
+    Ergebnis ergebnis = fuehreAus(befehl.front(), {befehl.begin() + 1, befehl.end()}, sekunden, true);
+    if (ergebnis.abgelaufen)
+        ergebnis.fehler = befehl.front() + ": keine Antwort in " +
+                          std::to_string(static_cast<int>(std::lround(sekunden))) + " s";
+    return ergebnis;
 }
 
 } // namespace mobilsteg

@@ -12,8 +12,12 @@ struct Ergebnis {
     std::int32_t status = -1; ///< exit code, or the number of the signal that ended it; -1: never started
     std::string ausgabe;      ///< standard output's first 16 MB, invalid UTF-8 repaired
     std::string fehler;       ///< standard error likewise; when never started, the reason in German
+    bool abgelaufen = false;  ///< asked to end at the limit: what it has done is not known
 
     bool operator==(const Ergebnis&) const = default;
+    [[nodiscard]] bool gelungen() const { return status == 0 && !abgelaufen; }
+    /// What it said about its failure, without line ends around.
+    [[nodiscard]] std::string grund() const;
 };
 
 /// Runs a tool: absolute path, arguments, time limit in seconds.
@@ -26,5 +30,11 @@ using Laeufer = std::function<Ergebnis(const std::string& programm, const std::v
 /// caller waiting, because a tool shot in the middle of changing the system does more harm than a late one.
 [[nodiscard]] Ergebnis lauf(const std::string& programm, const std::vector<std::string>& argumente,
                             double sekunden);
+
+using Befehl = std::vector<std::string>; ///< absolute path of a tool and its arguments
+
+/// The same for callers that nothing may hold up: a tool that is still there 2.0 s after SIGTERM is left
+/// behind, and so is whoever keeps its outputs open after its end. At the limit `fehler` says so in German.
+[[nodiscard]] Ergebnis laufBefristet(const Befehl& befehl, double sekunden);
 
 } // namespace mobilsteg

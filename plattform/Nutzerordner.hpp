@@ -4,11 +4,11 @@
 
 #include <sys/stat.h>
 
-namespace mobilsteg::volltunnel {
+namespace mobilsteg {
 
-/// The folder of the stop file, in which the helper and the program talk. It belongs to the user, and what we
-/// write there we write as that user and without following a link: whoever may write there can plant one.
-/// For a process with one thread, or one that is the user's already. Blocks on the disk only.
+/// A user's folder in which a process of root talks with one of that user's, by files named after a stop
+/// file. What is written there is written as that user and without following a link: whoever may write there
+/// can plant one. For a process with one thread, or one that is the user's already. Blocks on the disk only.
 class Nutzerordner {
 public:
     /// `stopp`: the stop file's absolute path. Check `da()`.
@@ -33,4 +33,4 @@ private:
     struct stat wem_ {};
 };
 
-} // namespace mobilsteg::volltunnel
+} // namespace mobilsteg
