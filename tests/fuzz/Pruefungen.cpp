@@ -29,6 +29,8 @@
 #include <array>
 #include <cerrno>
 
+#include "volltunnel/Namen.hpp"
+
 namespace mobilsteg::fuzz {
 
 namespace {
@@ -321,6 +323,22 @@ void paket(std::string_view bytes) {
     verlange(!stimmten || p == ganzes, "rewritten there and back it is the same");
 }
 
+void namen(std::string_view bytes) {
+    using namespace volltunnel;
+    if (!istFrage(bytes))
+        return;
+    const std::size_t hoechstens = hoechstlaenge(bytes);
+    verlange(hoechstens >= 512 && hoechstens <= 65'535, "a length that UDP knows");
+    const std::string nein = servfail(bytes);
+    verlange(!istFrage(nein) && nein.size() <= bytes.size() && nein.substr(0, 2) == bytes.substr(0, 2) &&
+                 (nein[3] & 15) == 2,
+             "an answer to that question, not longer than it");
+    const std::string kurz = gekuerzt(bytes, 20);
+    verlange(kurz == bytes ||
+                 ((kurz[2] & 2) != 0 && kurz.size() < 12 + 256 + 5 && kurz.size() <= bytes.size()),
+             "whole or marked as cut");
+}
+
 } // namespace
 
 std::span<const Pruefung> pruefungen() {
@@ -336,6 +354,8 @@ std::span<const Pruefung> pruefungen() {
         {"eingabe", eingabe, "", "befehl #\n", ""},
         {"einstellungen", einstellungen, "{", "\"#\":true,", R"("experte":true})"},
         {"geraete", geraete, "OKAY", "000AR5CT#\tnew\n", ""},
+        {"namen", namen, std::string("\x12\x34\1\0\0\1\0\0\0\0\xFF\xFF\1a\0\0\1\0\1", 19),
+         std::string("\0\0\x30\0\1\0\0\0\0\0\0", 11), ""},
         {"netzdienste", netzdienste, "  interface: en9\n====\n",
          "(#) LAN #\n(Hardware Port: LAN #, Device: en#)\n\n", ""},
         {"paket", paket, std::string("E\0\xFF\xFF\0\0\0\0@\6\0\0\n\0\0\1\x01\1\1\1", 20), "#", ""},
