@@ -1,6 +1,7 @@
 // What the helper decides and what it says to the system's tools, without a tunnel.
 
 #include "plattform/Nutzerordner.hpp"
+#include "plattform/Text.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/volltunnel/Pakete.hpp"
 
@@ -21,15 +22,8 @@ using std::chrono::seconds;
 namespace {
 
 std::vector<std::string> worte(std::string_view zeile) {
-    std::vector<std::string> alle;
-    for (std::size_t ende = 0; ende != std::string::npos;
-         zeile.remove_prefix(std::min(ende, zeile.size() - 1) + 1)) {
-        ende = zeile.find(' ');
-        alle.emplace_back(zeile.substr(0, ende));
-        if (ende == std::string::npos)
-            break;
-    }
-    return alle;
+    const auto stuecke = teile(zeile, ' ');
+    return {stuecke.begin(), stuecke.end()};
 }
 
 TEST(Befehlszeile, liestWasDasProgrammSchreibtUndSonstNichts) {
@@ -190,27 +184,22 @@ TEST(Vpnwege, einVerbundenesBehaeltSeinenWeg) {
     const Vpn verbunden{"Firma", {a("1.1.1.1")}, true};
     const Openvpn daneben{a("10.0.0.9"), a("2.2.2.2")};
     const Openvpn durch{eigene, a("2.2.2.2")};
+    const std::set<std::string> beide{"1.1.1.1", "2.2.2.2"};
     struct Fall {
         bool nurVPN, vpnDurch;
         std::vector<Vpn> vpns;
         std::vector<Openvpn> openvpn;
         std::set<std::string> lebende, wege, gesicherte;
     };
-    for (const Fall& f : std::vector<Fall>{
-             {false, false, {ruhend}, {}, {}, {"1.1.1.1"}, {}},
-             {false, false, {verbunden}, {daneben}, {}, {"1.1.1.1", "2.2.2.2"}, {}},
-             {false, false, {verbunden}, {durch}, {"1.1.1.1", "2.2.2.2"}, {}, {"Firma", "OpenVPN"}},
-             {false, true, {ruhend}, {}, {}, {}, {}},
-             {false, true, {verbunden}, {daneben}, {}, {"1.1.1.1", "2.2.2.2"}, {}},
-             {true, false, {ruhend}, {}, {}, {"1.1.1.1"}, {}},
-             {true, false, {verbunden}, {daneben}, {}, {}, {}},
-             {true,
-              false,
-              {verbunden},
-              {durch},
-              {"1.1.1.1", "2.2.2.2"},
-              {"1.1.1.1", "2.2.2.2"},
-              {"Firma", "OpenVPN"}}}) {
+    for (const Fall& f :
+         std::vector<Fall>{{false, false, {ruhend}, {}, {}, {"1.1.1.1"}, {}},
+                           {false, false, {verbunden}, {daneben}, {}, beide, {}},
+                           {false, false, {verbunden}, {durch}, beide, {}, {"Firma", "OpenVPN"}},
+                           {false, true, {ruhend}, {}, {}, {}, {}},
+                           {false, true, {verbunden}, {daneben}, {}, beide, {}},
+                           {true, false, {ruhend}, {}, {}, {"1.1.1.1"}, {}},
+                           {true, false, {verbunden}, {daneben}, {}, {}, {}},
+                           {true, false, {verbunden}, {durch}, beide, beide, {"Firma", "OpenVPN"}}}) {
         Vpnwege wege(f.nurVPN, f.vpnDurch);
         const auto b = wege.werte(f.vpns, f.openvpn,
                                   [&](const Adresse& s) { return f.lebende.contains(s.to_string()); });
