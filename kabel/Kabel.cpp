@@ -1,6 +1,7 @@
 #include "kabel/Kabel.hpp"
 
 #include "kabel/Stand.hpp"
+#include "kabel/Standausgabe.hpp"
 #include "kabel/Zustand.hpp"
 #include "plattform/Dateien.hpp"
 

@@ -39,16 +39,4 @@ struct Standangaben {
 /// Pure.
 [[nodiscard]] std::string standzeile(std::string_view dokument);
 
-/// Whoever serves the document to others on this Mac.
-class Standausgabe {
-public:
-    virtual ~Standausgabe() = default;
-
-    /// Begins to serve; once, from any queue. A failure is silent.
-    virtual void starte() = 0;
-
-    /// From now on these bytes are served. From any queue; does not block.
-    virtual void setzeDokument(std::string bytes) = 0;
-};
-
 } // namespace mobilsteg

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kabel/Stand.hpp"
+#include "kabel/Standausgabe.hpp"
 #include "plattform/AsioSchlange.hpp"
 
 #include <cstdint>

@@ -2,7 +2,7 @@
 
 #include "handy/Http.hpp"
 #include "kabel/Kabel.hpp"
-#include "kabel/Stand.hpp"
+#include "kabel/Standausgabe.hpp"
 #include "plattform/Anschluesse.hpp"
 #include "probe/welt/VirtuelleWelt.hpp"
 #include "tests/hilfe/Ordner.hpp"

@@ -1,5 +1,6 @@
 // What the controller reads and writes: the settings and the status document.
 
+#include "kabel/Stand.hpp"
 #include "tests/hilfe/KabelWelt.hpp"
 
 #include <gmock/gmock.h>
