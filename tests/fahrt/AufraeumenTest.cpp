@@ -11,7 +11,7 @@ namespace {
 
 TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
     Fahrtbank bank;
-    bank.mitTunnel(einstellungen);
+    bank.mitTunnel(einstellungsdatei);
     const auto handy = bank.handy();
     bank.starte();
     ASSERT_TRUE(bank.imStand(laeuftImStand));
@@ -19,7 +19,7 @@ TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
     EXPECT_TRUE(bank.kommt(tunnellog, "der Bordlotse ist weg")) << "the helper goes by itself";
     EXPECT_TRUE(warteBis([&] { return !bank.helferLaeuft(); }));
     EXPECT_TRUE(bank.proxyAn());
-    bank.ordner.lege(einstellungen, "{ kaputt");
+    bank.ordner.lege(einstellungsdatei, "{ kaputt");
     const std::string fremder =
         handy->serial() + " tcp:" + bank.adb({"forward", "tcp:0", "tcp:8080"}) + " tcp:8080";
 
@@ -31,17 +31,17 @@ TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
     EXPECT_THAT(bank.protokoll(), HasSubstr("  Aufräumen: System-Proxy „Wi-Fi“: ausgeschaltet\n"));
     EXPECT_FALSE(bank.proxyAn());
     EXPECT_EQ(bank.forwards(), fremder) << "nobody else's is taken away";
-    EXPECT_EQ(bank.ordner.lies(einstellungen), "{ kaputt") << "not overwritten";
+    EXPECT_EQ(bank.ordner.lies(einstellungsdatei), "{ kaputt") << "not overwritten";
 
     bank.starte();
     bank.programm->tippe("nein");
     EXPECT_TRUE(bank.kommt(protokolldatei, "Die Einstellungen waren beschädigt und gelten nicht mehr; sie"));
-    EXPECT_TRUE(bank.kommt(einstellungen + ".defekt", "{ kaputt"));
+    EXPECT_TRUE(bank.kommt(einstellungsdatei + ".defekt", "{ kaputt"));
 }
 
 TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
     Fahrtbank bank;
-    bank.mitTunnel(einstellungen);
+    bank.mitTunnel(einstellungsdatei);
     const auto handy = bank.handy();
     bank.starte();
     ASSERT_TRUE(bank.imStand(laeuftImStand));
@@ -130,7 +130,7 @@ TEST(Aufraeumen, sagtWasBliebUndWasImWegSteht) {
             merke() { echo "{\"proxy.dienst\":\"$1\"}" >"$unsere"; }
             echo '{"profil":"reise"}' >"$unsere"; )" +
                       davor,
-                  bank.ordner.pfad() + "/mac", bank.ordner.pfad() + einstellungen,
+                  bank.ordner.pfad() + "/mac", bank.ordner.pfad() + einstellungsdatei,
                   QUELL_ORDNER "/probe/mac/aufbauen"},
                  60);
         const auto ergebnis = bank.rufe({fall.option});
@@ -141,7 +141,7 @@ TEST(Aufraeumen, sagtWasBliebUndWasImWegSteht) {
             EXPECT_EQ(ergebnis.ausgabe.find("\nVon Hand: ") != std::string::npos, fall.status == 1);
             EXPECT_EQ(bank.ordner.lies("/mac/zustand/socks").find("on\t127.") != std::string::npos,
                       davor.find("ohne-admin") != std::string::npos);
-            EXPECT_EQ(bank.ordner.lies(einstellungen).find("Wi-Fi") != std::string::npos,
+            EXPECT_EQ(bank.ordner.lies(einstellungsdatei).find("Wi-Fi") != std::string::npos,
                       fall.status == 1 && davor.find("merke Wi-Fi") != std::string::npos)
                 << "the next one can try again, but not for ever";
         }
@@ -150,7 +150,7 @@ TEST(Aufraeumen, sagtWasBliebUndWasImWegSteht) {
 
 TEST(Befehlszeile, sagtWasFalschIstUndWasSieSiehtUndAendertNichts) {
     const Fahrtbank bank;
-    const auto vorher = bank.ordner.lies(einstellungen);
+    const auto vorher = bank.ordner.lies(einstellungsdatei);
     bank.ordner.lege("/mac/Applications/Google Chrome.app/Contents/Info.plist", "");
     for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
         ::unsetenv(variable);
@@ -177,7 +177,7 @@ TEST(Befehlszeile, sagtWasFalschIstUndWasSieSiehtUndAendertNichts) {
         for (const auto zeile : teile(worte == hilfe ? ergebnis.ausgabe : "", '\n'))
             EXPECT_LE(zeichenzahl(zeile), 80U) << zeile;
     }
-    EXPECT_EQ(bank.ordner.lies(einstellungen), vorher);
+    EXPECT_EQ(bank.ordner.lies(einstellungsdatei), vorher);
     EXPECT_EQ(bank.rufe({"--heim=" + bank.ordner.pfad() + "/anderswo", "--anmelden", "an"}).status, 0);
     EXPECT_THAT(bank.ordner.lies("/anderswo/.config/autostart/de.mobilsteg.bordlotse.desktop"),
                 HasSubstr("\nExec=\"" + bank.ordner.pfad() + "/bin/mobilsteg-bordlotse\"\n"));

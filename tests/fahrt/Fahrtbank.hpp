@@ -22,7 +22,7 @@
 namespace mobilsteg {
 
 // Where things lie below a trip's folder.
-inline const std::string einstellungen = "/heim/Library/Preferences/de.mobilsteg.bordlotse.json";
+inline const std::string einstellungsdatei = "/heim/Library/Preferences/de.mobilsteg.bordlotse.json";
 inline const std::string vpnEinstellungen = "/heim/Library/Preferences/de.mobilsteg.vpnlotse.json";
 inline const std::string anwendungsordner = "/heim/Library/Application Support/Mobilsteg Bordlotse/";
 inline const std::string standdatei = anwendungsordner + "stand.json";
@@ -135,7 +135,7 @@ public:
         EXPECT_TRUE(portFrei(1080)) << "Port 1080 ist belegt: die Fahrt braucht ihn";
         const auto aufbau = lauf("/bin/sh", {QUELL_ORDNER "/probe/mac/aufbauen", ordner.pfad() + "/mac"}, 60);
         EXPECT_EQ(aufbau.status, 0) << aufbau.fehler;
-        ordner.lege(einstellungen, R"({"profil":"reise","austritt.dienst":"http://austritt.probe/"})");
+        ordner.lege(einstellungsdatei, R"({"profil":"reise","austritt.dienst":"http://austritt.probe/"})");
         mitTunnel(vpnEinstellungen);
     }
     ~Fahrtbank() {

@@ -59,7 +59,7 @@ TEST(Fenster, einKlickOeffnetDasPanelUndEinKlickStelltUm) {
 
     const Fenster kleines = panel();
     klicke(kleines.x + 20, kleines.y + kleines.hoehe - 24); // the box at the left of the bottom row
-    EXPECT_TRUE(bank.kommt(einstellungen, "\"experte\": true"));
+    EXPECT_TRUE(bank.kommt(einstellungsdatei, "\"experte\": true"));
     EXPECT_TRUE(warteBis([&] { return panel().hoehe > kleines.hoehe; })) << "the expert's block";
 
     (void)xdotool("key Escape");

@@ -59,7 +59,7 @@ TEST(Kabel, vonDerStrassensperreBisZurFahrtUndMitEinemAnderenHandyBisZumAbsturz)
 TEST(Erhebung, expertenfahrtMitBrowsernUndVpns) {
     Fahrtbank bank;
     bank.ordner.lege("/mac/Applications/Google Chrome.app/Contents/Info.plist", "");
-    bank.ordner.lege(einstellungen, R"({"profil":"reise","experte":true,"volltunnel.erklaert":true,
+    bank.ordner.lege(einstellungsdatei, R"({"profil":"reise","experte":true,"volltunnel.erklaert":true,
                                         "austritt.dienst":"http://austritt.probe/"})");
     bank.ordner.lege(anwendungsordner + "volltunnel.stopp.vpns.vorlage",
                      R"({"vpns":[{"dienst":"Werk Nord","server":"198.51.100.20"}]})");
