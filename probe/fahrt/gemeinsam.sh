@@ -1,7 +1,7 @@
 # Shared by the two ways to take the trip: simulated Mac, simulated phone, an adb server of the trip's own.
 # shellcheck shell=sh
 
-hier=$(cd "$(dirname "$0")/../.." && pwd)
+hier=${hier:-$(cd "$(dirname "$0")/../.." && pwd)}
 bin=$hier/bau/release/bin
 fahrt=$hier/bau/fahrt
 mac=$fahrt/mac
@@ -28,12 +28,13 @@ bereite_vor() {
     [ "$GERAET" = ja ] || vorgaben=$vorgaben'"austritt.dienst": "http://austritt.probe/", '
     echo "{ $vorgaben\"proxy.automatisch\": true }" >"$heim/Library/Preferences/de.mobilsteg.$AUSGABE.json"
     # A VPN that the tunnel's helper takes along, if one runs.
-    echo '{"vpns": [{"dienst": "Werk Nord", "server": "198.51.100.20"}]}' >"$stopp.vpns.vorlage"
+    echo '{"vpns": [{"dienst": "Heimnetz", "server": "198.51.100.20"}]}' >"$stopp.vpns.vorlage"
     [ "$GERAET" = nein ] || return 0
     export ANDROID_ADB_SERVER_PORT=5640 # a server of our own leaves the user's devices alone
     "$bin/mobilsteg-probehandy" --port 5641 --steuerport 5642 --ordner "$fahrt/handy" --ohne-debugging \
         --weitergabe-aus --adb-server $ANDROID_ADB_SERVER_PORT </dev/null >"$fahrt/handy.log" 2>&1 &
     handy_pid=$!
+    [ -z "$NETZ" ] || echo /proc/$handy_pid/ns/net >"$fahrt/netz"
     warte_bis "das simulierte Handy" grep -q steuerung "$fahrt/handy.log"
 }
 

@@ -3,11 +3,15 @@
 #include "plattform/Text.hpp"
 #include "probe/handy/AdbVerbindung.hpp"
 #include "probe/handy/Handy.hpp"
+#include "probe/handy/Netz.hpp"
 
 #include <nlohmann/json.hpp>
 
+#include <sys/socket.h>
+
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 namespace mobilsteg::probehandy {
 
@@ -17,8 +21,8 @@ using nlohmann::json;
 
 constexpr std::string_view kopfende = "\r\n\r\n";
 
-// The proxy. It leads nowhere but to one name that exists only in here and tells its callers an address, as
-// the services for that do in the internet.
+// The proxy. Behind it lies no internet: one name that exists only in here tells its callers an address, as
+// the services for that do, and every address is this machine's own loopback.
 constexpr std::string_view austrittsname = "austritt.probe";
 constexpr std::string_view austrittsadresse = "203.0.113.7\n";
 
@@ -49,6 +53,29 @@ void antworteAustritt(Strom& strom, Handy& handy) {
     strom.schreibe(antwort);
 }
 
+/// With no way into the net the bytes wait and the connection holds, as the real app does it.
+void warteAufNetz(Handy& handy, std::uint64_t& zaehler, std::size_t menge) {
+    for (;; std::this_thread::sleep_for(std::chrono::milliseconds(50))) {
+        const std::scoped_lock sperre(handy.schloss);
+        if (!handy.wlan.da && !handy.mobilfunk.da)
+            continue;
+        zaehler += menge;
+        return;
+    }
+}
+
+void reicheDurch(Strom& strom, Handy& handy, const Deskriptor& buchse) {
+    std::thread herein([&] {
+        for (std::string bytes; !(bytes = lies(buchse)).empty() && strom.schreibe(bytes);)
+            warteAufNetz(handy, handy.bytesRunter, bytes.size());
+        strom.schliesse();
+    });
+    for (std::string bytes; !(bytes = strom.lies()).empty() && sende(buchse, bytes);)
+        warteAufNetz(handy, handy.bytesHoch, bytes.size());
+    ::shutdown(buchse.nummer(), SHUT_RDWR);
+    herein.join();
+}
+
 void bedieneSocks(Strom& strom, Handy& handy) {
     std::string benehmen;
     {
@@ -64,23 +91,27 @@ void bedieneSocks(Strom& strom, Handy& handy) {
     if (gruss.size() < 2 || strom.lies(byte(gruss, 1)).size() < byte(gruss, 1) || benehmen == "kaputt")
         return;
     strom.schreibe(std::string{5, 0});
-    const std::string auftrag =
-        strom.lies(5); // version, command, reserved, kind of address, the name's length
-    if (auftrag.size() < 5)
+    const std::string auftrag = strom.lies(4); // version, command, reserved, kind of address
+    if (auftrag.size() < 4 || byte(auftrag, 1) != 1)
         return;
-    if (byte(auftrag, 1) != 1 || byte(auftrag, 3) != 3) { // anything but connecting to a name
-        antworteSocks(strom, 8);
-        return;
-    }
-    const std::string name = strom.lies(byte(auftrag, 4));
+    const bool name = byte(auftrag, 3) == 3;
+    const std::string laenge = name ? strom.lies(1) : std::string(1, byte(auftrag, 3) == 4 ? 16 : 4);
+    const std::string ziel = laenge.empty() ? "" : strom.lies(byte(laenge, 0));
     const std::string port = strom.lies(2);
     if (port.size() < 2)
         return;
+    const int nummer = byte(port, 0) * 256 + byte(port, 1);
+    if (!name) {
+        const Deskriptor buchse = verbinde(nummer);
+        if (antworteSocks(strom, buchse ? 0 : 5) && buchse) // 5: refused
+            reicheDurch(strom, handy, buchse);
+        return;
+    }
     {
         const std::scoped_lock sperre(handy.schloss);
-        handy.proxyziele.push_back(name + ":" + std::to_string(byte(port, 0) * 256 + byte(port, 1)));
+        handy.proxyziele.push_back(ziel + ":" + std::to_string(nummer));
     }
-    if (inKleinbuchstaben(name) != austrittsname)
+    if (inKleinbuchstaben(ziel) != austrittsname)
         antworteSocks(strom, 4); // no such host
     else if (antworteSocks(strom, 0))
         antworteAustritt(strom, handy);

@@ -1,8 +1,5 @@
 #include "probe/handy/Handy.hpp"
 
-#include "plattform/Text.hpp"
-
-#include <cstdlib>
 #include <functional>
 #include <map>
 
@@ -18,7 +15,6 @@ ziehen                           das Kabel ziehen
 debugging an                     der Rechner darf auf das Handy zugreifen
 weg wlan|mobilfunk               ein Weg ins Netz fällt aus
 da wlan|mobilfunk                … und kommt wieder
-rtt wlan|mobilfunk MS            seine Laufzeit in Millisekunden
 proxy heil|kaputt|stumm          wie sich der SOCKS-Proxy benimmt
 bericht an|aus                   das Handy nimmt Berichte an
 antwort [TEXT]                   was die App dem Mac antwortet; ohne TEXT: was wahr ist
@@ -88,13 +84,6 @@ bool fuehreAus(Handy& handy, std::string_view befehl) {
     }
     if (befehl.starts_with("antwort ")) {
         handy.antwort = befehl.substr(befehl.find(' ') + 1);
-        return true;
-    }
-    const auto worte = teile(befehl, ' ');
-    if (worte.size() != 3)
-        return false;
-    if (worte[0] == "rtt" && (worte[1] == "wlan" || worte[1] == "mobilfunk")) {
-        (worte[1] == "wlan" ? handy.wlan : handy.mobilfunk).rttMs = std::atof(std::string(worte[2]).c_str());
         return true;
     }
     return false;

@@ -111,10 +111,15 @@ std::string liesBis(const Deskriptor& buchse, char ende) {
 
 std::string liesAlles(const Deskriptor& buchse) {
     std::string text;
-    char block[4096];
-    while (const std::size_t menge = liesEtwas(buchse, block, sizeof block))
-        text.append(block, menge);
+    for (std::string stueck; !(stueck = lies(buchse)).empty();)
+        text += stueck;
     return text;
+}
+
+std::string lies(const Deskriptor& buchse) {
+    std::string block(65'536, '\0');
+    block.resize(liesEtwas(buchse, block.data(), block.size()));
+    return block;
 }
 
 } // namespace mobilsteg::probehandy

@@ -28,4 +28,7 @@ bool sende(const Deskriptor& buchse, std::string_view bytes);
 [[nodiscard]] std::string liesBis(const Deskriptor& buchse, char ende);
 [[nodiscard]] std::string liesAlles(const Deskriptor& buchse);
 
+/// What is there next; empty: the connection's end.
+[[nodiscard]] std::string lies(const Deskriptor& buchse);
+
 } // namespace mobilsteg::probehandy
