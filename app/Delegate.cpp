@@ -71,21 +71,13 @@ void erststart(Kabel& kabel, Einstellungen& einstellungen, Dialog& dialog) {
 
 // --- beginning and ends ----------------------------------------------------------------------------------
 
-namespace {
-
-// Until the work queue begins with the clean-up; until that is over; for the proxy alone.
-constexpr auto fristBeginn = std::chrono::seconds(15);
-constexpr auto fristEnde = std::chrono::seconds(75);
-constexpr auto fristNotfall = std::chrono::seconds(15);
-
-} // namespace
-
 struct Delegate::Verlauf {
     std::promise<void> begonnen, beendet;
 };
 
-Delegate::Delegate(Einstellungen& einstellungen, Dialog& dialog, std::function<void(int)> beende)
-    : einstellungen_(einstellungen), dialog_(dialog), beende_(std::move(beende)) {}
+Delegate::Delegate(Einstellungen& einstellungen, Dialog& dialog, std::function<void(int)> beende,
+                   Fristen fristen)
+    : einstellungen_(einstellungen), dialog_(dialog), beende_(std::move(beende)), fristen_(fristen) {}
 
 void Delegate::applicationDidFinishLaunching() {
     erststart(Kabel::gemeinsam(), einstellungen_, dialog_);
@@ -111,8 +103,8 @@ void Delegate::applicationWillTerminate() {
 
 /// Ends the process without the work queue when a tool that is deaf to everything holds that.
 void Delegate::wache(Verlauf& verlauf) {
-    if (verlauf.begonnen.get_future().wait_for(fristBeginn) == std::future_status::ready &&
-        verlauf.beendet.get_future().wait_for(fristEnde) == std::future_status::ready)
+    if (verlauf.begonnen.get_future().wait_for(fristen_.beginn) == std::future_status::ready &&
+        verlauf.beendet.get_future().wait_for(fristen_.ende) == std::future_status::ready)
         return;
     std::promise<void> getan;
     auto wann = getan.get_future();
@@ -121,7 +113,7 @@ void Delegate::wache(Verlauf& verlauf) {
         Kabel::gemeinsam().nimmProxyNotfallsWeg();
         getan.set_value();
     }).detach();
-    (void)wann.wait_for(fristNotfall);
+    (void)wann.wait_for(fristen_.notfall);
     beende_(0);
 }
 

@@ -25,8 +25,17 @@ void erststart(Kabel& kabel, Einstellungen& einstellungen, Dialog& dialog);
 /// What happens at the program's beginning and at each of its ends.
 class Delegate {
 public:
+    /// How long an end is waited for: until the work queue begins with the clean-up; until that is over; and
+    /// then for the proxy alone.
+    struct Fristen {
+        Dauer beginn = std::chrono::seconds(15), ende = std::chrono::seconds(75),
+              notfall = std::chrono::seconds(15);
+    };
+
     /// `beende` ends the process with a status and does not return.
-    Delegate(Einstellungen& einstellungen, Dialog& dialog, std::function<void(int)> beende);
+    Delegate(Einstellungen& einstellungen, Dialog& dialog, std::function<void(int)> beende, Fristen fristen);
+    Delegate(Einstellungen& einstellungen, Dialog& dialog, std::function<void(int)> beende)
+        : Delegate(einstellungen, dialog, std::move(beende), Fristen()) {}
 
     /// Main queue, once: the first start's questions, the signals' handling, then the controller's clock.
     /// Blocks until the questions are answered.
@@ -48,6 +57,7 @@ private:
     Einstellungen& einstellungen_;
     Dialog& dialog_;
     std::function<void(int)> beende_;
+    Fristen fristen_;
     std::string aufgeraeumtes_; ///< the log's lines; on the controller's queue
     AsioSchlange signalQ_{"signale"};
     std::vector<Signalquelle> signalQuellen_;

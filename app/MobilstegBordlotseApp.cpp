@@ -37,7 +37,8 @@ std::optional<std::string> nimmHeim(Laufsperre& sperre) {
     const auto anderer = sperre.nimm();
     if (!anderer)
         return std::nullopt;
-    auto text = "läuft schon (Prozess " + std::to_string(anderer->laeufer) + ")";
+    auto text = anderer->laeufer > 0 ? "läuft schon (Prozess " + std::to_string(anderer->laeufer) + ")"
+                                     : "räumt noch nach einem früheren Lauf auf";
     std::fprintf(stderr, "%s: %s\n", std::filesystem::path(eigenesProgramm()).filename().c_str(),
                  text.c_str());
     return text;

@@ -104,7 +104,8 @@ void Kabel::takt() {
     schritt(); // what follows may take a minute
     if (endet_)
         return;
-    ++tick_;
+    if (++tick_ == 2) // of a run before this one, whose tools have ended by now
+        (void)proxy_.klaereUngewisse();
 
     if (tick_ % berichtTakte == 0 && letzteAntwort_)
         berichteSenden();
@@ -254,7 +255,7 @@ void Kabel::nimmProxyNotfallsWeg() {
     protokoll("Das Aufräumen kommt nicht voran -- schalte nur den System-Proxy aus");
     // One of its own: the other one's queue may be in the middle of using it.
     SystemProxy proxy(anschluesse_.laeufer, anschluesse_.orte, anschluesse_.einstellungen);
-    auto wegnahmen = proxy.klaereUngewisse();
+    auto wegnahmen = proxy.klaereUngewisse(false); // the tool that hangs may be the one that sets it
     if (auto wegnahme = proxy.nimmWeg())
         wegnahmen.push_back(std::move(*wegnahme));
     for (const auto& [dienst, grund] : wegnahmen)
@@ -328,7 +329,7 @@ void Kabel::proxyWeg() {
 /// Logs failures, each once until something changes. Returns the service from which the proxy was removed;
 /// absent: from none.
 std::optional<std::string> Kabel::nimmProxyWeg() {
-    auto wegnahmen = proxy_.klaereUngewisse();
+    auto wegnahmen = proxy_.klaereUngewisse(tick_ > 0);
     std::optional<std::string> entfernt;
     if (auto wegnahme = proxy_.nimmWeg()) {
         lageIntern_.proxyGesetzt = false;

@@ -114,16 +114,16 @@ Ergebnis SystemProxy::schalteAus(const std::string& dienst) {
     return networksetup({"-setsocksfirewallproxystate", dienst, "off"}, aendernSekunden);
 }
 
-std::vector<SystemProxy::Wegnahme> SystemProxy::klaereUngewisse() {
+std::vector<SystemProxy::Wegnahme> SystemProxy::klaereUngewisse(bool endgueltig) {
     std::vector<Wegnahme> misslungene;
     for (const auto& dienst : ungewisse_.lies())
-        if (auto grund = klaere(dienst))
+        if (auto grund = klaere(dienst, endgueltig))
             misslungene.push_back({dienst, std::move(grund)});
     return misslungene;
 }
 
 /// Absent: the service's proxy does not point at us (any more).
-std::optional<std::string> SystemProxy::klaere(const std::string& dienst) {
+std::optional<std::string> SystemProxy::klaere(const std::string& dienst, bool endgueltig) {
     switch (ziel(dienst)) {
     case Ziel::unbekannt:
         return "sein Proxy lässt sich nicht befragen";
@@ -138,7 +138,8 @@ std::optional<std::string> SystemProxy::klaere(const std::string& dienst) {
     case Ziel::andere:
         break;
     }
-    ungewisse_.vergiss(dienst);
+    if (endgueltig)
+        ungewisse_.vergiss(dienst);
     return std::nullopt;
 }
 

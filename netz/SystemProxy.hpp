@@ -50,8 +50,9 @@ public:
     /// Settles the services whose proxy may be on without being remembered as set, because a switch was cut
     /// short by the tool's failure or by this program's death: one that points at us is switched off, others
     /// are forgotten. Returns those that failed, a vanished service included. Runs no tool when nothing is
-    /// uncertain.
-    [[nodiscard]] std::vector<Wegnahme> klaereUngewisse();
+    /// uncertain. Not `endgueltig`: they stay uncertain, because a tool that an earlier run had begun may
+    /// end its work only now.
+    [[nodiscard]] std::vector<Wegnahme> klaereUngewisse(bool endgueltig = true);
 
     /// Switches the service's proxy off and forgets what was remembered of it; the address stays configured.
     /// Absent: done; else the reason for the failure.
@@ -100,7 +101,7 @@ private:
     [[nodiscard]] Ergebnis networksetup(const std::vector<std::string>& argumente, double sekunden) const;
     [[nodiscard]] std::optional<std::string> setzen(const std::string& dienst);
     [[nodiscard]] Ergebnis schalteAus(const std::string& dienst);
-    [[nodiscard]] std::optional<std::string> klaere(const std::string& dienst);
+    [[nodiscard]] std::optional<std::string> klaere(const std::string& dienst, bool endgueltig = true);
     void schalteUmbenanntenAus();
 
     Laeufer laeufer_;

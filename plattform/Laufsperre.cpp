@@ -16,6 +16,7 @@ namespace {
 
 constexpr auto blickabstand = std::chrono::milliseconds(50);
 constexpr int warteblicke = 1200; // a minute
+constexpr int namensblicke = 10;
 
 } // namespace
 
@@ -34,15 +35,16 @@ std::string Laufsperre::pfad(const std::string& heim) {
 }
 
 std::optional<Laufsperre::Inhaber> Laufsperre::nimm() {
-    int vorher = 0;
+    int vorher = 0, gleiche = 0;
     for (int blick = 0; blick < warteblicke; ++blick) {
         if (!datei_ || versuche(LOCK_EX)) {
             schreibe({::getpid(), 0});
             return std::nullopt;
         }
-        // A number seen once may be a dead one's, whose watchman is about to strike it out.
+        // It may be a dead one's that nobody has reaped yet; its watchman is about to strike the number out.
         const Inhaber inhaber = lies();
-        if (inhaber.laeufer > 0 && inhaber.laeufer == vorher && ::kill(inhaber.laeufer, 0) == 0)
+        gleiche = inhaber.laeufer == vorher ? gleiche + 1 : 0;
+        if (inhaber.laeufer > 0 && gleiche >= namensblicke && ::kill(inhaber.laeufer, 0) == 0)
             return inhaber;
         vorher = inhaber.laeufer;
         std::this_thread::sleep_for(blickabstand);

@@ -1,7 +1,10 @@
 #include "app/Delegate.hpp"
+#include "plattform/Text.hpp"
 #include "tests/hilfe/KabelWelt.hpp"
 
 #include <gmock/gmock.h>
+
+#include <future>
 
 using namespace mobilsteg;
 
@@ -62,6 +65,28 @@ TEST(Delegate, sagtAmEndeWasEsZuruecknahm) {
         delegate.applicationWillTerminate();
         EXPECT_EQ(delegate.schlusswort(), soll);
     }
+}
+
+/// What holds the queue ends only with the process.
+TEST(Delegate, beendetDasProgrammNebenEinerArbeitDieNieEndet) {
+    KabelWelt w;
+    w.fahreLos();
+    Kabel::setzeGemeinsames(w.kabel.get());
+    std::promise<void> prozessende;
+    static std::promise<void> nie;
+    std::string gesehen;
+    const auto beende = [&](int status) {
+        gesehen =
+            std::to_string(status) + (w.socksAn["Wi-Fi"] ? " an " : " aus ") + verbunden(w.protokoll(), "|");
+        prozessende.set_value();
+        nie.get_future().wait();
+    };
+    Delegate delegate(w.einstellungen, w, beende, {.beginn = Dauer{}});
+    w.q->async([&] { prozessende.get_future().wait(); });
+    delegate.applicationWillTerminate();
+    EXPECT_THAT(gesehen, testing::AllOf(testing::StartsWith("0 aus "),
+                                        testing::EndsWith("schalte nur den System-Proxy aus|"
+                                                          "System-Proxy entfernt von Wi-Fi|Beendet")));
 }
 
 } // namespace
