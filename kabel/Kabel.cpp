@@ -251,19 +251,6 @@ void Kabel::aufraeumen() {
         anschluesse_.entlasseWaechter();
 }
 
-void Kabel::nimmProxyNotfallsWeg() {
-    protokoll("Das Aufräumen kommt nicht voran -- schalte nur den System-Proxy aus");
-    // One of its own: the other one's queue may be in the middle of using it.
-    SystemProxy proxy(anschluesse_.laeufer, anschluesse_.orte, anschluesse_.einstellungen);
-    auto wegnahmen = proxy.klaereUngewisse(false); // the tool that hangs may be the one that sets it
-    if (auto wegnahme = proxy.nimmWeg())
-        wegnahmen.push_back(std::move(*wegnahme));
-    for (const auto& [dienst, grund] : wegnahmen)
-        protokoll(grund ? "System-Proxy nicht entfernt von " + dienst + ": " + *grund
-                        : "System-Proxy entfernt von " + dienst);
-    protokoll(Phase(Phase::Art::beendet).text());
-}
-
 /// Takes everything back first, so that even a wrong number leaves no proxy behind.
 void Kabel::brichAb(const std::string& warum) {
     protokoll("Programmierfehler: " + warum);
@@ -301,69 +288,6 @@ void Kabel::schreibeStand(const Phase& phase, const std::optional<Antwort>& antw
     legeElternordnerAn(standPfad_);
     schreibeAtomar(standPfad_, dokument, Haltbarkeit::fluechtig);
     anschluesse_.standdienst.setzeDokument(std::move(dokument));
-}
-
-// --- the system proxy ------------------------------------------------------------------------------------
-
-void Kabel::proxyAn() {
-    const auto setzung = proxy_.setze();
-    switch (setzung.ausgang) {
-    case SystemProxy::Ausgang::keinDienst:
-        return setze(Phase::proxyFehler("Keinen Netzwerkdienst gefunden — Proxy von Hand setzen"));
-    case SystemProxy::Ausgang::misslungen:
-        return setze(Phase::proxyFehler("System-Proxy nicht gesetzt: " + setzung.text));
-    case SystemProxy::Ausgang::gesetzt:
-        break;
-    }
-    protokoll("System-Proxy gesetzt auf " + setzung.text + ": " + amMac(socksPort));
-    letzteProxyfehler_.clear();
-    lageIntern_.proxyGesetzt = true;
-    lageIntern_.meldung.clear();
-}
-
-void Kabel::proxyWeg() {
-    if (const auto dienst = nimmProxyWeg())
-        protokoll("System-Proxy entfernt von " + *dienst);
-}
-
-/// Logs failures, each once until something changes. Returns the service from which the proxy was removed;
-/// absent: from none.
-std::optional<std::string> Kabel::nimmProxyWeg() {
-    auto wegnahmen = proxy_.klaereUngewisse(tick_ > 0);
-    std::optional<std::string> entfernt;
-    if (auto wegnahme = proxy_.nimmWeg()) {
-        lageIntern_.proxyGesetzt = false;
-        if (!wegnahme->grund)
-            entfernt = wegnahme->dienst;
-        wegnahmen.push_back(std::move(*wegnahme));
-    }
-    std::set<std::string> fehler;
-    for (const auto& [dienst, grund] : wegnahmen)
-        if (grund)
-            fehler.insert("System-Proxy nicht entfernt von " + dienst + ": " + *grund);
-    for (const auto& zeile : fehler)
-        if (!letzteProxyfehler_.contains(zeile))
-            protokoll(zeile);
-    letzteProxyfehler_ = std::move(fehler);
-    return entfernt;
-}
-
-/// Its success ends the error of an earlier try.
-void Kabel::proxyVonHandAn() {
-    proxyAn();
-    if (proxy_.gesetzt() && lageIntern_.phase.art == Phase::Art::proxyFehler)
-        setze(Phase::Art::faehrt);
-}
-
-void Kabel::proxyUmschalten() {
-    aufQ([this] {
-        if (proxy_.gesetzt())
-            proxyWeg();
-        else if (verbindung_.zuletztGueltig() && verbindung_.wegSteht())
-            proxyVonHandAn();
-        else
-            lageIntern_.meldung = "Erst muss das Handy freigeben.";
-    });
 }
 
 // --- what is done every n-th tick ------------------------------------------------------------------------
