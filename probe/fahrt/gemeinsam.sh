@@ -3,7 +3,12 @@
 
 hier=${hier:-$(cd "$(dirname "$0")/../.." && pwd)}
 bin=$hier/bau/release/bin
-fahrt=$hier/bau/fahrt
+# Two trips at once leave each other alone.
+FAHRT=1
+while kill -0 "$(cat "$hier/bau/fahrt$FAHRT/pid" 2>/dev/null || echo x)" 2>/dev/null; do FAHRT=$((FAHRT + 1)); done
+fahrt=$hier/bau/fahrt$FAHRT
+steuerung="probe/fahrt/handy"
+[ $FAHRT = 1 ] || steuerung="FAHRT=$FAHRT $steuerung"
 mac=$fahrt/mac
 heim=$fahrt/heim
 adb=$mac/opt/homebrew/bin/adb
@@ -20,6 +25,7 @@ fehler() {
 bereite_vor() {
     rm -rf "$fahrt"
     mkdir -p "$heim/Library/Preferences" "$(dirname "$stopp")"
+    echo $$ >"$fahrt/pid"
     "$hier/probe/mac/aufbauen" "$mac"
     [ -x "$adb" ] || fehler "adb ist nicht installiert"
     # The travel edition asks nothing at the start.
@@ -30,9 +36,9 @@ bereite_vor() {
     # A VPN that the tunnel's helper takes along, if one runs.
     echo '{"vpns": [{"dienst": "Heimnetz", "server": "198.51.100.20"}]}' >"$stopp.vpns.vorlage"
     [ "$GERAET" = nein ] || return 0
-    export ANDROID_ADB_SERVER_PORT=5640 # a server of our own leaves the user's devices alone
-    "$bin/mobilsteg-probehandy" --port 5641 --steuerport 5642 --ordner "$fahrt/handy" --ohne-debugging \
-        --weitergabe-aus --adb-server $ANDROID_ADB_SERVER_PORT </dev/null >"$fahrt/handy.log" 2>&1 &
+    export FAHRT ANDROID_ADB_SERVER_PORT=$((5630 + 10 * FAHRT)) # a server of our own leaves the user's devices alone
+    "$bin/mobilsteg-probehandy" --port $((5631 + 10 * FAHRT)) --steuerport $((5632 + 10 * FAHRT)) \
+        --ordner "$fahrt/handy" --ohne-debugging --weitergabe-aus --adb-server $ANDROID_ADB_SERVER_PORT </dev/null >"$fahrt/handy.log" 2>&1 &
     handy_pid=$!
     [ -z "$NETZ" ] || echo /proc/$handy_pid/ns/net >"$fahrt/netz"
     warte_bis "das simulierte Handy" grep -q steuerung "$fahrt/handy.log"
@@ -50,7 +56,19 @@ warte_bis() {
     done
 }
 
+# For ten seconds. The program goes on searching.
+suche_handy() {
+    printf 'Das Programm sucht das Handy am Kabel dieses Rechners.\n'
+    for _ in 1 2 3 4 5 6 7 8 9 10; do
+        "$adb" devices 2>/dev/null | grep -q "[[:space:]]device$" && return 0
+        sleep 1
+    done
+    printf 'Noch keines da: USB-Debugging einschalten, Kabel einstecken, am Handy den Rechner zulassen.\n'
+    "$adb" devices 2>/dev/null | sed -n 's/^\(..*\)[[:space:]]\(..*\)/  \1: \2/p'
+}
+
 raeume_auf() {
+    rm -f "$fahrt/pid"
     [ -n "$handy_pid" ] || return 0
     kill "$handy_pid" 2>/dev/null
     "$adb" kill-server 2>/dev/null
