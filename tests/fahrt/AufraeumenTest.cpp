@@ -174,7 +174,7 @@ TEST(Befehlszeile, sagtWasFalschIstUndWasSieSiehtUndAendertNichts) {
         const auto ergebnis = bank.rufe(worte);
         EXPECT_EQ(ergebnis.status, status) << text;
         EXPECT_THAT(status == 0 ? ergebnis.ausgabe : ergebnis.fehler, HasSubstr(text));
-        for (const auto zeile : teile(worte == hilfe ? ergebnis.ausgabe : "", '\n'))
+        for (const auto zeile : teile(worte == hilfe ? std::string_view(ergebnis.ausgabe) : "", '\n'))
             EXPECT_LE(zeichenzahl(zeile), 80U) << zeile;
     }
     EXPECT_EQ(bank.ordner.lies(einstellungsdatei), vorher);
