@@ -90,18 +90,22 @@ Vpnbefund Vpnwege::werte(const std::vector<Vpn>& vpns, const std::vector<Openvpn
 
 std::vector<Vpn> Vpnsuche::sieh() {
     std::vector<Vpn> vpns;
-    const std::string liste = laufBefristet({scutil_, "--nc", "list"}, scutilfrist).ausgabe;
-    for (const auto zeile : teile(liste, '\n')) {
+    const auto liste = laufBefristet({scutil_, "--nc", "list"}, scutilfrist);
+    if (liste.abgelaufen) // says nothing: no VPN loses its road for it
+        return letzte_;
+    for (const auto zeile : teile(liste.ausgabe, '\n')) {
         const auto von = zeile.find('"');
         const auto bis = von == std::string_view::npos ? von : zeile.find('"', von + 1);
         if (bis == std::string_view::npos || inKleinbuchstaben(zeile).find("tailscale") != std::string::npos)
             continue;
         const std::string name(zeile.substr(von + 1, bis - von - 1));
+        const auto zeige = laufBefristet({scutil_, "--nc", "show", name}, scutilfrist);
+        if (zeige.abgelaufen)
+            return letzte_;
         vpns.push_back(
-            {name, adressen(liesServer(laufBefristet({scutil_, "--nc", "show", name}, scutilfrist).ausgabe)),
-             zeile.find("(Connected)") != std::string_view::npos});
+            {name, adressen(liesServer(zeige.ausgabe)), zeile.find("(Connected)") != std::string_view::npos});
     }
-    return vpns;
+    return letzte_ = vpns;
 }
 
 std::vector<Adresse> Vpnsuche::adressen(const std::string& server) {

@@ -62,6 +62,7 @@ private:
     [[nodiscard]] std::vector<Adresse> adressen(const std::string& server);
 
     std::string scutil_;
+    std::vector<Vpn> letzte_;
     std::map<std::string, std::set<Adresse>> aufgeloest_; ///< every address that a name ever had
 };
 
