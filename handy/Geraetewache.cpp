@@ -40,7 +40,7 @@ std::optional<std::uint16_t> adbServerport() {
     if (std::getenv("ADB_SERVER_SOCKET") != nullptr || std::getenv("ANDROID_ADB_SERVER_ADDRESS") != nullptr)
         return std::nullopt;
     const char* eigener = std::getenv("ANDROID_ADB_SERVER_PORT");
-    const std::string_view text = eigener == nullptr ? "5037" : eigener;
+    const std::string_view text = eigener == nullptr || *eigener == 0 ? "5037" : eigener;
     std::uint16_t port = 0;
     const auto gelesen = std::from_chars(text.data(), text.data() + text.size(), port);
     if (gelesen.ec != std::errc() || gelesen.ptr != text.data() + text.size())
@@ -116,7 +116,7 @@ struct Geraetewache::Innen : std::enable_shared_from_this<Innen> {
         socket.async_read_some(
             asio::buffer(block), [selbst = shared_from_this()](const Fehler& ende, std::size_t n) {
                 const auto anders = ende ? std::nullopt : selbst->meldungen.nimm({selbst->block.data(), n});
-                if (!anders)
+                if (!anders || selbst->beendet) // what had been read when it ended still arrives
                     return selbst->trenne();
                 if (*anders)
                     selbst->gemeldet();

@@ -50,10 +50,12 @@ TEST(Geraetewache, meldetSichAnUndRuftBeiJederAenderung) {
     std::string bitte(22, ' ');
     asio::read(adb, asio::buffer(bitte));
     EXPECT_EQ(bitte, "0012host:track-devices");
+    const auto anfang = std::chrono::steady_clock::now();
     for (const char* meldung : {"OKAY0004A de", "0000"}) {
         asio::write(adb, asio::buffer(std::string(meldung)));
         EXPECT_TRUE(gemeldet.try_acquire_for(4s)) << meldung;
     }
+    EXPECT_GE(std::chrono::steady_clock::now() - anfang, 100ms) << "at most ten times a second";
     asio::write(adb, asio::buffer(std::string("kein adb")));
     std::error_code ende;
     char byte = 0;
