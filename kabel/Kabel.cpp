@@ -88,6 +88,8 @@ void Kabel::siehNach() {
 }
 
 void Kabel::schritt() {
+    if (anschluesse_.halteWaechter)
+        anschluesse_.halteWaechter();
     letzteAntwort_.reset();
     schrittInnen();
     zeigeBelegtePorts();
@@ -99,8 +101,6 @@ void Kabel::takt() {
     // Between the clean-up and the end of the process the clock still runs; nothing may be set again then.
     if (endet_)
         return;
-    if (anschluesse_.halteWaechter)
-        anschluesse_.halteWaechter();
     schritt(); // what follows may take a minute
     if (endet_)
         return;
