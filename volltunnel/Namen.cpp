@@ -14,6 +14,7 @@ using asio::ip::tcp;
 using Uhrzeit = std::chrono::steady_clock;
 
 constexpr std::size_t dnsKopf = 12;
+constexpr std::size_t laengsterName = 255;
 constexpr std::size_t gleichzeitig = 1000; // questions on one connection
 constexpr std::size_t hoechstensServer = 32;
 constexpr std::chrono::seconds fragegeduld{4}; // programs ask again after five
@@ -31,6 +32,7 @@ void setze(std::string& bytes, std::size_t stelle, std::size_t wert) {
 
 /// The byte behind the name at `stelle`; absent: it does not end within the message, or points elsewhere.
 std::optional<std::size_t> hinterNamen(std::string_view bytes, std::size_t stelle) {
+    bytes = bytes.substr(0, stelle + laengsterName);
     for (; stelle < bytes.size(); stelle += 1U + static_cast<unsigned char>(bytes[stelle])) {
         if (bytes[stelle] == 0)
             return stelle + 1;
