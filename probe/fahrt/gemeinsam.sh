@@ -7,8 +7,7 @@ bin=$hier/bau/release/bin
 FAHRT=1
 while kill -0 "$(cat "$hier/bau/fahrt$FAHRT/pid" 2>/dev/null || echo x)" 2>/dev/null; do FAHRT=$((FAHRT + 1)); done
 fahrt=$hier/bau/fahrt$FAHRT
-steuerung="probe/fahrt/handy"
-[ $FAHRT = 1 ] || steuerung="FAHRT=$FAHRT $steuerung"
+steuerung="$([ $FAHRT = 1 ] || echo "FAHRT=$FAHRT ")probe/fahrt/handy"
 mac=$fahrt/mac
 heim=$fahrt/heim
 adb=$mac/opt/homebrew/bin/adb
