@@ -272,6 +272,8 @@ private:
         const auto was = std::max<std::size_t>(waehle(std::size(moegliche) + 7), 7) - 7;
         geschieht("Ereignisse", std::to_string(was));
         moegliche[was]();
+        if (wegGueltig()) // between two ticks, too
+            ticksOhneWeg_ = 0;
         std::erase_if(belegtePorts, [this](int port) { return forwards.contains(port); });
     }
 
