@@ -61,9 +61,10 @@ bool Nutzerordner::schreibe(const std::string& endung, const std::string& inhalt
     return false;
 }
 
-void Nutzerordner::entferne(const std::string& endung) const {
+void Nutzerordner::entferne(std::initializer_list<const char*> endungen) const {
     const Verkleidung als(wem_);
-    ::unlinkat(ordner_.nummer(), (name_ + endung).c_str(), 0);
+    for (const char* endung : endungen)
+        ::unlinkat(ordner_.nummer(), (name_ + endung).c_str(), 0);
 }
 
 } // namespace mobilsteg

@@ -24,8 +24,8 @@ public:
     /// Replaces the file "<stop file><endung>". False: it could not be written.
     bool schreibe(const std::string& endung, const std::string& inhalt) const;
 
-    /// Without effect if it is not there.
-    void entferne(const std::string& endung) const;
+    /// Removes the files that are there, in this order.
+    void entferne(std::initializer_list<const char*> endungen) const;
 
 private:
     Deskriptor ordner_;

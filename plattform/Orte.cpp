@@ -1,6 +1,7 @@
 #include "plattform/Orte.hpp"
 
 #include "plattform/Adapter.hpp"
+#include "plattform/Dateien.hpp"
 
 #ifdef __APPLE__
 #include <mach-o/dyld.h>
@@ -17,6 +18,11 @@
 namespace mobilsteg {
 
 namespace fs = std::filesystem;
+
+std::string rueckbaunotiz(const std::string& wurzel) {
+    const std::string mac = wurzel + "/var/db";
+    return (existiert(mac) ? mac : wurzel + "/var/lib") + "/mobilsteg-volltunnel.rueckbau";
+}
 
 std::string eigenesHeim() {
     // The account's first: paths below it are handed to a helper with all rights, and anybody may set HOME.

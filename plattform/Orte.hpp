@@ -19,6 +19,10 @@ struct Orte {
     [[nodiscard]] std::string imHeim(std::string_view rest) const { return heim + std::string(rest); }
 };
 
+/// Where the tunnel's helper, as root, writes down what it changes until it has taken that back: beyond a
+/// crash and a restart. Others only see whether it is there. `wurzel` as in `Orte`.
+[[nodiscard]] std::string rueckbaunotiz(const std::string& wurzel);
+
 /// The home folder of the user who runs the program: the account's entry; without one, HOME.
 [[nodiscard]] std::string eigenesHeim();
 

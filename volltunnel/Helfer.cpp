@@ -2,6 +2,7 @@
 // sets the roads once it is proven, and takes everything back at whatever end.
 
 #include "plattform/Kindprozess.hpp"
+#include "plattform/Orte.hpp"
 #include "plattform/Text.hpp"
 
 #include <fcntl.h>
@@ -38,12 +39,6 @@ constexpr std::size_t deskriptoren = 65'536; // two for each connection
 
 volatile std::sig_atomic_t signalDa = 0;
 
-/// Where root keeps what has to outlive a crash and a restart.
-std::string ablage(const std::string& wurzel) {
-    const std::string mac = wurzel + "/var/db";
-    return (existiert(mac) ? mac : wurzel + "/var/lib") + "/mobilsteg-volltunnel";
-}
-
 /// Never two helpers. Empty: another one runs.
 Deskriptor nimmSperre(const std::string& pfad) {
     Deskriptor sperre = oeffneSperrdatei(pfad);
@@ -79,12 +74,12 @@ public:
             protokolliere("Der Ordner der Stoppdatei fehlt: " + a_.stopp);
             return 1;
         }
-        sperre_ = nimmSperre(ablage(a_.wurzel) + ".sperre");
+        sperre_ = nimmSperre(rueckbaunotiz(a_.wurzel) + ".sperre");
         if (!sperre_) {
             gibAuf("es läuft schon ein Helfer");
             return 1;
         }
-        Rueckbau rueckbau(ablage(a_.wurzel) + ".rueckbau");
+        Rueckbau rueckbau(rueckbaunotiz(a_.wurzel));
         if (!rueckbau.leer())
             protokolliere(rueckbau.alles()
                               ? "Zurückgenommen, was ein früherer Lauf hinterließ"
@@ -110,8 +105,7 @@ public:
         if (fehler)
             gibAuf(*fehler);
         // The marks last: they promise that everything is taken back.
-        for (const char* endung : {".vpns.json", ".laeuft"})
-            ordner_.entferne(endung);
+        ordner_.entferne({".vpns.json", ".laeuft"});
         protokolliere("Ende: " + fehler.value_or(warum_));
         return fehler ? 1 : 0;
     }
@@ -238,8 +232,7 @@ int main(int anzahl, char** worte) {
                      auftrag ? "braucht die Rechte eines Administrators" : fehler.c_str());
         return auftrag ? 1 : 2;
     }
-    // What the user's environment says must not decide what root's tools do, nor in which language they
-    // speak.
+    // The user's environment must not decide what root's tools do, nor in which language they speak.
     static char* leer[] = {nullptr};
     environ = leer;
     ::setenv("PATH", "/usr/bin:/bin:/usr/sbin:/sbin", 1);

@@ -262,8 +262,7 @@ private:
                 geraet_.close();
                 protokolliere("Der Helfer wurde beendet; DNS und Umwege nimmt der nächste Start zurück");
                 ordner_.schreibe(".fehler", "der Helfer wurde beendet");
-                for (const char* endung : {".vpns.json", ".laeuft"})
-                    ordner_.entferne(endung);
+                ordner_.entferne({".vpns.json", ".laeuft"});
             }
             ::_exit(0);
         });

@@ -10,8 +10,7 @@ using asio::ip::tcp;
 using Uhrzeit = std::chrono::steady_clock;
 
 constexpr std::size_t ganzerBlock = 65'536;
-// When so much waits to be written, each further connection gets this much only: 10,000 stalled ones stay
-// bounded.
+// When so much waits to be written, each further connection gets this much only: 10,000 may stall.
 constexpr std::size_t vielAusstehend = 24U << 20U;
 constexpr std::size_t kleinerBlock = 1024;
 constexpr int amStueck = 16; // blocks, before the other connections have their turn

@@ -264,7 +264,7 @@ TEST_F(Fahrt, jedesEndeLaesstAllesWieVorher) {
             EXPECT_EQ(beende(0), 0);
         }
         std::filesystem::remove(stopp);
-        std::filesystem::remove(ordner.pfad() + "/var/db/mobilsteg-volltunnel.sperre");
+        std::filesystem::remove(ordner.pfad() + "/var/db/mobilsteg-volltunnel.rueckbau.sperre");
         EXPECT_EQ(netz(), vorher) << was << ordner.lies("/log");
     }
 }
