@@ -36,7 +36,9 @@ bool istUnserForward(std::string_view lokal, std::string_view amHandy) {
 /// what came of it.
 class Aufraeumer {
 public:
-    Aufraeumer(Umfeld& umfeld, Protokoll* protokoll) : umfeld_(umfeld), protokoll_(protokoll) {}
+    /// `vonHand`: somebody is there who can give a password.
+    Aufraeumer(Umfeld& umfeld, Protokoll* protokoll, bool vonHand)
+        : umfeld_(umfeld), protokoll_(protokoll), vonHand_(vonHand) {}
 
     void raeume() {
         nimmProxysWeg(); // first: it is what cuts the Mac off
@@ -51,7 +53,7 @@ public:
             return sage(getan_ ? "Aufgeräumt: Vom Bordlotsen ist nichts mehr übrig."
                                : "Nichts zu tun: Vom Bordlotsen ist nichts übrig.");
         sage("Nicht alles ließ sich zurücknehmen: " + verbunden(blieb_, ", ") + ".");
-        for (const auto& rat : vonHand_)
+        for (const auto& rat : raete_)
             sage("Von Hand: " + rat + ".");
     }
 
@@ -79,8 +81,8 @@ private:
     }
     void bleibt(const std::string& was, const std::string& rat) {
         blieb_.push_back(was);
-        if (vonHand_.empty() || vonHand_.back() != rat)
-            vonHand_.push_back(rat);
+        if (raete_.empty() || raete_.back() != rat)
+            raete_.push_back(rat);
     }
     void merke(const std::string& text) const {
         if (protokoll_ != nullptr)
@@ -90,8 +92,8 @@ private:
     Umfeld& umfeld_;
     Protokoll* protokoll_;
     std::string was_;
-    bool getan_ = false;
-    std::vector<std::string> blieb_, vonHand_;
+    bool vonHand_, getan_ = false;
+    std::vector<std::string> blieb_, raete_;
 };
 
 /// False: the service's proxy is ours, or may be, and stays.
@@ -154,6 +156,21 @@ void Aufraeumer::beendeHelfer() {
     getan_ = getan_ || wie != Volltunnel::Ende::keinHelfer;
     if (wie == Volltunnel::Ende::verstummt)
         bleibt("der Volltunnel", "gegen Routen eines toten Helfers hilft ein Neustart");
+    if (!volltunnel.hinterliess())
+        return;
+    beginne("DNS und Wege eines getöteten Helfers");
+    std::optional<std::string> grund = "dafür fragt --aufraeumen nach dem Passwort";
+    if (vonHand_) {
+        haupt.async([&] {
+            grund = volltunnel.nimmZurueck();
+            haupt.halt();
+        });
+        haupt.laufe();
+    }
+    ende(grund ? "bleiben: " + *grund : "zurückgenommen");
+    getan_ = getan_ || !grund;
+    if (grund)
+        bleibt("DNS", "Systemeinstellungen → Netzwerk → der Dienst → Details → DNS");
 }
 
 void Aufraeumer::entferneForwards() {
@@ -199,7 +216,7 @@ Umfeld::Umfeld(const Befehlszeile& zeile, const std::string& kennung)
       proxy(lauf, orte, *ablage.speicher), adb(lauf, orte, buendel.ressourcen) {}
 
 bool raeumeAuf(Umfeld& umfeld) {
-    Aufraeumer aufraeumer(umfeld, nullptr);
+    Aufraeumer aufraeumer(umfeld, nullptr, false);
     aufraeumer.raeume();
     return aufraeumer.alles();
 }
@@ -208,7 +225,7 @@ int aufraeumdienst(const Befehlszeile& zeile, const std::string& kennung) {
     Umfeld umfeld(zeile, kennung);
     Systemuhr uhr;
     Protokoll protokoll(umfeld.orte.imHeim(protokollOrt), uhr);
-    Aufraeumer aufraeumer(umfeld, &protokoll);
+    Aufraeumer aufraeumer(umfeld, &protokoll, zeile.tat == Befehlszeile::Tat::aufraeumen);
     if (const auto laufender = Laufsperre::inhaber(umfeld.orte.heim)) {
         if (zeile.tat == Befehlszeile::Tat::anmeldung)
             return 0; // it has cleaned up itself, and its own proxy is to stay

@@ -52,7 +52,8 @@ Volltunnel::Volltunnel(Anschluesse anschluesse)
     : anschluesse_(std::move(anschluesse)),
       stoppPfad_(
           anschluesse_.orte.imHeim("/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp")),
-      protokollPfad_(anschluesse_.orte.imHeim("/Library/Logs/MobilstegVolltunnel.log")) {}
+      protokollPfad_(anschluesse_.orte.imHeim("/Library/Logs/MobilstegVolltunnel.log")),
+      helfer_(anschluesse_.ressourcen.value_or("") + "/mobilsteg-volltunnel") {}
 
 void Volltunnel::beginne() {
     (void)raeumeWeg();
@@ -60,36 +61,48 @@ void Volltunnel::beginne() {
 }
 
 std::optional<std::string> Volltunnel::start(const Tunnelauftrag& auftrag) {
-    const std::string helfer = anschluesse_.ressourcen.value_or("") + "/mobilsteg-volltunnel";
-    if (!anschluesse_.ressourcen || !istAusfuehrbar(helfer))
-        return "Helfer mobilsteg-volltunnel fehlt im Bundle";
-    if (auto grund = einwand(helfer, auftrag))
+    if (auto grund = einwand(auftrag))
         return grund;
-    const std::string vorher = vertrauteDatei(helfer);
-    if (vorher.empty())
-        return "Den Helfer mobilsteg-volltunnel könnten andere verändern: " + helfer;
     if (!bereiteStoppVor())
         return "Die Bitte um Stopp lässt sich nicht vorbereiten (" + fehlerbeschreibung(errno) + ")";
     if (stand_ == Stand::beendet) {
         bitteUmStopp(); // the request just removed may have been the clean-up's
         return "Das Programm endet";
     }
-    // Before the script and not behind it: a helper that fails at once leaves its reason by then.
-    std::remove((stoppPfad_ + ".fehler").c_str());
-    const auto befehl = tunnelbefehl(helfer, stoppPfad_, protokollPfad_, ::getpid(), auftrag);
-    if (auto grund = fuehreSkriptAus(skriptquelle(befehl, anschluesse_.variante.adminGrund())))
+    if (auto grund = rufeHelfer(auftrag))
         return grund;
-    if (vertrauteDatei(helfer) != vorher) {
-        bitteUmStopp();
-        return "Der Helfer mobilsteg-volltunnel wurde während des Passwortdialogs ausgetauscht";
-    }
     return warteAufHelfer();
 }
 
-/// What must not be part of a command that runs with all rights; absent: nothing is.
-std::optional<std::string> Volltunnel::einwand(const std::string& helfer,
-                                               const Tunnelauftrag& auftrag) const {
-    for (const auto& name : {helfer, stoppPfad_, protokollPfad_, auftrag.dienst})
+bool Volltunnel::hinterliess() const {
+    return existiert(rueckbaunotiz(anschluesse_.orte.wurzel));
+}
+
+std::optional<std::string> Volltunnel::nimmZurueck() {
+    const Tunnelauftrag auftrag{"Wi-Fi"}; // it sets none: the request to stop is there first
+    auto grund = einwand(auftrag);
+    if (!grund) {
+        bitteUmStopp();
+        grund = rufeHelfer(auftrag);
+    }
+    for (int blick = 0; !grund && hinterliess(); ++blick) {
+        anschluesse_.uhr.schlafe(blickabstand);
+        if (const auto fehler = fehlertext(stoppPfad_); !fehler.empty())
+            grund = beschnitten(fehler);
+        else if (blick == stoppblicke)
+            grund = "siehe " + protokollPfad_;
+    }
+    return grund;
+}
+
+/// Why no helper may be started: it is missing, or its command, which runs with all rights, would hold what
+/// it must not. Absent: it may.
+std::optional<std::string> Volltunnel::einwand(const Tunnelauftrag& auftrag) const {
+    if (!anschluesse_.ressourcen || !istAusfuehrbar(helfer_))
+        return "Helfer mobilsteg-volltunnel fehlt im Bundle";
+    if (vertrauteDatei(helfer_).empty())
+        return "Den Helfer mobilsteg-volltunnel könnten andere verändern: " + helfer_;
+    for (const auto& name : {helfer_, stoppPfad_, protokollPfad_, auftrag.dienst})
         if (name.find('\'') != std::string::npos)
             return "Namen mit Apostroph kann der Volltunnel nicht nehmen: " + name;
     for (const auto& pfad : {protokollPfad_, stoppPfad_ + ".laeuft", stoppPfad_ + ".vpns.json"})
@@ -98,9 +111,23 @@ std::optional<std::string> Volltunnel::einwand(const std::string& helfer,
     return std::nullopt;
 }
 
+std::optional<std::string> Volltunnel::rufeHelfer(const Tunnelauftrag& auftrag) {
+    const std::string vorher = vertrauteDatei(helfer_);
+    // Before the script and not behind it: a helper that fails at once leaves its reason by then.
+    std::remove((stoppPfad_ + ".fehler").c_str());
+    const auto befehl = tunnelbefehl(helfer_, stoppPfad_, protokollPfad_, ::getpid(), auftrag);
+    if (auto grund = fuehreSkriptAus(skriptquelle(befehl, anschluesse_.variante.adminGrund())))
+        return grund;
+    if (!vorher.empty() && vertrauteDatei(helfer_) == vorher)
+        return std::nullopt;
+    bitteUmStopp();
+    return "Der Helfer mobilsteg-volltunnel wurde während des Passwortdialogs ausgetauscht";
+}
+
 std::optional<std::string> Volltunnel::fuehreSkriptAus(const std::string& quelle) {
     std::optional<Skriptfehler> fehler;
-    anschluesse_.haupt.sync([&] { fehler = anschluesse_.skript.fuehreAus(quelle); });
+    const auto aufgabe = [&] { fehler = anschluesse_.skript.fuehreAus(quelle); };
+    anschluesse_.haupt.istHier() ? aufgabe() : anschluesse_.haupt.sync(aufgabe);
     if (!fehler)
         return std::nullopt;
     if (fehler->nichtGebaut)

@@ -87,6 +87,14 @@ public:
     /// finds the request to go.
     Ende beendeFuerImmer();
 
+    /// Whether a helper that was killed left something changed that only another one can take back.
+    [[nodiscard]] bool hinterliess() const;
+
+    /// Asks for the administrator's password and starts a helper that only takes back what a killed one left.
+    /// Main queue, while none runs; blocks for up to 10 s and as long as the user sits before the dialog.
+    /// Absent: everything is taken back; a text is the reason why not.
+    [[nodiscard]] std::optional<std::string> nimmZurueck();
+
     /// Whether a running helper has gone by itself. If so it counts as stopped, and its reason (empty when it
     /// left none) is returned.
     [[nodiscard]] std::optional<std::string> zurueckgebaut();
@@ -105,8 +113,8 @@ public:
     [[nodiscard]] const std::string& protokollPfad() const { return protokollPfad_; }
 
 private:
-    [[nodiscard]] std::optional<std::string> einwand(const std::string& helfer,
-                                                     const Tunnelauftrag& auftrag) const;
+    [[nodiscard]] std::optional<std::string> einwand(const Tunnelauftrag& auftrag) const;
+    [[nodiscard]] std::optional<std::string> rufeHelfer(const Tunnelauftrag& auftrag);
     [[nodiscard]] std::optional<std::string> fuehreSkriptAus(const std::string& quelle);
     [[nodiscard]] std::optional<std::string> warteAufHelfer();
     [[nodiscard]] std::string bereitPfad() const { return stoppPfad_ + ".bereit"; }
@@ -117,6 +125,7 @@ private:
     Anschluesse anschluesse_;
     std::string stoppPfad_;
     std::string protokollPfad_;
+    std::string helfer_;
     std::atomic<Stand> stand_ = Stand::ruht; // written on the work queue, read by `start` as well
 };
 

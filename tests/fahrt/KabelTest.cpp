@@ -61,6 +61,7 @@ TEST(Erhebung, expertenfahrtMitBrowsernUndVpns) {
     bank.ordner.lege("/mac/Applications/Google Chrome.app/Contents/Info.plist", "");
     bank.ordner.lege(einstellungsdatei, R"({"profil":"reise","experte":true,"volltunnel.erklaert":true,
                                         "austritt.dienst":"http://austritt.probe/"})");
+    bank.helfer = attrappe; // the real one finds VPNs that are really there
     bank.ordner.lege(anwendungsordner + "volltunnel.stopp.vpns.vorlage",
                      R"({"vpns":[{"dienst":"Werk Nord","server":"198.51.100.20"}]})");
     const auto handy = bank.handy();
