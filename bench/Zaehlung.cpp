@@ -53,7 +53,11 @@ bool liesLsof(int zeilen) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const std::string was = argc > 1 ? argv[1] : "";
+    const std::string was = argc == 2 ? argv[1] : "";
+    if (was != "takt" && was != "stand" && was != "lsof") {
+        std::fputs("Aufruf: mobilsteg-zaehlung takt|stand|lsof\n", was == "--hilfe" ? stdout : stderr);
+        return was == "--hilfe" ? 0 : 2;
+    }
     const bool getan = was == "takt" ? takte(1000) : was == "stand" ? schreibeStand(1000) : liesLsof(50000);
     return getan ? 0 : 1;
 }

@@ -140,8 +140,12 @@ std::string fuerFish(const std::string& programm) {
 } // namespace
 
 int main(int anzahl, char** argumente) {
-    if (anzahl != 4)
-        return 2;
+    if (anzahl != 4) {
+        const bool gefragt = anzahl == 2 && std::string(argumente[1]) == "--hilfe";
+        std::fputs("Aufruf: mobilsteg-anleitung PROGRAMM VERSION man|bash|zsh|fish\n",
+                   gefragt ? stdout : stderr);
+        return gefragt ? 0 : 2;
+    }
     const std::string programm = argumente[1];
     const std::string art = argumente[3];
     const auto text = art == "man"    ? anleitung(programm, argumente[2])

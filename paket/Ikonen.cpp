@@ -94,10 +94,16 @@ bool maleIkonen(const std::string& ordner) {
 } // namespace
 
 int main(int anzahl, char** worte) {
+    if (anzahl != 2 || *worte[1] == '-') {
+        const bool gefragt = anzahl == 2 && std::string(worte[1]) == "--hilfe";
+        std::fputs("Aufruf: mobilsteg-ikonen ORDNER\nMalt die Ikonen beider Ausgaben.\n",
+                   gefragt ? stdout : stderr);
+        return gefragt ? 0 : 2;
+    }
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     const QtBetrieb qt(anzahl, worte);
-    if (anzahl == 2 && maleIkonen(worte[1]))
+    if (maleIkonen(worte[1]))
         return 0;
-    std::fprintf(stderr, "Aufruf: mobilsteg-ikonen ORDNER, in den sich schreiben lässt\n");
+    std::fprintf(stderr, "mobilsteg-ikonen: In %s lässt sich nicht schreiben\n", worte[1]);
     return 1;
 }

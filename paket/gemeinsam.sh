@@ -4,11 +4,14 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+. ci/worte.sh
+nur_worte "Aufruf: paket/${0##*/} bordlotse|vpnlotse${dazu:+ [$dazu]}
+$tut" "bordlotse vpnlotse ${dazu:-}" "$@"
 case ${1:-} in
 bordlotse) anzeigename="Mobilsteg Bordlotse" ;;
 vpnlotse) anzeigename="Mobilsteg VPN-Lotse" ;;
 *)
-    echo "Aufruf: $0 bordlotse|vpnlotse" >&2
+    echo "${0##*/}: Welche Ausgabe? ($0 --hilfe)" >&2
     exit 2
     ;;
 esac

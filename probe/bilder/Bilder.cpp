@@ -111,9 +111,11 @@ bool maleBilder(const std::string& ordner) {
 } // namespace
 
 int main(int anzahl, char** worte) {
-    if (anzahl != 2) {
-        std::fprintf(stderr, "Aufruf: mobilsteg-bilder ORDNER\n");
-        return 2;
+    if (anzahl != 2 || *worte[1] == '-') {
+        const bool gefragt = anzahl == 2 && std::string(worte[1]) == "--hilfe";
+        std::fputs("Aufruf: mobilsteg-bilder ORDNER\nMalt die Bilder der Dokumentation.\n",
+                   gefragt ? stdout : stderr);
+        return gefragt ? 0 : 2;
     }
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
     ::setenv("QT_SCALE_FACTOR", "2", 1);

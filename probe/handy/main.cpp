@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <map>
 #include <thread>
 
 using namespace mobilsteg;
@@ -41,6 +42,9 @@ struct Optionen {
 
 /// False: something in it is unknown.
 bool liesOptionen(const std::vector<std::string>& worte, Optionen& optionen, Handy& handy) {
+    const std::map<std::string, int*> ports = {{"--port", &optionen.port},
+                                               {"--steuerport", &optionen.steuerport},
+                                               {"--adb-server", &optionen.adbServer}};
     for (std::size_t i = 0; i < worte.size(); ++i) {
         const std::string& wort = worte[i];
         if (wort == "--ohne-debugging")
@@ -53,13 +57,11 @@ bool liesOptionen(const std::vector<std::string>& worte, Optionen& optionen, Han
             handy.gesteckt = true;
         else if (++i == worte.size())
             return false;
-        else if (wort == "--port")
-            optionen.port = std::atoi(worte[i].c_str());
-        else if (wort == "--steuerport")
-            optionen.steuerport = std::atoi(worte[i].c_str());
-        else if (wort == "--adb-server")
-            optionen.adbServer = std::atoi(worte[i].c_str());
-        else if (wort == "--ordner")
+        else if (const auto port = ports.find(wort); port != ports.end()) {
+            if (worte[i].find_first_not_of("0123456789") != std::string::npos)
+                return false;
+            *port->second = std::atoi(worte[i].c_str());
+        } else if (wort == "--ordner")
             handy.ordner = worte[i];
         else if (wort == "--modell")
             handy.modell = worte[i];
@@ -96,15 +98,18 @@ std::string beantworte(Handy& handy, Kabel& kabel, std::string_view befehl) {
 /// Sends one command to the phone that runs and prints its answer.
 int sage(const std::vector<std::string>& worte) {
     const Deskriptor buchse = verbinde(worte.empty() ? 0 : std::atoi(worte.front().c_str()));
-    if (!buchse || worte.size() < 2) {
-        std::cerr
-            << "probehandy: --sage braucht den Steuerport eines laufenden Probehandys und einen Befehl\n";
+    if (worte.size() < 2) {
+        std::cerr << aufruf;
+        return 2;
+    }
+    if (!buchse) {
+        std::cerr << "probehandy: An Port " << worte.front() << " läuft kein Probehandy\n";
         return 1;
     }
     sende(buchse, verbunden({worte.begin() + 1, worte.end()}, " ") + "\n");
     const std::string antwort = liesAlles(buchse);
     std::cout << antwort << std::flush;
-    return antwort.ends_with("ok\n") ? 0 : 1;
+    return antwort.ends_with("ok\n") ? 0 : antwort.find("unbekannt") != antwort.npos ? 2 : 1;
 }
 
 int betreibe(const Optionen& optionen, Handy& handy) {
@@ -151,6 +156,10 @@ int main(int anzahl, char** worte) {
     const std::vector<std::string> argumente(worte + 1, worte + anzahl);
     if (!argumente.empty() && argumente.front() == "--sage")
         return sage({argumente.begin() + 1, argumente.end()});
+    if (argumente == std::vector<std::string>{"--hilfe"}) {
+        std::cout << aufruf;
+        return 0;
+    }
     Handy handy;
     Optionen optionen;
     if (!liesOptionen(argumente, optionen, handy)) {
