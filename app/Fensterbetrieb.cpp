@@ -4,6 +4,7 @@
 #include "ansicht/qt/QtBetrieb.hpp"
 #include "app/Delegate.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
+#include "netz/Variante.hpp"
 #include "plattform/Oberflaeche.hpp"
 
 #include <cstdio>
@@ -32,6 +33,8 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
         return 1;
     }
     QtBetrieb qt(anzahl, worte);
+    const bool vpnLotse = kennung.ends_with("vpnlotse");
+    QApplication::setApplicationName(qtText(anzeigename(vpnLotse, false))); // the title of questions
     Laufsperre sperre(orteAus(zeile).heim);
     if (const auto grund = nimmHeim(sperre)) {
         (void)qt.dialog().frage({"Der Bordlotse " + *grund, "", {"OK"}});
@@ -40,7 +43,6 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
     MobilstegBordlotseApp app(zeile, kennung, qt.schlange(), qt.dialog(), sperre);
     Kabel& kabel = app.kabel();
     const bool bundleB2B = kabel.variante().bundleB2B();
-    QApplication::setApplicationName(qtText(kabel.variante().anzeigename())); // the title of questions
     std::optional<Menueleistenstueck> stueck;
     const auto zeige = [&](const Zustand& z) { stueck->zeichne(inhalt(z, bundleB2B), z.symbol, z.kurz); };
     Zustandsspeicher::Beobachtung beobachtung;

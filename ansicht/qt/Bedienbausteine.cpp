@@ -92,25 +92,31 @@ void Textknopf::paintEvent(QPaintEvent*) {
     }
 }
 
-/// A checkbox with an edge that is seen on any window: where the toolkit draws it itself, an empty one is
-/// next to invisible on a dark one.
-class Kasten final : public QCheckBox {
+/// A checkbox or radio button with an edge that is seen on any window: where the toolkit draws it itself, an
+/// empty one is next to invisible on a dark one.
+template <class Knopfart, QStyle::SubElement marke>
+class MitRand final : public Knopfart {
 public:
-    using QCheckBox::QCheckBox;
+    using Knopfart::Knopfart;
 
 protected:
     void paintEvent(QPaintEvent* ereignis) override {
-        QCheckBox::paintEvent(ereignis);
-        if (style()->name() == "macos")
+        Knopfart::paintEvent(ereignis);
+        if (this->style()->name() == "macos")
             return;
         QStyleOptionButton lage;
-        initStyleOption(&lage);
+        this->initStyleOption(&lage);
+        const QRect ort = this->style()->subElementRect(marke, &lage, this);
         QStylePainter maler(this);
-        maler.setPen(ton(Farbe::sekundaer, palette()));
-        maler.drawRect(
-            style()->subElementRect(QStyle::SE_CheckBoxIndicator, &lage, this).adjusted(0, 0, -1, -1));
+        maler.setPen(ton(Farbe::sekundaer, this->palette()));
+        if (marke == QStyle::SE_CheckBoxIndicator)
+            return maler.drawRect(ort.adjusted(0, 0, -1, -1));
+        maler.setRenderHint(QPainter::Antialiasing);
+        maler.drawEllipse(QRectF(ort).adjusted(0.5, 0.5, -0.5, -0.5));
     }
 };
+using Kasten = MitRand<QCheckBox, QStyle::SE_CheckBoxIndicator>;
+using Auswahl = MitRand<QRadioButton, QStyle::SE_RadioButtonIndicator>;
 
 /// Puts the box or the radio button at the top of `reihe` and beside it a text of any number of lines, on the
 /// first of which it stands; a click on the text presses it.
@@ -184,7 +190,7 @@ struct Bedienbau {
         auto gewaehlt = std::make_shared<std::string>();
         std::vector<std::pair<std::string, QRadioButton*>> werte;
         for (const auto& moeglichkeit : wahl.moeglichkeiten) {
-            auto* knopf = new QRadioButton(flaeche);
+            auto* knopf = new Auswahl(flaeche);
             auto* reihe = new QHBoxLayout;
             reihe->setSpacing(0);
             auto* text =
