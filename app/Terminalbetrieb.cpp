@@ -50,6 +50,8 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
     const auto beende = [&](int status) {
         if (schirm)
             schirm->ende(delegate->schlusswort());
+        else if (::isatty(STDOUT_FILENO) == 1)
+            terminal.sage(delegate->schlusswort());
         beendeProzess(status);
     };
     delegate.emplace(app.einstellungen(), dialog, beende);

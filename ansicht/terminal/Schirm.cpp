@@ -47,8 +47,14 @@ void wecke(char weckruf) {
 void stelleZurueck() {
     if (!rueckweg.imSchirm.exchange(false))
         return;
+    // Beside a script that stopped before us the shell has the terminal already: not to stop for that, too.
+    sigset_t hintergrund, vorher;
+    sigemptyset(&hintergrund);
+    sigaddset(&hintergrund, SIGTTOU);
+    ::pthread_sigmask(SIG_BLOCK, &hintergrund, &vorher);
     (void)!::write(rueckweg.ausgabe, verlassen.data(), verlassen.size());
     ::tcsetattr(rueckweg.eingabe, TCSANOW, &rueckweg.vorher);
+    ::pthread_sigmask(SIG_SETMASK, &vorher, nullptr);
 }
 
 void beiWechsel(int signal) {
@@ -81,6 +87,12 @@ void sorgeFuerUtf8() {
     for (const char* name : {"C.UTF-8", "en_US.UTF-8"})
         if (MB_CUR_MAX == 1)
             std::setlocale(LC_CTYPE, name);
+}
+
+/// Empty: not set, too.
+std::string umgebung(const char* name) {
+    const char* wert = std::getenv(name);
+    return wert == nullptr ? "" : wert;
 }
 
 /// One call: the terminal takes it whole, or is gone.
@@ -140,10 +152,10 @@ Schirm::Schirm(std::FILE* eingabe, std::FILE* ausgabe, int weckrufe)
 }
 
 std::shared_ptr<Schirm> Schirm::oeffne(std::FILE* eingabe, std::FILE* ausgabe) {
-    const char* art = std::getenv("TERM");
+    const auto art = umgebung("TERM");
     int rohr[2] = {-1, -1};
-    if (::isatty(::fileno(eingabe)) == 0 || ::isatty(::fileno(ausgabe)) == 0 || art == nullptr ||
-        std::string_view(art) == "dumb" || ::pipe(rohr) != 0)
+    if (::isatty(::fileno(eingabe)) == 0 || ::isatty(::fileno(ausgabe)) == 0 || art.empty() ||
+        art == "dumb" || ::pipe(rohr) != 0)
         return nullptr;
     for (const int ende : rohr) {
         ::fcntl(ende, F_SETFD, FD_CLOEXEC);
@@ -229,9 +241,11 @@ void Schirm::betritt() {
 
 void Schirm::nimmWeckrufe() {
     for (char ruf = 0; ::read(weckrufe_, &ruf, 1) == 1;) {
-        if (ruf == SIGTSTP) { // the whole process stops here, until it is continued
+        if (ruf == SIGTSTP) { // the whole process stops here, unless there is no shell that could continue it
             stelleZurueck();
-            ::raise(SIGSTOP);
+            std::signal(SIGTSTP, SIG_DFL);
+            ::raise(SIGTSTP);
+            fange({SIGTSTP}, beiWechsel, SA_RESTART);
         }
         if (ruf == SIGTSTP || ruf == SIGCONT)
             betritt();
@@ -300,14 +314,18 @@ void Schirm::zeichne() {
     const auto masse = terminalmasse(ausgabe_);
     if (masse.breite == 0)
         return; // it has been closed
-    const char* farblos = std::getenv("NO_COLOR");
-    const Schriftbild schriftbild{farblos == nullptr || *farblos == '\0', masse.breite};
+    const Schriftbild schriftbild{umgebung("NO_COLOR").empty(), masse.breite};
+    const auto hinweis = umgebung("MOBILSTEG_HINWEIS");
+    const auto fuss = hinweis.empty() ? "" : alsText(hinweis, schriftbild, Farbe::sekundaer);
     std::unique_lock wache(schloss_);
+    std::size_t platzUnten = masse.hoehe - 1;
     std::size_t ganz = 0;
-    const auto unten =
-        ausschnitt(gesagt_.empty() ? "" : alsText(gesagt_, schriftbild), masse.hoehe - 1, ganz);
-    auto zeilen = ausschnitt(text_ ? text_(schriftbild) : "", masse.hoehe - 1 - unten.size(), ab_);
+    const auto gesagt = ausschnitt(gesagt_.empty() ? "" : alsText(gesagt_, schriftbild), platzUnten, ganz);
+    platzUnten -= gesagt.size();
+    auto unten = ausschnitt(fuss, platzUnten / 4, ganz); // the panel comes first
+    auto zeilen = ausschnitt(text_ ? text_(schriftbild) : "", platzUnten - unten.size(), ab_);
     wache.unlock();
+    unten.insert(unten.end(), gesagt.begin(), gesagt.end());
     zeilen.insert(zeilen.end(), unten.begin(), unten.end());
 
     const LineInfo* getipptes = el_line(zeile_);

@@ -35,7 +35,8 @@ class Schirm {
 public:
     using Text = std::function<std::string(Schriftbild)>;
 
-    /// Null: no terminal, or one that can only print (TERM is "dumb"). Heeds NO_COLOR.
+    /// Null: no terminal, or one that can only print (TERM is "dumb"). Heeds NO_COLOR; what MOBILSTEG_HINWEIS
+    /// says stands below every text, as far as a quarter of the screen does.
     [[nodiscard]] static std::shared_ptr<Schirm> oeffne(std::FILE* eingabe, std::FILE* ausgabe);
     ~Schirm();
     Schirm(const Schirm&) = delete;

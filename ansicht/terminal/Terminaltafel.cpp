@@ -69,7 +69,7 @@ public:
         zeile(s.text + (s.zusatz.empty() ? "" : " · " + s.zusatz), Farbe::normal,
               std::string(symbolzeichen(s.symbol)) + " ", s.farbe);
     }
-    void operator()(const Schalter& s) { zeile(kaestchen(s)); }
+    void operator()(const Schalter& s) { zeile(s.text, Farbe::normal, kasten(s)); }
     void operator()(const Knopf& k) { zeile(knopf(k)); }
     void operator()(const Wahl& w) {
         zeile(w.bezeichnung + ":");
@@ -80,7 +80,7 @@ public:
         std::vector<std::string> stuecke;
         for (const auto& teil : r.teile) {
             const auto* schalter = std::get_if<Schalter>(&teil.inhalt);
-            stuecke.push_back(schalter != nullptr ? kaestchen(*schalter)
+            stuecke.push_back(schalter != nullptr ? kasten(*schalter) + schalter->text
                                                   : knopf(std::get<Knopf>(teil.inhalt)));
         }
         zeile(verbunden(stuecke, "   "));
@@ -117,7 +117,7 @@ public:
     std::string text;
 
 private:
-    static std::string kaestchen(const Schalter& s) { return (s.an ? "[x] " : "[ ] ") + s.text; }
+    static std::string kasten(const Schalter& s) { return s.an ? "[x] " : "[ ] "; }
     static std::string knopf(const Knopf& k) { return "[" + einzeilig(k.text) + "]"; }
 
     [[nodiscard]] std::string farbe(Farbe f, std::string_view inhalt) const {
@@ -159,9 +159,9 @@ std::string alsText(const Frage& frage, Schriftbild bild) {
     return schreiber.text;
 }
 
-std::string alsText(const std::string& meldung, Schriftbild bild) {
+std::string alsText(const std::string& meldung, Schriftbild bild, Farbe farbe) {
     Schreiber schreiber(0, bild);
-    schreiber.zeile(meldung);
+    schreiber.zeile(meldung, farbe);
     return schreiber.text;
 }
 

@@ -10,7 +10,7 @@ namespace mobilsteg {
 /// numbered buttons; one line. They end with a line end. Pure.
 [[nodiscard]] std::string alsText(const Baum& baum, Schriftbild bild = {});
 [[nodiscard]] std::string alsText(const Frage& frage, Schriftbild bild);
-[[nodiscard]] std::string alsText(const std::string& meldung, Schriftbild bild);
+[[nodiscard]] std::string alsText(const std::string& meldung, Schriftbild bild, Farbe farbe = Farbe::normal);
 
 /// The lines of `text`, at most `hoehe`. Of a longer text: what stands before its first rule, of the rest the
 /// lines from the `ab`th on, and one that counts the others; an `ab` too large is lowered. Pure.

@@ -95,6 +95,7 @@ TEST(Schirm, getipptesUeberstehtDasNeueBildUndAmEndeIstAllesZurueckgestellt) {
     Terminal t;
     EXPECT_EQ(Schirm::oeffne(t.datei.get(), t.datei.get()), nullptr);
     ::setenv("TERM", "xterm", 1);
+    ::setenv("MOBILSTEG_HINWEIS", "So geht das Handy: stecken, erlauben, ziehen", 1);
     const auto vorher = t.art();
     const auto schirm = Schirm::oeffne(t.datei.get(), t.datei.get());
     ASSERT_NE(schirm, nullptr);
@@ -111,7 +112,8 @@ TEST(Schirm, getipptesUeberstehtDasNeueBildUndAmEndeIstAllesZurueckgestellt) {
     t.bis("> EX");
     t.setzeBreite(30); // drawn as 40 wide
     ::raise(SIGWINCH);
-    EXPECT_THAT(t.bis("> EX"), HasSubstr("Bild 40"));
+    EXPECT_THAT(t.bis("> EX"),
+                AllOf(HasSubstr("Bild 40\r"), HasSubstr("\x1b[2mSo geht das Handy: stecken, erlauben,")));
     schirm->zeige([](Schriftbild) { return "zwei\n"; }, {"experte an", "experte aus", "Tür"});
     EXPECT_THAT(t.bis("> EX"), HasSubstr("zwei"));
     t.tippe("\t");
