@@ -1,8 +1,6 @@
 # Shared by the two ways to take the trip: simulated Mac, simulated phone, an adb server of the trip's own.
 # shellcheck shell=sh
 
-. "$(dirname "$0")/../../ci/worte.sh"
-nur_worte 'Ein Teil von ./starten, siehe ./starten --hilfe' "" "$@"
 [ -n "${GERAET:-}" ] || { echo "${0##*/}: Ein Teil von ./starten, siehe ./starten --hilfe" >&2; exit 2; }
 
 hier=${hier:-$(cd "$(dirname "$0")/../.." && pwd)}
