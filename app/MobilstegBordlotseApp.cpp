@@ -1,5 +1,7 @@
 #include "app/MobilstegBordlotseApp.hpp"
 
+#include "handy/Adbserver.hpp"
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -25,11 +27,26 @@ MobilstegBordlotseApp::MobilstegBordlotseApp(const Befehlszeile& zeile, const st
     : orte_(orteAus(zeile)), waechter_(zeile, sperre),
       einstellungen_(einstellungenFuer(orte_, kennung).speicher), skript_(adminskriptFuer(orte_)),
       browser_(lauf, orte_, *einstellungen_),
-      kabel_({haupt, takt_, volltunnelQ_, uhr_, lauf, http_, *einstellungen_, standdienst_, *skript_, dialog,
+      kabel_({haupt,
+              takt_,
+              volltunnelQ_,
+              uhr_,
+              lauf,
+              http_,
+              *einstellungen_,
+              standdienst_,
+              *skript_,
+              dialog,
               [this] { return browser_.finden(); },
-              [this](const BrowserFund& fund) { browser_.hinzufuegen(fund); }, eigenesBuendel(kennung), orte_,
-              rechnername(), brichAb, [this] { geraetewache_.halte(); }, [this] { waechter_.halte(); },
-              [this] { waechter_.schickeHeim(); }}) {
+              [this](const BrowserFund& fund) { browser_.hinzufuegen(fund); },
+              eigenesBuendel(kennung),
+              orte_,
+              rechnername(),
+              brichAb,
+              [this] { geraetewache_.halte(); },
+              [this] { waechter_.halte(); },
+              [this] { waechter_.schickeHeim(); },
+              forwardsVomServer}) {
     Kabel::setzeGemeinsames(&kabel_);
 }
 

@@ -1,6 +1,6 @@
 #include "ansicht/Browser.hpp"
 #include "app/Dienste.hpp"
-#include "handy/Geraetewache.hpp"
+#include "handy/Adbserver.hpp"
 #include "handy/Ports.hpp"
 #include "kabel/Protokoll.hpp"
 #include "kabel/Verbindung.hpp"

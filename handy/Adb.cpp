@@ -11,6 +11,7 @@ namespace mobilsteg {
 namespace {
 
 constexpr double listeSekunden = 10;
+constexpr double forwardSekunden = 5;
 
 /// What is sold as "Samsung Galaxy …", by the stem of its model code behind "SM-".
 constexpr std::pair<std::string_view, std::string_view> galaxys[] = {
@@ -54,8 +55,9 @@ std::string modellcode(const std::vector<std::string_view>& worte) {
 
 } // namespace
 
-Adb::Adb(Laeufer laeufer, Orte orte, std::optional<std::string> ressourcen)
-    : laeufer_(std::move(laeufer)), orte_(std::move(orte)), ressourcen_(std::move(ressourcen)) {}
+Adb::Adb(Laeufer laeufer, Orte orte, std::optional<std::string> ressourcen, Forwardliste forwardliste)
+    : laeufer_(std::move(laeufer)), orte_(std::move(orte)), ressourcen_(std::move(ressourcen)),
+      forwardliste_(std::move(forwardliste)) {}
 
 std::vector<std::string> Adb::kandidaten() const {
     std::vector<std::string> pfade;
@@ -77,6 +79,11 @@ std::optional<std::string> Adb::finden() const {
 
 std::vector<Adb::Geraet> Adb::geraete(const std::string& pfad) const {
     return lies(laeufer_(pfad, {"devices", "-l"}, listeSekunden).ausgabe);
+}
+
+std::string Adb::forwards(const std::string& pfad) const {
+    const auto liste = forwardliste_ ? forwardliste_() : std::nullopt;
+    return liste ? *liste : laeufer_(pfad, {"forward", "--list"}, forwardSekunden).ausgabe;
 }
 
 std::vector<Adb::Geraet> Adb::lies(std::string_view ausgabe) {

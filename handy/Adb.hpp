@@ -3,6 +3,7 @@
 #include "plattform/Lauf.hpp"
 #include "plattform/Orte.hpp"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -10,7 +11,7 @@
 
 namespace mobilsteg {
 
-/// Where the adb tool is and which devices it sees.
+/// Where the adb tool is, which devices it sees and what it forwards.
 class Adb {
 public:
     /// One line of `adb devices -l`.
@@ -24,7 +25,11 @@ public:
         bool operator==(const Geraet&) const = default;
     };
 
-    Adb(Laeufer laeufer, Orte orte, std::optional<std::string> ressourcen);
+    /// Answers like the adb tool's `forward --list`, or not at all.
+    using Forwardliste = std::function<std::optional<std::string>()>;
+
+    /// `forwardliste`, if any, is asked before the tool, which costs a process.
+    Adb(Laeufer laeufer, Orte orte, std::optional<std::string> ressourcen, Forwardliste forwardliste = {});
 
     /// The paths that are tried, in this order. PATH is not consulted.
     [[nodiscard]] std::vector<std::string> kandidaten() const;
@@ -36,6 +41,10 @@ public:
     /// 10 s, because adb may have to start its server first.
     [[nodiscard]] std::vector<Geraet> geraete(const std::string& pfad) const;
 
+    /// What adb forwards, a line each: serial, local port, port of the device. Empty also when adb failed.
+    /// Blocks for up to 5 s beside what `Forwardliste` takes.
+    [[nodiscard]] std::string forwards(const std::string& pfad) const;
+
     /// Reads the listing's text. Pure.
     [[nodiscard]] static std::vector<Geraet> lies(std::string_view ausgabe);
 
@@ -43,6 +52,7 @@ private:
     Laeufer laeufer_;
     Orte orte_;
     std::optional<std::string> ressourcen_;
+    Forwardliste forwardliste_;
 };
 
 } // namespace mobilsteg

@@ -1,14 +1,12 @@
 #include "handy/Http.hpp"
 
 #include "handy/Ports.hpp"
+#include "plattform/Loopback.hpp"
 
 #include <curl/curl.h>
 
 #include <fcntl.h>
-#include <poll.h>
 
-#include <array>
-#include <cerrno>
 #include <chrono>
 #include <memory>
 
@@ -84,50 +82,29 @@ void richteEin(CURL* griff, HttpAnfrage::Weg weg, Vorgang& vorgang) {
     curl_easy_setopt(griff, CURLOPT_MAXREDIRS, meisteUmleitungen);
     curl_easy_setopt(griff, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(griff, CURLOPT_ACCEPT_ENCODING, "");
-    // A redirect asks anew: the server may be closing the connection that it answered on.
+    // A connection kept from an earlier request may still lead to the phone that was plugged in then, and
+    // proves nothing about the path of now; and after a redirect the server may be closing the one that it
+    // answered on.
     curl_easy_setopt(griff, CURLOPT_FORBID_REUSE, 1L);
+    curl_easy_setopt(griff, CURLOPT_SSL_SESSIONID_CACHE, 0L);
     // Set in both cases: an unset proxy or exception list would be read from the environment.
     curl_easy_setopt(griff, CURLOPT_PROXY, direkt ? "" : ("socks5h://" + amMac(socksPort)).c_str());
     curl_easy_setopt(griff, CURLOPT_NOPROXY, direkt ? "*" : "");
 }
 
-using Griff = std::unique_ptr<CURL, void (*)(CURL*)>;
-
-/// One for each request: a connection kept from an earlier one may still lead to the phone that was plugged
-/// in then, and proves nothing about the path of now. Null: there is none to be had.
-Griff neuerGriff() {
-    static const CURLcode vorbereitet = curl_global_init(CURL_GLOBAL_DEFAULT);
-    return {vorbereitet == CURLE_OK ? curl_easy_init() : nullptr, curl_easy_cleanup};
-}
-
-/// What comes over the handle's connection, once it is `anzahl` bytes; less when they do not come in time.
-std::string empfange(CURL* griff, std::size_t anzahl, Zeit::time_point frist) {
-    std::string bytes;
-    curl_socket_t nummer = CURL_SOCKET_BAD;
-    curl_easy_getinfo(griff, CURLINFO_ACTIVESOCKET, &nummer);
-    while (bytes.size() < anzahl) {
-        const auto rest = std::chrono::ceil<std::chrono::milliseconds>(frist - Zeit::now()).count();
-        pollfd fall{nummer, POLLIN, 0};
-        if (rest <= 0 || (::poll(&fall, 1, static_cast<int>(rest)) < 0 && errno != EINTR))
-            break;
-        std::array<char, 16> block{};
-        std::size_t n = 0;
-        const auto ausgang =
-            curl_easy_recv(griff, block.data(), std::min(block.size(), anzahl - bytes.size()), &n);
-        if (ausgang != CURLE_AGAIN && (ausgang != CURLE_OK || n == 0))
-            break;
-        bytes.append(block.data(), n);
-    }
-    return bytes;
-}
-
 } // namespace
 
+CurlHttp::CurlHttp() : griff_(nullptr, curl_easy_cleanup) {
+    static const CURLcode vorbereitet = curl_global_init(CURL_GLOBAL_DEFAULT);
+    if (vorbereitet == CURLE_OK)
+        griff_.reset(curl_easy_init());
+}
+
 std::optional<HttpErgebnis> CurlHttp::hole(const HttpAnfrage& anfrage) {
-    const auto besitz = neuerGriff();
-    CURL* griff = besitz.get();
+    CURL* griff = griff_.get();
     if (griff == nullptr)
         return std::nullopt;
+    curl_easy_reset(griff);
     Vorgang vorgang;
     richteEin(griff, anfrage.weg, vorgang);
     curl_easy_setopt(griff, CURLOPT_URL, anfrage.url.c_str());
@@ -153,22 +130,13 @@ std::optional<HttpErgebnis> CurlHttp::hole(const HttpAnfrage& anfrage) {
 
 bool CurlHttp::proxyGruesst() {
     using namespace std::string_view_literals;
-    const auto frist = Zeit::now() + std::chrono::seconds(1);
-    const auto besitz = neuerGriff();
-    CURL* griff = besitz.get();
-    if (griff == nullptr)
-        return false;
-    curl_easy_setopt(griff, CURLOPT_URL, ("http://" + amMac(socksPort)).c_str());
-    curl_easy_setopt(griff, CURLOPT_NOPROXY, "*");
-    curl_easy_setopt(griff, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(griff, CURLOPT_TIMEOUT_MS, 1000L);
-    curl_easy_setopt(griff, CURLOPT_SOCKOPTFUNCTION, markiereSocket);
-    curl_easy_setopt(griff, CURLOPT_CONNECT_ONLY, 1L);
-    constexpr auto gruss = "\x05\x01\x00"sv; // version 5; one way to log in: without
-    std::size_t gesendet = 0;
-    return curl_easy_perform(griff) == CURLE_OK &&
-           curl_easy_send(griff, gruss.data(), gruss.size(), &gesendet) == CURLE_OK &&
-           gesendet == gruss.size() && empfange(griff, 2, frist) == "\x05\x00"sv;
+    std::string antwort;
+    // Version 5; one way to log in: without.
+    frageLoopback(socksPort, "\x05\x01\x00"sv, std::chrono::seconds(1), [&](std::string_view bytes) {
+        antwort += bytes;
+        return antwort.size() < 2;
+    });
+    return antwort.starts_with("\x05\x00"sv);
 }
 
 } // namespace mobilsteg

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -40,11 +41,16 @@ public:
     [[nodiscard]] virtual bool proxyGruesst() = 0;
 };
 
-/// HTTP by libcurl. Each request stands alone: nothing (connections, cookies, cache, credentials) is kept.
+/// HTTP by libcurl, on one queue. Each request stands alone: nothing (connections, cookies, cache,
+/// credentials) is kept but the handle, because making one costs more than a request on this machine.
 class CurlHttp final : public Http {
 public:
+    CurlHttp();
     [[nodiscard]] std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
     [[nodiscard]] bool proxyGruesst() override;
+
+private:
+    std::unique_ptr<void, void (*)(void*)> griff_; ///< null: there is none to be had
 };
 
 } // namespace mobilsteg

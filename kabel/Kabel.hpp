@@ -63,6 +63,7 @@ public:
         /// Asked at each step, before anything is changed: sees to it that somebody takes everything back if
         /// the process dies; and, once everything is taken back, told that nobody needs to. May be empty.
         std::function<void()> halteWaechter{}, entlasseWaechter{};
+        Adb::Forwardliste forwardliste{}; ///< on q; may be empty
     };
 
     /// Reads the settings; starts nothing.

@@ -11,7 +11,6 @@ namespace {
 
 constexpr double forwardSekunden = 10;
 constexpr double abbauSekunden = 5;
-constexpr double listeSekunden = 5;
 
 bool istBelegt(const Ergebnis& ergebnis) {
     return ergebnis.status != 0 && ergebnis.fehler.find("already in use") != std::string::npos;
@@ -135,9 +134,9 @@ std::vector<std::string> Verbindung::leiteWeiter() {
 }
 
 bool Verbindung::wegSteht() {
-    const auto liste = laeufer_(*adbPfad_, {"forward", "--list"}, listeSekunden);
+    const auto liste = adb_.forwards(*adbPfad_);
     const std::string unserer = *serial_ + " " + tcp(socksPort) + " " + tcp(socksPort);
-    const auto zeilen = teile(liste.ausgabe, '\n');
+    const auto zeilen = teile(liste, '\n');
     const bool steht = std::any_of(zeilen.begin(), zeilen.end(),
                                    [&](auto zeile) { return beschnitten(zeile) == unserer; }) &&
                        handy_.proxyGruesst();

@@ -44,7 +44,7 @@ public:
     [[nodiscard]] const std::string& belegtePorts() const { return belegtePorts_; }
 
     /// Whether adb still forwards the SOCKS port to this phone and what answers there speaks SOCKS5. If not,
-    /// the forwards are built anew next time. Blocks for up to 6 s.
+    /// the forwards are built anew next time. Blocks for up to 7 s.
     [[nodiscard]] bool wegSteht();
 
     /// Registers with the phone. Absent: no answer; the forwards are then built anew next time.

@@ -132,6 +132,9 @@ std::string_view ersteZeichen(std::string_view text, std::size_t anzahl) {
 }
 
 std::string einzeilig(std::string_view text, std::size_t hoechstens) {
+    const auto schlicht = [](char c) { return c >= 0x20 && c < 0x7F; };
+    if (text.size() <= hoechstens && std::all_of(text.begin(), text.end(), schlicht))
+        return std::string(text); // as nearly always, many times in each tick
     const std::string gueltig = alsUtf8(text);
     std::string_view rest = ersteZeichen(gueltig, hoechstens);
     std::string zeile;

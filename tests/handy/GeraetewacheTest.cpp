@@ -1,6 +1,9 @@
-// What the adb server reports of its devices, and what a server of another kind does to us.
+// What the adb server tells us, and what a server of another kind does to us.
 
 #include "handy/Geraetewache.hpp"
+
+#include "handy/Adb.hpp"
+#include "handy/Adbserver.hpp"
 
 #include <asio/buffer.hpp>
 #include <asio/io_context.hpp>
@@ -10,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <future>
 #include <semaphore>
 
 using namespace mobilsteg;
@@ -18,40 +22,74 @@ using asio::ip::tcp;
 
 namespace {
 
-TEST(Geraetemeldungen, sagenWasSichGeaendertHat) {
-    const std::tuple<std::string, std::optional<bool>> folge[] = {
-        {"OK", false},          {"AY00", false},
-        {"00", false},                                       // nothing is connected, and nothing was before
-        {"0004A de0004", true},                              // the second one is not complete yet
-        {"A de", false},        {"0004B de0004A de", false}, // there and back between two reads
-        {"0000", true},
+using Vielleicht = std::optional<std::string>;
+
+TEST(Adbmeldungen, kommenGanzUndNurDieNeueste) {
+    const std::pair<std::string, Vielleicht> folge[] = {
+        {"OK", std::nullopt},     {"AY00", std::nullopt},        {"00", ""}, {"", std::nullopt}, // told once
+        {"0004A de0004", "A de"}, // the second one is not complete yet
+        {"A d", std::nullopt},    {"e0004B de0004C de", "C de"},
     };
-    Geraetemeldungen meldungen;
-    for (const auto& [bytes, anders] : folge)
-        EXPECT_EQ(meldungen.nimm(bytes), anders) << bytes;
-    meldungen.beginneNeu();
-    EXPECT_EQ(meldungen.nimm("OKAY0000"), false) << "as before the connection was lost";
-    for (const std::string fremd : {"FAIL0004nein", "HTTP/1.1 200", "OKAYzzzz", "OKAY-001", "OKAY00 4"}) {
-        meldungen.beginneNeu();
-        EXPECT_EQ(meldungen.nimm(fremd), std::nullopt) << fremd;
+    Adbmeldungen meldungen;
+    for (const auto& [bytes, neueste] : folge) {
+        EXPECT_TRUE(meldungen.nimm(bytes));
+        EXPECT_EQ(meldungen.neueste(), neueste) << bytes;
     }
+    for (const std::string fremd : {"FAIL0004nein", "HTTP/1.1 200", "OKAYzzzz", "OKAY-001", "OKAY00 4"})
+        EXPECT_FALSE(Adbmeldungen().nimm(fremd)) << fremd;
+}
+
+struct Adbserver {
+    Adbserver() {
+        ::setenv("ANDROID_ADB_SERVER_PORT", std::to_string(horcher.local_endpoint().port()).c_str(), 1);
+    }
+
+    /// The next client, once it has asked that.
+    tcp::socket kunde(std::string_view frage) {
+        auto einer = horcher.accept();
+        std::string gelesen(frage.size(), ' ');
+        asio::read(einer, asio::buffer(gelesen));
+        EXPECT_EQ(gelesen, frage);
+        return einer;
+    }
+
+    asio::io_context kontext;
+    tcp::acceptor horcher{kontext, {asio::ip::address_v4::loopback(), 0}};
+};
+
+TEST(Adbserver, nenntDieForwardsOderDasWerkzeugMuss) {
+    const std::pair<std::string, std::string> antworten[] = {
+        {"OKAY0007R5 a b\n", "R5 a b\n"},
+        {"OKAY0000", ""},
+        {"OKAY0007R5 a", "vom Werkzeug"}, // half an answer
+        {"FAIL0004nein", "vom Werkzeug"},
+    };
+    Adbserver server;
+    const auto werkzeug = [](auto&&...) { return Ergebnis{0, "vom Werkzeug", ""}; };
+    const Adb adb(werkzeug, {}, {}, forwardsVomServer);
+    for (const auto& [antwort, liste] : antworten) {
+        const auto faden = std::async(std::launch::async, [&, gesagt = antwort] {
+            auto kunde = server.kunde("0011host:list-forward");
+            for (const char c : gesagt)
+                asio::write(kunde, asio::buffer(&c, 1));
+        });
+        EXPECT_EQ(adb.forwards("adb"), liste) << antwort;
+    }
+    ::setenv("ADB_SERVER_SOCKET", "tcp:anderswo:5037", 1);
+    EXPECT_EQ(adb.forwards("adb"), "vom Werkzeug") << "only that finds this server";
+    ::unsetenv("ADB_SERVER_SOCKET");
 }
 
 TEST(Geraetewache, meldetSichAnUndRuftBeiJederAenderung) {
-    asio::io_context kontext;
-    tcp::acceptor server(kontext, {asio::ip::address_v4::loopback(), 0});
-    ::setenv("ANDROID_ADB_SERVER_PORT", std::to_string(server.local_endpoint().port()).c_str(), 1);
+    Adbserver server;
     AsioSchlange schlange("wache");
     std::counting_semaphore<> gemeldet(0);
     Geraetewache wache(schlange, [&] { gemeldet.release(); });
     wache.halte();
     wache.halte(); // connects once
-    auto adb = server.accept();
-    std::string bitte(22, ' ');
-    asio::read(adb, asio::buffer(bitte));
-    EXPECT_EQ(bitte, "0012host:track-devices");
+    auto adb = server.kunde("0012host:track-devices");
     const auto anfang = std::chrono::steady_clock::now();
-    for (const char* meldung : {"OKAY0004A de", "0000"}) {
+    for (const char* meldung : {"OKAY0004A de", "0004B de0004A de0000"}) {
         asio::write(adb, asio::buffer(std::string(meldung)));
         EXPECT_TRUE(gemeldet.try_acquire_for(4s)) << meldung;
     }

@@ -43,6 +43,8 @@ struct Server {
     std::future<void> faden; // goes first, which waits for its end
 };
 
+CurlHttp http; // one for all: nothing of an earlier request shows in the next
+
 std::error_code egal; // a client that is gone shows in what it got or sent
 
 /// One HTTP request; a body ends with "[ende]".
@@ -104,7 +106,7 @@ std::string hole(const std::vector<std::string>& antworten, const std::string& k
     const std::string url =
         "http://" +
         (direkt ? "127.0.0.1:" + std::to_string(server.horcher.local_endpoint().port()) : amHandy);
-    const auto ergebnis = CurlHttp().hole(
+    const auto ergebnis = http.hole(
         {weg, koerper.empty() ? "GET" : "POST", url + "/hin", {{"Content-Type", "text/plain"}}, koerper});
     return ergebnis ? std::to_string(ergebnis->status) + " " + ergebnis->koerper : "-";
 }
@@ -158,11 +160,11 @@ TEST(CurlHttp, fragtDenProxyDesHandysNachDemNamen) {
                 asio::write(s, asio::buffer(antwort("200 OK", "203.0.113.7\n")), egal);
             },
             1080);
-        EXPECT_EQ(CurlHttp().hole(frage).has_value(), leave.back() == 0);
+        EXPECT_EQ(http.hole(frage).has_value(), leave.back() == 0);
     }
     EXPECT_THAT(gehoert, StartsWith("\x05\x01\x00\x03\x14nur-am-handy.invalid\x1F\xBBGET /ip HTTP/1.1\r\n"
                                     "Host: nur-am-handy.invalid:8123\r\n"s));
-    EXPECT_FALSE(CurlHttp().hole(frage)) << "nobody listens";
+    EXPECT_FALSE(http.hole(frage)) << "nobody listens";
 }
 
 TEST(CurlHttp, kenntDenProxyAmGruss) {
@@ -184,9 +186,9 @@ TEST(CurlHttp, kenntDenProxyAmGruss) {
                 EXPECT_TRUE(gruss == "\x05\x01\x00"s);
             },
             1080);
-        EXPECT_EQ(CurlHttp().proxyGruesst(), gruesst);
+        EXPECT_EQ(http.proxyGruesst(), gruesst);
     }
-    EXPECT_FALSE(CurlHttp().proxyGruesst()) << "nobody listens";
+    EXPECT_FALSE(http.proxyGruesst()) << "nobody listens";
 }
 
 } // namespace
