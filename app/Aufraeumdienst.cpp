@@ -10,20 +10,11 @@
 #include "plattform/Text.hpp"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
 
 namespace mobilsteg {
 
 namespace {
-
-/// A tool that was cut off at its limit ends with SIGTERM and says nothing.
-std::string deutlich(const std::string& grund) {
-    constexpr std::string_view abgebrochen = ": Rückgabe 15";
-    return grund.ends_with(abgebrochen)
-               ? grund.substr(0, grund.size() - abgebrochen.size()) + " antwortet nicht"
-               : grund;
-}
 
 bool istUnserForward(std::string_view lokal, std::string_view amHandy) {
     if (amHandy == tcp(socksPort))
@@ -108,7 +99,7 @@ bool Aufraeumer::nimmWeg(const std::string& dienst, SystemProxy::Ziel ziel) {
     const bool vergessen = gemerkt && !umfeld_.proxy.gemerkterDienst();
     ende(!grund      ? "ausgeschaltet"
          : vergessen ? "den Netzwerkdienst gibt es nicht mehr, vergessen"
-                     : "nicht ausgeschaltet: " + deutlich(*grund));
+                     : "nicht ausgeschaltet: " + *grund);
     getan_ = getan_ || !grund || vergessen;
     return !grund || vergessen;
 }
@@ -179,12 +170,9 @@ void Aufraeumer::entferneForwards() {
     if (!adb)
         return ende("adb ist nicht da, also gibt es keine");
     const std::string rat = "„adb kill-server“ nimmt die Weiterleitungen mit";
-    const auto fehlertext = [](const Ergebnis& e) {
-        return e.status == SIGTERM ? "adb antwortet nicht" : SystemProxy::fehlertext(e, "adb");
-    };
     const auto liste = lauf(*adb, {"forward", "--list"}, adbSekunden);
     if (liste.status != 0) {
-        ende("lassen sich nicht befragen: " + fehlertext(liste));
+        ende("lassen sich nicht befragen: " + SystemProxy::scheitern(liste, "adb"));
         return bleibt("die Weiterleitungen", rat);
     }
     int entfernte = 0;
@@ -198,7 +186,8 @@ void Aufraeumer::entferneForwards() {
         if (const auto ergebnis = lauf(*adb, weg, adbSekunden); ergebnis.status == 0)
             ++entfernte;
         else
-            misslungene.push_back(std::string(worte[1]) + " nicht entfernt: " + fehlertext(ergebnis));
+            misslungene.push_back(std::string(worte[1]) +
+                                  " nicht entfernt: " + SystemProxy::scheitern(ergebnis, "adb"));
     }
     getan_ = getan_ || entfernte > 0;
     const bool keine = entfernte == 0 && misslungene.empty();

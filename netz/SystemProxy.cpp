@@ -4,7 +4,7 @@
 #include "plattform/Text.hpp"
 
 #include <algorithm>
-#include <csignal>
+#include <utility>
 
 namespace mobilsteg {
 
@@ -90,7 +90,7 @@ std::optional<std::string> SystemProxy::entfernen(const std::string& dienst) {
     const auto aus = schalteAus(dienst);
     const bool verschwunden = kenntDienstNicht(aus);
     if (aus.status != 0 && !verschwunden)
-        return fehlertext(aus);
+        return scheitern(aus);
     if (verschwunden)
         schalteUmbenanntenAus();
     if (const auto gemerkt = gemerkterDienst()) { // else nothing is written: the settings may be damaged
@@ -129,7 +129,7 @@ std::optional<std::string> SystemProxy::klaere(const std::string& dienst, bool e
         return "sein Proxy lässt sich nicht befragen";
     case Ziel::wir:
         if (const auto aus = schalteAus(dienst); aus.status != 0)
-            return fehlertext(aus);
+            return scheitern(aus);
         break;
     case Ziel::keinDienst:
         schalteUmbenanntenAus();
@@ -147,33 +147,23 @@ SystemProxy::Ziel SystemProxy::ziel(const std::string& dienst) const {
     const auto antwort = networksetup({"-getsocksfirewallproxy", dienst}, fragenSekunden);
     if (antwort.status != 0)
         return kenntDienstNicht(antwort) ? Ziel::keinDienst : Ziel::unbekannt;
-    const auto port = antwort.ausgabe.find("\nPort:");
-    if (port == std::string::npos || antwort.ausgabe.find('\n', port + 1) == std::string::npos)
+    const auto wohin = liesAdresse(antwort.ausgabe);
+    if (!wohin)
         return Ziel::unbekannt; // half an answer; the proxy may be ours all the same
-    return zeigtAufUns(antwort.ausgabe) ? Ziel::wir : Ziel::andere;
+    return *wohin == amMac(socksPort) ? Ziel::wir : Ziel::andere;
 }
 
 std::optional<std::string> SystemProxy::adresse(const std::string& dienst) const {
     const auto antwort = networksetup({"-getsocksfirewallproxy", dienst}, fragenSekunden);
-    const auto wert = [&](std::string_view name) -> std::string {
-        for (const auto zeile : teile(antwort.ausgabe, '\n'))
-            if (zeile.starts_with(name))
-                return std::string(beschnitten(zeile.substr(name.size())));
-        return "";
-    };
-    const auto an = wert("Enabled:");
-    if (antwort.status != 0 || an.empty())
-        return std::nullopt;
-    return an == "Yes" ? wert("Server:") + ":" + wert("Port:") : "";
+    return antwort.gelungen() ? liesAdresse(antwort.ausgabe) : std::nullopt;
 }
 
 std::optional<std::vector<Netzwerkdienst>> SystemProxy::dienste(std::string& grund) const {
     const auto liste = networksetup({"-listnetworkserviceorder"}, fragenSekunden);
     auto gelesene = liesDienste(liste.ausgabe);
-    if (liste.status == 0 && !gelesene.empty())
+    if (liste.gelungen() && !gelesene.empty()) // else it may have written half of its list
         return gelesene;
-    // Cut off at its limit, it may have written half of its list.
-    grund = liste.status == SIGTERM ? "networksetup antwortet nicht" : fehlertext(liste);
+    grund = scheitern(liste);
     return std::nullopt;
 }
 
@@ -228,14 +218,18 @@ std::optional<std::string> SystemProxy::dienstFuer(const std::optional<std::stri
     return ersterMit([](const auto& d) { return d.eingeschaltet; });
 }
 
-bool SystemProxy::zeigtAufUns(std::string_view ausgabe) {
-    const auto zeilen = teile(ausgabe, '\n');
-    const auto hat = [&](const std::string& gesuchte) {
-        return std::any_of(zeilen.begin(), zeilen.end(),
-                           [&](auto zeile) { return beschnitten(zeile) == gesuchte; });
-    };
-    return hat("Enabled: Yes") && hat(std::string("Server: ") + eigeneAdresse) &&
-           hat("Port: " + std::to_string(socksPort));
+std::optional<std::string> SystemProxy::liesAdresse(std::string_view ausgabe) {
+    std::optional<std::string> an, server, port;
+    for (const auto zeile : teile(ausgabe.substr(0, ausgabe.rfind('\n') + 1), '\n')) {
+        const auto eine = beschnitten(zeile);
+        for (const auto& [name, wert] :
+             {std::pair{"Enabled:", &an}, std::pair{"Server:", &server}, std::pair{"Port:", &port}})
+            if (eine.starts_with(name))
+                *wert = beschnitten(eine.substr(std::string_view(name).size()));
+    }
+    if (!an || !server || !port)
+        return std::nullopt;
+    return *an == "Yes" ? *server + ":" + *port : "";
 }
 
 std::string SystemProxy::fehlertext(const Ergebnis& ergebnis, const char* werkzeug) {
@@ -244,6 +238,10 @@ std::string SystemProxy::fehlertext(const Ergebnis& ergebnis, const char* werkze
     if (!text.empty())
         return std::string(text);
     return std::string(werkzeug) + ": Rückgabe " + std::to_string(ergebnis.status);
+}
+
+std::string SystemProxy::scheitern(const Ergebnis& ergebnis, const char* werkzeug) {
+    return ergebnis.abgelaufen ? std::string(werkzeug) + " antwortet nicht" : fehlertext(ergebnis, werkzeug);
 }
 
 } // namespace mobilsteg

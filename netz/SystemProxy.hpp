@@ -91,11 +91,14 @@ public:
     /// The service on that interface, else the first enabled one.
     [[nodiscard]] static std::optional<std::string>
     dienstFuer(const std::optional<std::string>& schnittstelle, const std::vector<Netzwerkdienst>& dienste);
-    /// Whether an answer of `-getsocksfirewallproxy` names our address, switched on.
-    [[nodiscard]] static bool zeigtAufUns(std::string_view ausgabe);
+    /// The address in an answer of `-getsocksfirewallproxy`; empty: switched off. Absent: half an answer.
+    [[nodiscard]] static std::optional<std::string> liesAdresse(std::string_view ausgabe);
     /// Why a tool failed, in its own words.
     [[nodiscard]] static std::string fehlertext(const Ergebnis& ergebnis,
                                                 const char* werkzeug = "networksetup");
+    /// The same, but of one that missed its limit only that: whatever it said was cut off.
+    [[nodiscard]] static std::string scheitern(const Ergebnis& ergebnis,
+                                               const char* werkzeug = "networksetup");
 
 private:
     [[nodiscard]] Ergebnis networksetup(const std::vector<std::string>& argumente, double sekunden) const;

@@ -86,14 +86,14 @@ const Lagefall lagen[] = {
     {"merke Wi-Fi; rm usr/sbin/networksetup", "--aufraeumen", "„Wi-Fi“ … nicht ausgeschaltet: ", 1},
     {"merke Wi-Fi; rm usr/sbin/networksetup", "--selbsttest", "✗ Werkzeug", 1},
     {"cp taub usr/sbin/networksetup", "--aufraeumen",
-     "Netzwerkdienste … lassen sich nicht befragen: networksetup antwortet nicht\nVolltunnel", 1},
+     "Netzwerkdienste … lassen sich nicht befragen: networksetup: Rückgabe 15\nVolltunnel", 1},
     {"mv usr/sbin/networksetup usr/sbin/echt; cp kaputt usr/sbin/networksetup", "--aufraeumen",
      "„Wi-Fi“ … lässt sich nicht befragen\n", 1},
     {"merke Alt", "--aufraeumen", "„Alt“ … den Netzwerkdienst gibt es nicht mehr, vergessen\n", 0},
     {"proxy Wi-Fi 10.0.0.5 1080", "--aufraeumen", "Nichts zu tun", 0},
     {"cp kaputt opt/homebrew/bin/adb", "--aufraeumen",
      "Weiterleitungen … lassen sich nicht befragen: kein Server\n", 1},
-    {"cp taub opt/homebrew/bin/adb", "--aufraeumen", "nicht befragen: adb antwortet nicht\n", 1},
+    {"cp langsam opt/homebrew/bin/adb", "--aufraeumen", "nicht befragen: adb antwortet nicht\n", 1},
     {"cp halb opt/homebrew/bin/adb", "--aufraeumen", "Weiterleitungen … tcp:1080 nicht entfernt: fort\n", 1},
     {"", "--selbsttest", "✗ adb              fehlt — brew install", 1},
     {"cp taub opt/homebrew/bin/adb", "--selbsttest", "adb antwortet nicht — ", 1},
@@ -112,7 +112,8 @@ TEST(Aufraeumen, sagtWasBliebUndWasImWegSteht) {
         case $* in -getsocks*Wi-Fi | *forward*) echo kein Server >&2; exit 4 ;; esac
         exec "${0%/*}/echt" "$@")",
                      true);
-    bank.ordner.lege("/vorlage/taub", "#!/bin/sh\nkill -TERM $$", true); // as one that its limit ends
+    bank.ordner.lege("/vorlage/taub", "#!/bin/sh\nkill -TERM $$", true);
+    bank.ordner.lege("/vorlage/langsam", "#!/bin/sh\nexec sleep 60", true);
     bank.ordner.lege("/vorlage/halb", R"(#!/bin/sh
         [ $# = 2 ] && exec echo A tcp:1080 tcp:1080
         echo fort >&2; exit 1)",

@@ -50,13 +50,15 @@ TEST(SystemProxy, waehltDenDienstDerSchnittstelleOderDenErstenEingeschalteten) {
             << schnittstelle.value_or("-") << text;
 }
 
-TEST(SystemProxy, erkenntDenEigenenProxyInDerAntwortDesWerkzeugs) {
-    for (const auto& [antwort, soll] : std::vector<std::pair<std::string, bool>>{
-             {" Enabled: Yes \r\n\tServer: 127.0.0.1\r\nPort: 1080\r\n", true},
-             {"Enabled: No\nServer: 127.0.0.1\nPort: 1080\n", false},
-             {"Enabled: Yes\nServer: 127.0.0.1\nPort: 10801\n", false},
-             {"Enabled: Yes\nServer: 10.0.0.1\nPort: 1080\n", false}})
-        EXPECT_EQ(SystemProxy::zeigtAufUns(antwort), soll) << antwort;
+TEST(SystemProxy, liestWohinEinProxyZeigt) {
+    for (const auto& [antwort, soll] : std::vector<std::pair<std::string, Vielleicht>>{
+             {" Enabled: Yes \r\n\tServer: 127.0.0.1\r\nPort: 1080\r\nAuthenticated Proxy Enabled: 0\n",
+              "127.0.0.1:1080"},
+             {"Enabled: No\nServer: 127.0.0.1\nPort: 1080\n", ""},
+             {"Enabled: No\nServer: \nPort: 0\n", ""}, // never used
+             {"Enabled: Yes\nServer: 127.0.0.1\nPort: 1080", std::nullopt},
+             {"Enabled: Yes\nServer: 127.0.0.1\n", std::nullopt}})
+        EXPECT_EQ(SystemProxy::liesAdresse(antwort), soll) << antwort;
 }
 
 // --- the tools' runs: program, arguments and limit with bars between them --------------------------------
@@ -74,9 +76,9 @@ const std::string frage = netz("getsocksfirewallproxy|LAN|5");
 
 const Ergebnis gut{0, "", ""};
 const Ergebnis nein{14, "nicht\n", "so"};
-const Ergebnis getoetet{9, " \n", ""}; // behind its work or before it
 const Ergebnis zeigtAufUns{0, "Enabled: Yes\nServer: 127.0.0.1\nPort: 1080\n", ""};
 const Ergebnis zeigtWoandershin{0, "Enabled: Yes\nServer: 10.0.0.1\nPort: 1080\n", ""};
+const Ergebnis zuSpaet{15, " \n", "", true}; // behind its work or before it
 const Ergebnis halbeAntwort{0, "Enabled: Yes\nServer: 127.0.0.1\nPort: 10", ""};
 const Ergebnis unbekannterDienst{4, "X is not a recognized network service.\n", ""};
 
@@ -123,7 +125,7 @@ TEST(SystemProxy, setztUndNimmtWegAufDemGefundenenDienst) {
 TEST(SystemProxy, nachEinemMisslungenenSetzenWirdNachgesehen) {
     for (auto [skript, grund, bleibt] : std::vector<std::tuple<Lauf::Skript, std::string, bool>>{
              {{{setze, nein}, {frage, zeigtWoandershin}}, "so nicht", false},
-             {{{setze, getoetet}, {frage, zeigtAufUns}, {aus, gut}}, "networksetup: Rückgabe 9", false},
+             {{{setze, zuSpaet}, {frage, zeigtAufUns}, {aus, gut}}, "networksetup: Rückgabe 15", false},
              {{{setze, gut}, {an, nein}, {frage, nein}}, "so nicht", true}}) {
         skript.insert(skript.begin(), {{route, gut}, {liste, {1, "(1) LAN", "its status does not count"}}});
         SpeicherEinstellungen e;
@@ -140,6 +142,7 @@ TEST(SystemProxy, ungewissesWirdGefragtUndDerEigeneProxyDesBenutzersBleibt) {
     for (const auto& [skript, bleibt, fehler] : std::vector<std::tuple<Lauf::Skript, bool, std::string>>{
              {{{frage, zeigtAufUns}, {aus, gut}}, false, ""},
              {{{frage, zeigtAufUns}, {aus, nein}}, true, "so nicht"},
+             {{{frage, zeigtAufUns}, {aus, zuSpaet}}, true, "networksetup antwortet nicht"},
              {{{frage, zeigtWoandershin}}, false, ""},
              {{{frage, halbeAntwort}}, true, "sein Proxy lässt sich nicht befragen"},
              {{{frage, unbekannterDienst},
@@ -155,6 +158,17 @@ TEST(SystemProxy, ungewissesWirdGefragtUndDerEigeneProxyDesBenutzersBleibt) {
         const auto misslungene = lauf.proxy.klaereUngewisse();
         EXPECT_EQ(misslungene.empty() ? "" : *misslungene[0].grund, fehler);
         EXPECT_EQ(!e.werte.empty(), bleibt);
+    }
+}
+
+TEST(SystemProxy, eineHalbeListeIstKeine) {
+    for (const auto& [antwort, soll] : std::vector<std::pair<Ergebnis, std::string>>{
+             {{0, "(1) LAN", "", true}, "networksetup antwortet nicht"}, {nein, "so nicht"}}) {
+        SpeicherEinstellungen e;
+        Lauf lauf(e, {{liste, antwort}});
+        std::string grund;
+        EXPECT_FALSE(lauf.proxy.dienste(grund));
+        EXPECT_EQ(grund, soll);
     }
 }
 
