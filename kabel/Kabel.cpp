@@ -105,7 +105,7 @@ void Kabel::takt() {
     if (endet_)
         return;
     if (++tick_ == 2) // of a run before this one, whose tools have ended by now
-        (void)proxy_.klaereUngewisse();
+        letzteProxyfehler_.merge(meldeMisslungene(proxy_.klaereUngewisse()));
 
     if (tick_ % berichtTakte == 0 && letzteAntwort_)
         berichteSenden();

@@ -162,6 +162,7 @@ private:
     void proxyVonHandAn();
     void proxyWeg();
     [[nodiscard]] std::optional<std::string> nimmProxyWeg();
+    [[nodiscard]] std::set<std::string> meldeMisslungene(const std::vector<SystemProxy::Wegnahme>& wegnahmen);
 
     void volltunnelNachziehen();
     void volltunnelNeuStarten();

@@ -51,6 +51,12 @@ std::optional<std::string> Kabel::nimmProxyWeg() {
             entfernt = wegnahme->dienst;
         wegnahmen.push_back(std::move(*wegnahme));
     }
+    letzteProxyfehler_ = meldeMisslungene(wegnahmen);
+    return entfernt;
+}
+
+/// The log lines for those that failed; what stood there last is not logged again.
+std::set<std::string> Kabel::meldeMisslungene(const std::vector<SystemProxy::Wegnahme>& wegnahmen) {
     std::set<std::string> fehler;
     for (const auto& [dienst, grund] : wegnahmen)
         if (grund)
@@ -58,8 +64,7 @@ std::optional<std::string> Kabel::nimmProxyWeg() {
     for (const auto& zeile : fehler)
         if (!letzteProxyfehler_.contains(zeile))
             protokoll(zeile);
-    letzteProxyfehler_ = std::move(fehler);
-    return entfernt;
+    return fehler;
 }
 
 /// Its success ends the error of an earlier try.

@@ -36,6 +36,21 @@ TEST(Ende, woDerProzessAuchStirbtDerNaechsteStartNimmtDenProxyVorDemErstenTakt) 
     }
 }
 
+/// The tool of a run that died may end its work only after our first look.
+TEST(Ende, derZweiteBlickSagtWasErNichtWegnehmenKann) {
+    HandyWelt w;
+    w.einstellungen.werte["proxy.ungewiss"] = "USB LAN\n";
+    w.starteBis(1);
+    w.socksAn["USB LAN"] = true;
+    w.socksZiel["USB LAN"] = {"127.0.0.1", 1080};
+    w.networksetupFehler = "gesperrt";
+    w.laufeBisSekunde(7);
+    EXPECT_THAT(w.protokoll(), Contains("System-Proxy nicht entfernt von USB LAN: gesperrt").Times(1));
+    w.networksetupFehler.clear();
+    w.raeumeAuf();
+    EXPECT_FALSE(w.socksAn["USB LAN"]);
+}
+
 TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
     KabelWelt w;
     w.einstellungen.werte["volltunnel.erklaert"] = true;
