@@ -3,6 +3,7 @@
 #include "app/Dienste.hpp"
 #include "app/MobilstegBordlotseApp.hpp"
 #include "kabel/Protokoll.hpp"
+#include "kabel/Stand.hpp"
 #include "plattform/Dateien.hpp"
 #include "plattform/Orte.hpp"
 
@@ -105,6 +106,7 @@ int waechterdienst(const Befehlszeile& zeile, const std::string& kennung) {
     // A tool that the dead one had begun may have ended its work only now.
     uhr.schlafe(std::chrono::seconds(2));
     const bool alles = raeumeAuf(umfeld);
+    beendeStand(orte.imHeim(standOrt), umfeld.proxy.gemerkterDienst().has_value());
     Protokoll(orte.imHeim(protokollOrt), uhr)
         .schreibe(std::string("Der Bordlotse ist unerwartet beendet worden — ") +
                   (alles ? "aufgeräumt" : "nicht alles ließ sich aufräumen"));

@@ -286,7 +286,7 @@ void Kabel::schreibeStand(const Phase& phase, const std::optional<Antwort>& antw
 
     auto dokument = standDokument(angaben, antwort);
     legeElternordnerAn(standPfad_);
-    schreibeAtomar(standPfad_, dokument, Haltbarkeit::fluechtig);
+    schreibeAuchWennVoll(standPfad_, dokument, Haltbarkeit::fluechtig);
     anschluesse_.standdienst.setzeDokument(std::move(dokument));
 }
 

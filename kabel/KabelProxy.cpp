@@ -2,6 +2,7 @@
 
 #include "handy/Ports.hpp"
 #include "kabel/Kabel.hpp"
+#include "kabel/Stand.hpp"
 
 #include <utility>
 
@@ -94,6 +95,7 @@ void Kabel::nimmProxyNotfallsWeg() {
         wegnahmen.push_back(std::move(*wegnahme));
     for (const auto& [dienst, grund] : wegnahmen)
         protokoll(grund ? misslungen(dienst, *grund) : gelungen(dienst));
+    beendeStand(standPfad_, proxy.gemerkterDienst().has_value());
     protokoll(Phase(Phase::Art::beendet).text());
 }
 

@@ -1,6 +1,7 @@
 #include "kabel/Stand.hpp"
 
 #include "kabel/Anzeige.hpp"
+#include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
 
 #include <nlohmann/json.hpp>
@@ -58,6 +59,22 @@ std::string standDokument(const Standangaben& a, const std::optional<Antwort>& a
         if (wert.is_string())
             wert = einzeilig(wert.get_ref<const std::string&>()); // a tool's text may hold anything
     return dokument.dump(2, ' ', false, json::error_handler_t::replace);
+}
+
+void beendeStand(const std::string& pfad, bool proxyGesetzt) {
+    json stand = json::parse(liesDatei(pfad, megabyte).value_or(""), nullptr, false);
+    if (!stand.is_object() || !stand.contains("phase"))
+        return;
+    for (const char* vomHandy : {"zustand", "kabel_gast", "kabel_anfrage", "klasse", "notlage",
+                                 "notlage_grund", "gleise", "kabel_bytes"})
+        stand.erase(vomHandy);
+    stand.update({{"phase", Phase(Phase::Art::beendet).text()},
+                  {"faehrt", false},
+                  {"austritt", ""},
+                  {"volltunnel", false},
+                  {"proxy_gesetzt", proxyGesetzt}});
+    schreibeAuchWennVoll(pfad, stand.dump(2, ' ', false, json::error_handler_t::replace),
+                         Haltbarkeit::fluechtig);
 }
 
 std::string standzeile(std::string_view dokument) {

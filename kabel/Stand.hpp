@@ -35,6 +35,10 @@ struct Standangaben {
 /// tick. Pure.
 [[nodiscard]] std::string standDokument(const Standangaben& angaben, const std::optional<Antwort>& antwort);
 
+/// Makes the document that a dead program left at `pfad` say that it has ended; what is no such document
+/// stays. Blocks on the disk.
+void beendeStand(const std::string& pfad, bool proxyGesetzt);
+
 /// The document in one line: "Fährt mit · 2. Klasse · WLAN 42 ms · 12,4 MB". Empty: it is no such document.
 /// Pure.
 [[nodiscard]] std::string standzeile(std::string_view dokument);

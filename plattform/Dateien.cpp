@@ -65,6 +65,17 @@ bool schreibeAlles(int ziel, std::string_view inhalt) {
     return true;
 }
 
+bool schreibeDarueber(const std::string& pfad, std::string_view inhalt) {
+    const Deskriptor datei(::open(pfad.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    struct stat lage {};
+    if (!datei || ::fstat(datei.nummer(), &lage) != 0 || !S_ISREG(lage.st_mode) ||
+        lage.st_size < static_cast<off_t>(inhalt.size()))
+        return false;
+    std::string bytes(inhalt);
+    bytes.resize(static_cast<std::size_t>(lage.st_size), ' ');
+    return schreibeAlles(datei.nummer(), bytes) && bringeAufDiePlatte(datei.nummer());
+}
+
 } // namespace
 
 std::optional<std::string> liesDatei(const std::string& pfad, std::int64_t grenze) {
@@ -122,6 +133,16 @@ bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkei
     ::unlink(neben.c_str());
     errno = grund;
     return false;
+}
+
+bool schreibeAuchWennVoll(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit) {
+    if (schreibeAtomar(pfad, inhalt, haltbarkeit))
+        return true;
+    const int grund = errno;
+    const bool voll = grund == ENOSPC || grund == EDQUOT;
+    const bool geschrieben = voll && schreibeDarueber(pfad, inhalt);
+    errno = grund;
+    return geschrieben;
 }
 
 void fegeReste(const std::string& pfad) {

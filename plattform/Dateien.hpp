@@ -71,6 +71,10 @@ struct Dateiende {
 /// the old one stands, and `errno` tells why.
 bool schreibeAtomar(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit);
 
+/// The same; but on a full disk one that is not longer than the old one is written over it, with blanks
+/// behind it up to the old length, and not in one step: for texts to which blanks do no harm.
+bool schreibeAuchWennVoll(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit);
+
 /// Removes what runs that were killed in the middle of replacing that file have left beside it.
 void fegeReste(const std::string& pfad);
 

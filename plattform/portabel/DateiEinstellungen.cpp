@@ -149,7 +149,7 @@ private:
         const std::string bytes = alsBytes(werte_);
         const bool steht = lage == Lage::verstanden && bytes == vorher;
         const bool frei = lage == Lage::verstanden || (beiseite_ = legeBeiseite(pfad_));
-        if (steht || (frei && schreibeAtomar(pfad_, bytes, Haltbarkeit::dauerhaft)))
+        if (steht || (frei && schreibeAuchWennVoll(pfad_, bytes, Haltbarkeit::dauerhaft)))
             offen_ = json::object();
         grund_ = errno;
         if (!std::exchange(gefegt_, true))

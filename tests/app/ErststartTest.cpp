@@ -76,17 +76,23 @@ TEST(Delegate, beendetDasProgrammNebenEinerArbeitDieNieEndet) {
     static std::promise<void> nie;
     std::string gesehen;
     const auto beende = [&](int status) {
-        gesehen =
-            std::to_string(status) + (w.socksAn["Wi-Fi"] ? " an " : " aus ") + verbunden(w.protokoll(), "|");
+        gesehen = std::to_string(status) + (w.socksAn["Wi-Fi"] ? " an " : " aus ") +
+                  w.ordner.lies("/heim/Library/Application Support/Mobilsteg Bordlotse/stand.json") +
+                  verbunden(w.protokoll(), "|");
         prozessende.set_value();
         nie.get_future().wait();
     };
     Delegate delegate(w.einstellungen, w, beende, {.beginn = Dauer{}});
     w.q->async([&] { prozessende.get_future().wait(); });
     delegate.applicationWillTerminate();
-    EXPECT_THAT(gesehen, testing::AllOf(testing::StartsWith("0 aus "),
-                                        testing::EndsWith("schalte nur den System-Proxy aus|"
-                                                          "System-Proxy entfernt von Wi-Fi|Beendet")));
+    EXPECT_THAT(
+        gesehen,
+        testing::AllOf(
+            testing::StartsWith("0 aus "),
+            testing::HasSubstr(
+                "\"phase\": \"Beendet\",\n  \"proxy_automatisch\": true,\n  \"proxy_gesetzt\": false"),
+            testing::EndsWith("schalte nur den System-Proxy aus|"
+                              "System-Proxy entfernt von Wi-Fi|Beendet")));
 }
 
 } // namespace
