@@ -104,7 +104,7 @@ TEST(Ende, nachKeinemTodBleibtEtwas) {
             bank.programm->sende(SIGTERM);
             EXPECT_EQ(bank.programm->warteAufEnde(), 0);
         } else {
-            constexpr int signale[] = {SIGKILL, SIGQUIT, SIGSEGV, SIGABRT, SIGTERM};
+            constexpr int signale[] = {SIGKILL, SIGQUIT, SIGSEGV, SIGABRT, SIGTERM, SIGBUS, SIGUSR1, SIGXCPU};
             bank.programm->sende(tod == 0 ? SIGKILL : signale[zufall() % std::size(signale)]);
             EXPECT_TRUE(bank.programm->warteAufEnde());
         }

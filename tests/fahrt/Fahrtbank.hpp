@@ -174,7 +174,9 @@ public:
     }
     void starte(const std::string& name = "mobilsteg-bordlotse",
                 const std::vector<std::string>& optionen = {"--terminal"}) {
-        programm = std::make_unique<Programm>(aufruf(name, optionen), ordner.pfad() + "/ausgabe");
+        auto worte = aufruf(name, optionen);
+        worte.insert(worte.begin(), {"/usr/bin/env", "--block-signal=TERM,INT,HUP"}); // as a parent may
+        programm = std::make_unique<Programm>(worte, ordner.pfad() + "/ausgabe");
     }
     /// Runs the program to its end.
     [[nodiscard]] Ergebnis rufe(const std::vector<std::string>& optionen) const {
