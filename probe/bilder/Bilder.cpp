@@ -6,6 +6,7 @@
 #include "ansicht/qt/QtBetrieb.hpp"
 #include "app/Delegate.hpp"
 #include "kabel/Kabel.hpp"
+#include "plattform/Dateien.hpp"
 
 #include <QImage>
 
@@ -123,7 +124,7 @@ int main(int anzahl, char** worte) {
     QFont schrift = QApplication::font();
     schrift.setPixelSize(13); // as large as a Mac's
     QApplication::setFont(schrift);
-    if (maleBilder(worte[1]))
+    if (legeElternordnerAn(std::string(worte[1]) + "/x") && maleBilder(worte[1]))
         return 0;
     std::fprintf(stderr, "mobilsteg-bilder: In %s lässt sich nicht schreiben\n", worte[1]);
     return 1;

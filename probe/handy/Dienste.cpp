@@ -146,7 +146,6 @@ std::string ohneProzente(std::string_view kodiert) {
 }
 
 std::string nimmBericht(Handy& handy, const std::string& name, const std::string& koerper) {
-    ++handy.berichtsversuche;
     if (!handy.nimmtBerichte)
         return http("503 Service Unavailable", "text/plain", "das Handy nimmt gerade keine Berichte an\n");
     char nummer[16];

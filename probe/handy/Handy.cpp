@@ -96,7 +96,6 @@ std::string zustandszeile(const Handy& handy) {
                         {"weitergabe", handy.weitergabe},
                         {"proxy", handy.proxy},
                         {"proxyziele", handy.proxyziele},
-                        {"berichtsversuche", handy.berichtsversuche},
                         {"berichte", handy.berichte},
                         {"letzte_anmeldung", handy.letzteAnmeldung},
                         {"antwort", anmeldeantwort(handy)}};

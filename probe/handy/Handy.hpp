@@ -37,8 +37,7 @@ struct Handy {
     std::string antwort;        ///< what the app answers to a registration; empty: what is true
     bool nimmtBerichte = true;
 
-    std::string ordner;       ///< where reports are kept; empty: nowhere
-    int berichtsversuche = 0; ///< reports sent, accepted or not
+    std::string ordner; ///< where reports are kept; empty: nowhere
     int berichte = 0;
     nlohmann::json letzteAnmeldung;      ///< null before the first one
     std::vector<std::string> proxyziele; ///< "name:port", as the proxy's clients asked for them
