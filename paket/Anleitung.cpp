@@ -60,8 +60,11 @@ std::string anleitung(const std::string& programm, const std::string& version) {
         text += ".Sh " + grossTitel(abschnitt.titel) + "\n";
         const bool liste = !abschnitt.eintraege.front().first.empty();
         text += liste ? ".Bl -tag -width Ds\n" : "";
-        for (const auto& [marke, inhalt] : abschnitt.eintraege)
-            text += (liste ? ".It " + roff(marke) + "\n" : "") + roff(inhalt) + (liste ? "\n" : "\n.Pp\n");
+        for (const auto& eintrag : abschnitt.eintraege) {
+            const bool weiterer = &eintrag != &abschnitt.eintraege.front();
+            text += liste ? ".It " + roff(eintrag.first) + "\n" : weiterer ? ".Pp\n" : "";
+            text += roff(eintrag.second) + "\n";
+        }
         text += liste ? ".El\n" : "";
     }
     return text;

@@ -65,7 +65,7 @@ suche_handy() {
         sleep 1
     done
     printf 'Noch keines da: USB-Debugging einschalten, Kabel einstecken, am Handy den Rechner zulassen.\n'
-    "$adb" devices 2>/dev/null | sed -n 's/^\(..*\)[[:space:]]\(..*\)/  \1: \2/p'
+    "$adb" devices 2>/dev/null | sed -n '1d; s/^\(..*\)[[:space:]]\(..*\)/  \1: \2/p'
 }
 
 raeume_auf() {
