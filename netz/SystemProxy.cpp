@@ -69,11 +69,12 @@ std::optional<std::string> SystemProxy::setzen(const std::string& dienst) {
     if (ergebnis.status != 0) {
         // The address alone switches the proxy on, and a tool that was cut off may have done its work. One
         // that merely refused has changed nothing, and a proxy of the user's own must stay: so look.
-        (void)klaere(dienst);
+        if (!klaere(dienst, ziel(dienst), false))
+            vergiss(dienst);
         return fehlertext(ergebnis);
     }
     einstellungen_.setzeText(merkschluessel, dienst);
-    ungewisse_.vergiss(dienst);
+    vergiss(dienst);
     return std::nullopt;
 }
 
@@ -98,7 +99,7 @@ std::optional<std::string> SystemProxy::entfernen(const std::string& dienst) {
             ungewisse_.merke(*gemerkt);
         einstellungen_.entferne(merkschluessel);
     }
-    ungewisse_.vergiss(dienst);
+    vergiss(dienst);
     return verschwunden ? std::optional(fehlertext(aus)) : std::nullopt;
 }
 
@@ -116,15 +117,17 @@ Ergebnis SystemProxy::schalteAus(const std::string& dienst) {
 
 std::vector<SystemProxy::Wegnahme> SystemProxy::klaereUngewisse(bool endgueltig) {
     std::vector<Wegnahme> misslungene;
-    for (const auto& dienst : ungewisse_.lies())
-        if (auto grund = klaere(dienst, endgueltig))
+    for (const auto& dienst : ungewisse_.lies()) {
+        const bool eigener = proxyGesetztIntern_ && dienst == dienst_; // remembered as set, and to stay on
+        if (auto grund = klaere(dienst, eigener ? Ziel::andere : ziel(dienst), endgueltig))
             misslungene.push_back({dienst, std::move(grund)});
+    }
     return misslungene;
 }
 
 /// Absent: the service's proxy does not point at us (any more).
-std::optional<std::string> SystemProxy::klaere(const std::string& dienst, bool endgueltig) {
-    switch (ziel(dienst)) {
+std::optional<std::string> SystemProxy::klaere(const std::string& dienst, Ziel wohin, bool endgueltig) {
+    switch (wohin) {
     case Ziel::unbekannt:
         return "sein Proxy lässt sich nicht befragen";
     case Ziel::wir:
@@ -138,9 +141,16 @@ std::optional<std::string> SystemProxy::klaere(const std::string& dienst, bool e
     case Ziel::andere:
         break;
     }
-    if (endgueltig)
+    if (endgueltig) {
+        fruehere_.erase(dienst);
         ungewisse_.vergiss(dienst);
+    }
     return std::nullopt;
+}
+
+void SystemProxy::vergiss(const std::string& dienst) {
+    if (!fruehere_.contains(dienst))
+        ungewisse_.vergiss(dienst);
 }
 
 SystemProxy::Ziel SystemProxy::ziel(const std::string& dienst) const {

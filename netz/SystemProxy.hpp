@@ -5,6 +5,7 @@
 #include "plattform/Orte.hpp"
 
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,7 +55,7 @@ public:
     /// end its work only now.
     [[nodiscard]] std::vector<Wegnahme> klaereUngewisse(bool endgueltig = true);
 
-    /// Switches the service's proxy off and forgets what was remembered of it; the address stays configured.
+    /// Switches the service's proxy off and forgets that it was set; the address stays configured.
     /// Absent: done; else the reason for the failure.
     [[nodiscard]] std::optional<std::string> entfernen(const std::string& dienst);
 
@@ -104,13 +105,17 @@ private:
     [[nodiscard]] Ergebnis networksetup(const std::vector<std::string>& argumente, double sekunden) const;
     [[nodiscard]] std::optional<std::string> setzen(const std::string& dienst);
     [[nodiscard]] Ergebnis schalteAus(const std::string& dienst);
-    [[nodiscard]] std::optional<std::string> klaere(const std::string& dienst, bool endgueltig = true);
+    [[nodiscard]] std::optional<std::string> klaere(const std::string& dienst, Ziel wohin, bool endgueltig);
+    void vergiss(const std::string& dienst);
     void schalteUmbenanntenAus();
 
     Laeufer laeufer_;
     Orte orte_;
     Einstellungen& einstellungen_;
     Ruecknahmen ungewisse_; ///< services whose proxy may be on beside the remembered one's
+    /// Noted by an earlier run, of which a tool may do its work only now: they stay so until they are
+    /// settled.
+    std::set<std::string> fruehere_ = ungewisse_.lies();
     bool proxyGesetztIntern_ = false;
     std::optional<std::string> dienst_;
 };

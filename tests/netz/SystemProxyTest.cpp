@@ -191,6 +191,23 @@ TEST(SystemProxy, vergisstKeinenDienstDessenProxyNochAnSeinKann) {
     EXPECT_EQ(e.text("proxy.ungewiss"), "LAN\n");
 }
 
+TEST(SystemProxy, dieNotizEinesFrueherenLaufsUeberdauertDenEigenenProxy) {
+    SpeicherEinstellungen e;
+    e.setzeText("proxy.ungewiss", "LAN\n"); // its tool may switch the proxy on at any moment
+    Lauf lauf(e, {{route, gut},
+                  {liste, {0, "(1) LAN", ""}},
+                  {setze, gut},
+                  {an, gut},
+                  {aus, gut},
+                  {frage, zeigtAufUns},
+                  {aus, gut}});
+    EXPECT_EQ(lauf.proxy.setze().ausgang, SystemProxy::Ausgang::gesetzt);
+    EXPECT_TRUE(lauf.proxy.klaereUngewisse(false).empty()) << "our own stays on";
+    (void)lauf.proxy.nimmWeg();
+    EXPECT_EQ(e.text("proxy.ungewiss"), "LAN\n");
+    EXPECT_TRUE(lauf.proxy.klaereUngewisse().empty() && e.werte.empty());
+}
+
 TEST(Variante, ausgabeUndProfilEntscheiden) {
     for (const auto& [kennung, profil, soll, grund] :
          std::vector<std::tuple<std::string, Vielleicht, std::string, std::string>>{
