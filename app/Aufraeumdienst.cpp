@@ -27,12 +27,13 @@ bool istUnserForward(std::string_view lokal, std::string_view amHandy) {
 /// what came of it.
 class Aufraeumer {
 public:
-    /// `vonHand`: somebody is there who can give a password.
-    Aufraeumer(Umfeld& umfeld, Protokoll* protokoll, bool vonHand)
-        : umfeld_(umfeld), protokoll_(protokoll), vonHand_(vonHand) {}
+    /// Without a log it says nothing. `vonHand`: somebody is there who can give a password.
+    Aufraeumer(Umfeld& umfeld, Uhr& uhr, Protokoll* protokoll = nullptr, bool vonHand = false)
+        : umfeld_(umfeld), uhr_(uhr), protokoll_(protokoll), vonHand_(vonHand) {}
 
-    void raeume() {
-        nimmProxysWeg(); // first: it is what cuts the Mac off
+    /// Not `endgueltig`: the notes stay, because a tool of the dead run may do its work only now.
+    void raeume(bool endgueltig = true) {
+        nimmProxysWeg(endgueltig); // first: it is what cuts the Mac off
         beendeHelfer();
         entferneForwards();
     }
@@ -49,25 +50,22 @@ public:
     }
 
     void sage(const std::string& text) const {
-        std::fputs((einzeilig(text) + "\n").c_str(), stdout);
-        std::fflush(stdout);
+        drucke(text, "\n");
         merke(text);
     }
 
 private:
-    void nimmProxysWeg();
+    void nimmProxysWeg(bool endgueltig);
     [[nodiscard]] bool nimmWeg(const std::string& dienst, SystemProxy::Ziel ziel);
     void beendeHelfer();
     void entferneForwards();
 
     void beginne(const std::string& was) {
         was_ = was;
-        std::fputs((einzeilig(was) + " … ").c_str(), stdout);
-        std::fflush(stdout);
+        drucke(was, " … ");
     }
     void ende(const std::string& befund) {
-        std::fputs((einzeilig(befund) + "\n").c_str(), stdout);
-        std::fflush(stdout);
+        drucke(befund, "\n");
         merke(was_ + ": " + befund);
     }
     void bleibt(const std::string& was, const std::string& rat) {
@@ -80,7 +78,15 @@ private:
             protokoll_->schreibe("Aufräumen: " + text);
     }
 
+    void drucke(const std::string& text, const char* dahinter) const {
+        if (protokoll_ == nullptr)
+            return;
+        std::fputs((einzeilig(text) + dahinter).c_str(), stdout);
+        std::fflush(stdout);
+    }
+
     Umfeld& umfeld_;
+    Uhr& uhr_;
     Protokoll* protokoll_;
     std::string was_;
     bool vonHand_, getan_ = false;
@@ -104,7 +110,7 @@ bool Aufraeumer::nimmWeg(const std::string& dienst, SystemProxy::Ziel ziel) {
     return !grund || vergessen;
 }
 
-void Aufraeumer::nimmProxysWeg() {
+void Aufraeumer::nimmProxysWeg(bool endgueltig) {
     const std::string rat =
         "Systemeinstellungen → Netzwerk → der Dienst → Details → Proxys → SOCKS-Proxy aus, "
         "mit dem Konto eines Administrators";
@@ -126,7 +132,7 @@ void Aufraeumer::nimmProxysWeg() {
         if (!nimmWeg(name, umfeld_.proxy.ziel(name)))
             bleibt("System-Proxy „" + name + "“", rat);
     }
-    if (alles()) // a note that stayed would switch off a proxy which the user sets from now on
+    if (endgueltig && alles()) // a note that stayed would switch off a proxy which the user sets from now on
         umfeld_.proxy.vergissUngewisse();
     if (const auto fehler = umfeld_.ablage.speicher->speicherfehler())
         bleibt("der Merkzettel",
@@ -134,11 +140,10 @@ void Aufraeumer::nimmProxysWeg() {
 }
 
 void Aufraeumer::beendeHelfer() {
-    Systemuhr uhr;
     AsioSchlange haupt("haupt", AsioSchlange::Faden::rufer);
     const auto skript = adminskriptFuer(umfeld_.orte);
     const Variante variante(umfeld_.buendel, *umfeld_.ablage.speicher);
-    Volltunnel volltunnel({haupt, uhr, *skript, variante, umfeld_.buendel.ressourcen, umfeld_.orte});
+    Volltunnel volltunnel({haupt, uhr_, *skript, variante, umfeld_.buendel.ressourcen, umfeld_.orte});
     beginne("Volltunnel");
     const auto wie = volltunnel.raeumeWeg();
     ende(wie == Volltunnel::Ende::keinHelfer ? "keiner läuft"
@@ -170,7 +175,7 @@ void Aufraeumer::entferneForwards() {
     if (!adb)
         return ende("adb ist nicht da, also gibt es keine");
     const std::string rat = "„adb kill-server“ nimmt die Weiterleitungen mit";
-    const auto liste = lauf(*adb, {"forward", "--list"}, adbSekunden);
+    const auto liste = umfeld_.laeufer(*adb, {"forward", "--list"}, adbSekunden);
     if (liste.status != 0) {
         ende("lassen sich nicht befragen: " + SystemProxy::scheitern(liste, "adb"));
         return bleibt("die Weiterleitungen", rat);
@@ -183,7 +188,7 @@ void Aufraeumer::entferneForwards() {
             continue;
         const std::vector<std::string> weg = {"-s", std::string(worte[0]), "forward", "--remove",
                                               std::string(worte[1])};
-        if (const auto ergebnis = lauf(*adb, weg, adbSekunden); ergebnis.status == 0)
+        if (const auto ergebnis = umfeld_.laeufer(*adb, weg, adbSekunden); ergebnis.status == 0)
             ++entfernte;
         else
             misslungene.push_back(std::string(worte[1]) +
@@ -201,20 +206,21 @@ void Aufraeumer::entferneForwards() {
 } // namespace
 
 Umfeld::Umfeld(const Befehlszeile& zeile, const std::string& kennung)
-    : orte(orteAus(zeile)), buendel(eigenesBuendel(kennung)), ablage(einstellungenFuer(orte, kennung)),
-      proxy(lauf, orte, *ablage.speicher), adb(lauf, orte, buendel.ressourcen) {}
+    : Umfeld(orteAus(zeile), eigenesBuendel(kennung), einstellungenFuer(orteAus(zeile), kennung), lauf) {}
 
-bool raeumeAuf(Umfeld& umfeld) {
-    Aufraeumer aufraeumer(umfeld, nullptr, false);
-    aufraeumer.raeume();
-    return aufraeumer.alles();
+bool raeumeNachTodAuf(Umfeld& umfeld, Uhr& uhr) {
+    Aufraeumer(umfeld, uhr).raeume(false);
+    uhr.schlafe(std::chrono::seconds(2));
+    Aufraeumer zweiter(umfeld, uhr);
+    zweiter.raeume();
+    return zweiter.alles();
 }
 
 int aufraeumdienst(const Befehlszeile& zeile, const std::string& kennung) {
     Umfeld umfeld(zeile, kennung);
     Systemuhr uhr;
     Protokoll protokoll(umfeld.orte.imHeim(protokollOrt), uhr);
-    Aufraeumer aufraeumer(umfeld, &protokoll, zeile.tat == Befehlszeile::Tat::aufraeumen);
+    Aufraeumer aufraeumer(umfeld, uhr, &protokoll, zeile.tat == Befehlszeile::Tat::aufraeumen);
     if (const auto laufender = Laufsperre::inhaber(umfeld.orte.heim)) {
         if (zeile.tat == Befehlszeile::Tat::anmeldung)
             return 0; // it has cleaned up itself, and its own proxy is to stay

@@ -5,8 +5,11 @@
 #include "netz/SystemProxy.hpp"
 #include "plattform/Adapter.hpp"
 #include "plattform/Autostart.hpp"
+#include "plattform/Lauf.hpp"
+#include "plattform/Uhr.hpp"
 
 #include <string>
+#include <utility>
 
 namespace mobilsteg {
 
@@ -16,22 +19,26 @@ inline constexpr double adbSekunden = 5;
 /// What the program's services look at without a controller.
 struct Umfeld {
     Umfeld(const Befehlszeile& zeile, const std::string& kennung);
+    Umfeld(Orte o, Buendel b, Einstellungsort a, Laeufer l)
+        : orte(std::move(o)), buendel(std::move(b)), ablage(std::move(a)), laeufer(std::move(l)) {}
 
     Orte orte;
     Buendel buendel;
     Einstellungsort ablage;
-    SystemProxy proxy;
-    Adb adb;
+    Laeufer laeufer;
+    SystemProxy proxy{laeufer, orte, *ablage.speicher};
+    Adb adb{laeufer, orte, buendel.ressourcen};
 };
 
-/// Takes back what any earlier run left on the Mac and prints in German what it tries and what came of it.
-/// Needs neither phone nor adb nor display, trusts no settings file, and works beside a running copy. Blocks
-/// for up to a minute. False: something stayed, or may have stayed.
-[[nodiscard]] bool raeumeAuf(Umfeld& umfeld);
+/// Takes back what a run left that has died just now, and says nothing. Needs neither phone nor adb nor
+/// display, and trusts no settings file. Blocks for up to two minutes. False: something stayed, or may have
+/// stayed.
+[[nodiscard]] bool raeumeNachTodAuf(Umfeld& umfeld, Uhr& uhr);
 
-/// `--aufraeumen`: the same, with a verdict, what to do by hand about what stayed, and all of it in the log;
-/// nothing beside a running copy unless `--trotzdem`. `--anmeldung`: says nothing of a running copy either.
-/// Returns the exit status: 1 when something stayed.
+/// `--aufraeumen`: takes back what any earlier run left, prints in German what it tries and what came of it,
+/// with a verdict and what to do by hand about what stayed, and all of it in the log; nothing beside a
+/// running copy unless `--trotzdem`. `--anmeldung`: says nothing of a running copy either. Returns the exit
+/// status: 1 when something stayed.
 int aufraeumdienst(const Befehlszeile& zeile, const std::string& kennung);
 
 /// `--selbsttest`: prints what each adapter to the system sees, and what to do about what is in the way.

@@ -31,7 +31,7 @@ private:
     Orte orte_;
     Waechter waechter_;
     Systemuhr uhr_;
-    std::unique_ptr<Einstellungen> einstellungen_;
+    std::shared_ptr<Einstellungen> einstellungen_;
     CurlHttp http_;
     std::unique_ptr<Adminskript> skript_;
     Browser browser_;

@@ -102,10 +102,7 @@ int waechterdienst(const Befehlszeile& zeile, const std::string& kennung) {
         return 0; // a new copy cleans up
     Umfeld umfeld(zeile, kennung);
     Systemuhr uhr;
-    (void)raeumeAuf(umfeld);
-    // A tool that the dead one had begun may have ended its work only now.
-    uhr.schlafe(std::chrono::seconds(2));
-    const bool alles = raeumeAuf(umfeld);
+    const bool alles = raeumeNachTodAuf(umfeld, uhr);
     beendeStand(orte.imHeim(standOrt), umfeld.proxy.gemerkterDienst().has_value());
     Protokoll(orte.imHeim(protokollOrt), uhr)
         .schreibe(std::string("Der Bordlotse ist unerwartet beendet worden — ") +

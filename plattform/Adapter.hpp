@@ -16,7 +16,7 @@ namespace mobilsteg {
 
 /// An edition's settings, and where they lie, for people.
 struct Einstellungsort {
-    std::unique_ptr<Einstellungen> speicher;
+    std::shared_ptr<Einstellungen> speicher;
     std::string ort;
 };
 

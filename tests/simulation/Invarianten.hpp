@@ -41,7 +41,10 @@ protected:
     /// the one to which the forward leads.
     [[nodiscard]] bool wegGueltig() const {
         const auto traegt = [](const auto& h) { return h.teilt && h.entscheid == "erlaubt"; };
-        const auto erstes = std::ranges::find(handys, "device", &Modellhandy::zustand);
+        const auto bereit = [](const auto& h) { return h.zustand == "device"; };
+        auto erstes = std::ranges::find_if(handys, [&](const auto& h) { return bereit(h) && h.amKabel; });
+        if (erstes == handys.end())
+            erstes = std::ranges::find_if(handys, bereit);
         const auto forward = forwards.find(socksPort);
         const auto* ziel = forward == forwards.end() ? nullptr : bereites(forward->second);
         return (erstes != handys.end() && traegt(*erstes)) || (ziel != nullptr && traegt(*ziel));
@@ -59,9 +62,26 @@ protected:
         const auto& werte = einstellungen.werte;
         pruefe(!werte.contains("proxy.dienst") && !werte.contains("proxy.ungewiss"),
                "am Ende ist kein Proxy gemerkt");
-        pruefe(!proxyAn(), "am Ende ist kein Proxy gesetzt");
-        pruefe(forwards.empty(), "am Ende steht keine Weiterleitung");
-        pruefe(helfer == 0, "am Ende lebt kein Helfer");
+        pruefeNichtsUebrig("am Ende");
+    }
+
+    void pruefeNichtsUebrig(const std::string& wann) {
+        pruefe(!proxyAn(), wann + " ist kein Proxy gesetzt");
+        pruefe(forwards.empty(), wann + " steht keine Weiterleitung");
+        pruefe(helfer == 0, wann + " lebt kein Helfer");
+    }
+
+    /// Whoever comes after a death finds it.
+    void pruefeMerkzettel() {
+        const auto& voll = einstellungen.aufDerPlatte;
+        const auto& platte = voll ? *voll : einstellungen.werte;
+        const auto nennt = [&](const char* schluessel, const std::string& dienst) {
+            const auto note = platte.find(schluessel);
+            return note != platte.end() && std::get<std::string>(note->second).find(dienst) != dienst.npos;
+        };
+        for (const std::string dienst : {"Wi-Fi", "USB LAN"})
+            pruefe(!unser(dienst) || nennt("proxy.dienst", dienst) || nennt("proxy.ungewiss", dienst),
+                   "wo unser Proxy an ist, steht es auf dem Merkzettel");
     }
 
     void vergissLetztesLeben() {
@@ -116,6 +136,7 @@ private:
 
     void pruefeNachAuftrag() {
         pruefe(meisteHelfer <= 1, "nie lebt mehr als ein Helfer");
+        pruefeMerkzettel();
         // A click or a started tunnel may change the state before the next document.
         if (!kabel || !welt.ruht() || endet_ || offeneKlicks_ > 0 || !std::exchange(nachTick_, false))
             return;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/Dienste.hpp"
+#include "plattform/Laufsperre.hpp"
 #include "plattform/Text.hpp"
 #include "tests/simulation/Invarianten.hpp"
 
@@ -11,8 +13,9 @@ namespace mobilsteg {
 using namespace std::chrono_literals;
 
 /// The controller's world with faults: every call of a port may fail, hang, be cut off or come late; phones
-/// and forwards come and go, the user clicks, and the process is killed at any call and starts again on what
-/// it left. All of it, the order of the queues included, follows from the seed.
+/// and forwards come and go, the user clicks, and the process is killed at any call. Its watchman, who may be
+/// killed, too, or its next start, or both at once meet what it left, and tools that it had begun. All of it,
+/// the order of the queues included, follows from the seed.
 class Zufallswelt final : public Invarianten {
 public:
     explicit Zufallswelt(std::uint64_t samen)
@@ -24,6 +27,7 @@ public:
         meldetGeraete_ = wuerfel(75);
         handys = {neuesHandy("R5CT1")};
     }
+    ~Zufallswelt() override { welt.beende(); }
 
     /// Runs for a hundred ticks, over as many lives of the process as it takes, then without faults to the
     /// end. The first broken invariant ends it at once.
@@ -31,14 +35,14 @@ public:
         constexpr int ticks = 100;
         ereignisse_ = welt.schlange("ereignisse").wiederhole(350ms, 700ms, [this] { ereignis(); });
         while (zaehler["Ticks"] < ticks && verstoss.empty()) {
-            bisTod_ = wuerfel(70) ? 1 + static_cast<int>(waehle(600)) : 0;
+            bisTod_ = wuerfel(70) ? 1 + static_cast<int>(waehle(1 + waehle(600))) : 0;
             starteProzess();
             const int bis = std::min(zaehler["Ticks"] + 1 + static_cast<int>(waehle(60)), ticks);
             while (kabel && zaehler["Ticks"] < bis && verstoss.empty())
                 laufe(3s);
             if (kabel)
                 beendeInOrdnung();
-            laufe(dauer(20000));
+            laufe(dauer(wuerfel(50) ? 1000 : 20000));
         }
         if (verstoss.empty())
             lebeInRuheZuEnde();
@@ -50,6 +54,7 @@ private:
     /// The last life begins with faults and goes on without. Of what it met it may keep nothing: with the
     /// next phone it drives, and in the end, its phone there or gone, nothing is left.
     void lebeInRuheZuEnde() {
+        bisTod_ = 0;
         starteProzess();
         laufe(dauer(60000));
         ereignisse_.reset();
@@ -80,9 +85,13 @@ private:
         geschieht("Starts");
         vergissLetztesLeben();
         haupt.async([this] {
+            while (Laufsperre::inhaber(heim_)) // a watchman cleans up
+                welt.uhr().schlafe(50ms);
+            (void)sperre_.emplace(heim_).nimm();
             baue();
             kabel->start();
         });
+        pruefe(welt.laufeBis([this] { return kabel || tot_; }, 400s), "kein Wächter hält den Start auf");
         laufe({});
     }
 
@@ -102,12 +111,36 @@ private:
     }
 
     void begrabeProzess() {
+        const bool ohneAbschied = tot_ && kabel; // else in order, or it was the watchman
         stuerzeAb();
-        bisTod_ = 0;
+        sperre_.reset();
+        pruefeMerkzettel();
+        bisTod_ = ohneAbschied && wuerfel(30) ? 1 + static_cast<int>(waehle(60)) : 0;
         tot_ = endet_ = false;
         // The helper notices that its program is gone, or does not; one that is only coming up always does.
-        if (helfer > 0 && !tunnel.taub && (!existiert(stoppPfad() + ".laeuft") || wuerfel(70)))
+        if (helfer > 0 && !tunnel.taub && (!existiert(stoppPfad() + ".laeuft") || wuerfel(40)))
             helferBautZurueck("");
+        if (ohneAbschied && wuerfel(70))
+            waechter_.async([this, tod = welt.jetzt()] { raeumeAlsWaechterAuf(tod); });
+    }
+
+    void raeumeAlsWaechterAuf(Dauer tod) {
+        welt.uhr().schlafe(dauer(300));
+        Laufsperre sperre(heim_);
+        if (!sperre.nimmNach(0))
+            return geschieht("Wächter", "der nächste Start war schneller");
+        const int stoerungen = zaehler["Störungen"];
+        Umfeld umfeld({heim_, ordner.pfad() + "/wurzel"},
+                      {buendelkennung, ordner.pfad() + "/Resources", {}, {}},
+                      {{std::shared_ptr<void>(), &einstellungen}, ""},
+                      [this](const auto&... worte) { return werkzeug(worte...); });
+        const bool alles = raeumeNachTodAuf(umfeld, welt.uhr());
+        geschieht("Wächter", alles ? "alles" : "nicht alles");
+        if (zaehler["Störungen"] > stoerungen || (!alles && (helfer > 0 || einstellungen.aufDerPlatte)))
+            return;
+        welt.uhr().schlafe(tod + 1500ms - welt.jetzt()); // until all tools have ended
+        pruefe(alles, "ohne Störung bringt der Wächter alles fort");
+        pruefeNichtsUebrig("nach dem Wächter");
     }
 
     void laufe(Dauer d) {
@@ -151,6 +184,8 @@ private:
             {"bricht ab", true, 0, 0, halb},
             {"antwortet Unsinn", true, 0, 0, unsinn},
             {"kommt spät", true, 0.98},
+            {"wird getötet", false, 0, 9, halb},
+            {"wird nach getaner Arbeit getötet", true, 0, 9, halb},
         };
         portaufruf(aufruf);
         welt.uhr().schlafe(dauer(40)); // so that the other queues get between
@@ -166,7 +201,19 @@ private:
         aufrufe.clear();
         const auto name = programm.substr(programm.rfind('/') + 1); // its folder is another one in each run
         const auto aufruf = name + " " + verbunden(argumente, " ");
-        const auto stoerung = stoere(aufruf);
+        const auto stoerung = [&] {
+            try {
+                return stoere(aufruf);
+            } catch (...) {
+                // The process was killed, and the tool may go on without it. One that switches a proxy off
+                // leaves nothing; if it is the next run's, so be it: that one does not look again either when
+                // the user does it.
+                if (wuerfel(50) && !aufruf.ends_with(" off"))
+                    ueberlebe([=, this] { (void)KabelWelt::werkzeug(programm, argumente, sekunden); },
+                              aufruf);
+                throw;
+            }
+        }();
         if (aufruf.ends_with(" off"))
             pruefe(!socksAn[argumente[1]] || unser(argumente[1]), "der Proxy des Benutzers bleibt an");
         const bool verweigert = !networksetupFehler.empty() && aufruf.starts_with("networksetup -set");
@@ -180,6 +227,13 @@ private:
         ergebnis.ausgabe = stoerung.antwort(ergebnis.ausgabe);
         portaufruf(aufruf + " (getan)");
         return ergebnis;
+    }
+
+    void ueberlebe(const Aufgabe& werkzeug, const std::string& aufruf) {
+        waisen_.push_back(waisenhaus_.wiederhole(dauer(1500), 24h, [=, this] {
+            geschieht("Waisen", aufruf);
+            werkzeug();
+        }));
     }
 
     std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override {
@@ -240,6 +294,10 @@ private:
             [&] { stecke(std::vector(1, neuesHandy(wuerfel(70) ? "R5CT1" : "ZY22"))); },
             [&] { stecke({}); },
             [&] { handys.size() == 1 ? handys.push_back(neuesHandy("ZWEITES")) : void(); },
+            [&] { // whoever works on this machine adds one
+                handys.insert(handys.begin(), neuesHandy("192.0.2.5:5555"));
+                handys[0].amKabel = false;
+            },
             [&] { forwards.clear(); }, // the adb server was started anew
             [&] { belegtePorts = std::set{ports[waehle(ports.size())]}; },
             [&] { fremdesHandy = true, forwards.erase(socksPort), belegtePorts = std::set{socksPort}; },
@@ -323,7 +381,12 @@ private:
     bool tot_ = false;          ///< it has died, and is not buried yet
     bool meldetGeraete_;        ///< else the clock alone has to do
     Zeitgeber ereignisse_;
-    std::int64_t bytes_ = 0; ///< what the phone has moved for us
+    const std::string heim_ = ordner.pfad() + "/heim";
+    std::optional<Laufsperre> sperre_; ///< the process's
+    Schlange& waechter_ = welt.schlange("waechter");
+    Schlange& waisenhaus_ = welt.schlange("waisenhaus");
+    std::vector<Zeitgeber> waisen_; ///< tools that have outlived their process
+    std::int64_t bytes_ = 0;        ///< what the phone has moved for us
 
     [[nodiscard]] std::size_t waehle(std::size_t aus) { return zufall_() % aus; }
     [[nodiscard]] bool wuerfel(std::size_t prozent) { return waehle(100) < prozent; }
