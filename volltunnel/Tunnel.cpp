@@ -216,7 +216,8 @@ private:
             auto liste = nlohmann::json::array();
             for (const auto& [name, server] : befund_->gesichert) {
                 liste.push_back({{"dienst", alsUtf8(name)}, {"server", server}});
-                protokolliere("VPN durch den Tunnel: " + name + " · " + server);
+                if (!vorher || !vorher->gesichert.contains({name, server}))
+                    protokolliere("VPN durch den Tunnel: " + name + " · " + server);
             }
             ordner_.schreibe(".vpns.json", nlohmann::json{{"vpns", liste}}.dump());
         }
