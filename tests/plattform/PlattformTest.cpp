@@ -97,14 +97,6 @@ TEST(Adminskript, meldetNummerUndText) {
     }
 }
 
-TEST(Buendel, kenntSichSelbst) {
-    const Ordner ordner;
-    ordner.lege("/x/Resources/y", "");
-    EXPECT_EQ(ordnerBuendel("", ordner.pfad() + "/x/bin/lotse").ressourcen, ordner.pfad() + "/x/Resources");
-    EXPECT_FALSE(ordnerBuendel("", ordner.pfad() + "/y/bin/lotse").ressourcen);
-    EXPECT_TRUE(eigenesBuendel("de.mobilsteg.vpnlotse").kennung.starts_with("de.mobilsteg."));
-}
-
 // --- settings: what every store promises; and those in a file, which other programs, crashes and people edit
 
 using Oeffner = std::function<std::unique_ptr<Einstellungen>()>;

@@ -238,7 +238,7 @@ TEST_F(Fahrt, jedesEndeLaesstAllesWieVorher) {
     pid_t wache = ::getpid();
     for (const auto& [was, tue, grund] :
          std::vector<std::tuple<std::string, std::function<void()>, std::string>>{
-             {"stop file", [&] { ordner.lege("/heim/v.stopp", ""); }, ""},
+             {"stop file", [&] { std::filesystem::create_symlink("/nirgends", stopp); }, ""},
              {"watched process", [&] { ::kill(wache, SIGKILL); }, ""},
              {"SIGTERM", signal(SIGTERM), ""},
              {"SIGHUP", signal(SIGHUP), ""},
@@ -271,8 +271,10 @@ TEST_F(Fahrt, jedesEndeLaesstAllesWieVorher) {
 
 TEST_F(Fahrt, nurVpnLaesstDieStandardrouteUndMeldetWasDurchgeht) {
     ordner.lege("/heim/fremd", "unberührt");
-    std::filesystem::create_symlink(heim + "/fremd", stopp + ".vpns.json");
+    for (const char* endung : {".vpns.json", ".laeuft", ".laeuft.neu"})
+        std::filesystem::create_symlink(heim + "/fremd", stopp + endung);
     laufe("-nur-vpn");
+    EXPECT_TRUE(warteBis([&] { return !std::filesystem::is_symlink(stopp + ".laeuft"); }));
     EXPECT_THAT(sh("ip route"), AllOf(HasSubstr("203.0.113.6 dev mobilsteg0"), Not(HasSubstr("0.0.0.0/1"))));
     EXPECT_EQ(ordner.lies("/dns"), "There aren't any DNS Servers set on Büro.\n");
     asio::io_context kontext;
@@ -294,6 +296,10 @@ TEST_F(Fahrt, ohneNetzGehtEsGarNichtErstAn) {
     helfer = starte();
     EXPECT_EQ(beende(0), 1);
     EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), "kein Netz durch den Tunnel: der Proxy lehnt ab\n");
+    std::filesystem::create_symlink(heim, ordner.pfad() + "/umweg");
+    stopp = ordner.pfad() + "/umweg/v.stopp";
+    helfer = starte();
+    EXPECT_EQ(beende(0), 1) << "a folder that anybody can lead elsewhere";
     EXPECT_THAT(ordner.lies("/log"), Not(HasSubstr("Wege über")));
 }
 

@@ -1,6 +1,5 @@
 // What the helper decides and what it says to the system's tools, without a tunnel.
 
-#include "plattform/Nutzerordner.hpp"
 #include "plattform/Text.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/volltunnel/Pakete.hpp"
@@ -219,22 +218,6 @@ TEST(Vpnwege, einVerbundenesBehaeltSeinenWeg) {
         "openvpn p12 f3 n10.0.0.9:5->2.2.2.2:1194 n[fd00::1]:6->[2001:db8::1]:443 n127.0.0.1:7->127.0.0.1:8 n*:9 nx->y");
     ASSERT_EQ(gelesen.size(), 2U);
     EXPECT_EQ(gelesen[0].hier.to_string() + gelesen[1].server.to_string(), "10.0.0.92001:db8::1");
-}
-
-TEST(Nutzerordner, folgtKeinemLink) {
-    const Ordner ordner;
-    ordner.lege("/fremd", "unberührt");
-    const Nutzerordner unser(ordner.pfad() + "/x.stopp");
-    for (const char* endung : {".laeuft", ".laeuft.neu"})
-        std::filesystem::create_symlink(ordner.pfad() + "/fremd", ordner.pfad() + "/x.stopp" + endung);
-    EXPECT_TRUE(unser.schreibe(".laeuft", "unser"));
-    EXPECT_EQ(ordner.lies("/x.stopp.laeuft") + ordner.lies("/fremd"), "unserunberührt");
-    EXPECT_FALSE(std::filesystem::is_symlink(ordner.pfad() + "/x.stopp.laeuft"));
-    EXPECT_FALSE(unser.stoppGebeten());
-    std::filesystem::create_symlink("/nirgends", ordner.pfad() + "/x.stopp");
-    EXPECT_TRUE(unser.stoppGebeten());
-    std::filesystem::create_symlink(ordner.pfad(), ordner.pfad() + "/umweg");
-    EXPECT_FALSE(Nutzerordner(ordner.pfad() + "/umweg/x.stopp").da());
 }
 
 } // namespace
