@@ -299,7 +299,8 @@ TEST_F(Fahrt, ohneNetzGehtEsGarNichtErstAn) {
     std::filesystem::create_symlink(heim, ordner.pfad() + "/umweg");
     stopp = ordner.pfad() + "/umweg/v.stopp";
     helfer = starte();
-    EXPECT_EQ(beende(0), 1) << "a folder that anybody can lead elsewhere";
+    EXPECT_EQ(beende(0), 1);
+    EXPECT_THAT(ordner.lies("/log"), HasSubstr("Der Ordner der Stoppdatei fehlt: " + stopp));
     EXPECT_THAT(ordner.lies("/log"), Not(HasSubstr("Wege über")));
 }
 
