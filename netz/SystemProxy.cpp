@@ -91,7 +91,7 @@ std::optional<std::string> SystemProxy::entfernen(const std::string& dienst) {
     const auto aus = schalteAus(dienst);
     const bool verschwunden = kenntDienstNicht(aus);
     if (aus.status != 0 && !verschwunden)
-        return scheitern(aus);
+        return fehlertext(aus);
     if (verschwunden)
         schalteUmbenanntenAus();
     if (const auto gemerkt = gemerkterDienst()) { // else nothing is written: the settings may be damaged
@@ -132,7 +132,7 @@ std::optional<std::string> SystemProxy::klaere(const std::string& dienst, Ziel w
         return "sein Proxy lässt sich nicht befragen";
     case Ziel::wir:
         if (const auto aus = schalteAus(dienst); aus.status != 0)
-            return scheitern(aus);
+            return fehlertext(aus);
         break;
     case Ziel::keinDienst:
         schalteUmbenanntenAus();

@@ -35,7 +35,8 @@ constexpr std::chrono::seconds sperrfrist{3}; // one that is just taking everyth
 constexpr std::chrono::seconds kindfrist{2};
 constexpr std::chrono::seconds horchfrist{2};
 constexpr std::size_t hoechstensVpns = 64;
-constexpr std::size_t deskriptoren = 65'536; // two for each connection
+constexpr std::size_t hoechstensOffen = 65'536; // bytes without a line end
+constexpr std::size_t deskriptoren = 65'536;    // two for each connection
 
 volatile std::sig_atomic_t signalDa = 0;
 
@@ -171,7 +172,7 @@ private:
         const ssize_t n = ::recv(kind_->kanal.nummer(), block, sizeof block, MSG_DONTWAIT);
         if (n < 0 && (errno == EAGAIN || errno == EINTR))
             return std::nullopt;
-        if (n <= 0)
+        if (n <= 0 || eingang_.size() > hoechstensOffen)
             return "der Tunnel ist abgestürzt";
         eingang_.append(block, static_cast<std::size_t>(n));
         for (std::size_t ende = 0; (ende = eingang_.find('\n')) != std::string::npos;

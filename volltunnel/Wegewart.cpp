@@ -18,10 +18,10 @@ constexpr double frist = 2; // for each tool, in seconds
 constexpr double aenderungsfrist = 5;
 const std::vector<std::string> neueDnsserver{"1.1.1.1", "9.9.9.9"};
 
-/// A route that is gone already is no failure; DNS servers that stay are.
+/// A route that is gone already is no failure; DNS servers that stay are, and a tool that was cut off.
 bool fuehreZurueck(const Befehl& zurueck) {
     const auto lauf = laufBefristet(zurueck, aenderungsfrist);
-    if (lauf.gelungen() || !zurueck.front().ends_with("/networksetup"))
+    if (lauf.gelungen() || !(lauf.abgelaufen || zurueck.front().ends_with("/networksetup")))
         return true;
     protokolliere("Nicht zurückgenommen: " + verbunden(zurueck, " ") + " · " + lauf.grund());
     return false;

@@ -142,7 +142,7 @@ TEST(SystemProxy, ungewissesWirdGefragtUndDerEigeneProxyDesBenutzersBleibt) {
     for (const auto& [skript, bleibt, fehler] : std::vector<std::tuple<Lauf::Skript, bool, std::string>>{
              {{{frage, zeigtAufUns}, {aus, gut}}, false, ""},
              {{{frage, zeigtAufUns}, {aus, nein}}, true, "so nicht"},
-             {{{frage, zeigtAufUns}, {aus, zuSpaet}}, true, "networksetup antwortet nicht"},
+             {{{frage, zeigtAufUns}, {aus, zuSpaet}}, true, "networksetup: Rückgabe 15"},
              {{{frage, zeigtWoandershin}}, false, ""},
              {{{frage, halbeAntwort}}, true, "sein Proxy lässt sich nicht befragen"},
              {{{frage, unbekannterDienst},
