@@ -10,6 +10,7 @@
 #include <QLinearGradient>
 #include <QPainter>
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -59,7 +60,7 @@ QImage male(const Ikone& ikone, int kante) {
     verlauf.setColorAt(1, QColor(ikone.unten));
     maler.setBrush(verlauf);
     maler.drawRoundedRect(platte, rundung, rundung);
-    const double symbol = kante * symbolanteil;
+    const double symbol = 2 * std::round(kante * symbolanteil / 2); // whole pixels, else it is scaled
     maleSymbol(maler, QRectF((kante - symbol) / 2, (kante - symbol) / 2, symbol, symbol), ikone.symbol,
                Qt::white);
     return bild;
