@@ -101,7 +101,7 @@ bool Aufraeumer::nimmWeg(const std::string& dienst, SystemProxy::Ziel ziel) {
         ende(unbekannt ? "lässt sich nicht befragen" : "zeigt nicht auf " + amMac(socksPort));
         return !unbekannt;
     }
-    const auto grund = umfeld_.proxy.entfernen(dienst);
+    const auto grund = umfeld_.proxy.entfernen(dienst, SystemProxy::scheitern);
     const bool vergessen = gemerkt && !umfeld_.proxy.gemerkterDienst();
     ende(!grund      ? "ausgeschaltet"
          : vergessen ? "den Netzwerkdienst gibt es nicht mehr, vergessen"

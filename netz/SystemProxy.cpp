@@ -87,11 +87,11 @@ std::optional<SystemProxy::Wegnahme> SystemProxy::nimmWeg() {
     return Wegnahme{dienst, entfernen(dienst)};
 }
 
-std::optional<std::string> SystemProxy::entfernen(const std::string& dienst) {
+std::optional<std::string> SystemProxy::entfernen(const std::string& dienst, Fehlerworte worte) {
     const auto aus = schalteAus(dienst);
     const bool verschwunden = kenntDienstNicht(aus);
     if (aus.status != 0 && !verschwunden)
-        return fehlertext(aus);
+        return worte(aus, "networksetup");
     if (verschwunden)
         schalteUmbenanntenAus();
     if (const auto gemerkt = gemerkterDienst()) { // else nothing is written: the settings may be damaged

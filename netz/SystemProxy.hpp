@@ -55,9 +55,13 @@ public:
     /// end its work only now.
     [[nodiscard]] std::vector<Wegnahme> klaereUngewisse(bool endgueltig = true);
 
+    /// Why a tool failed: `fehlertext` or `scheitern`.
+    using Fehlerworte = std::string (*)(const Ergebnis&, const char* werkzeug);
+
     /// Switches the service's proxy off and forgets that it was set; the address stays configured.
     /// Absent: done; else the reason for the failure.
-    [[nodiscard]] std::optional<std::string> entfernen(const std::string& dienst);
+    [[nodiscard]] std::optional<std::string> entfernen(const std::string& dienst,
+                                                       Fehlerworte worte = fehlertext);
 
     enum class Ziel { wir, andere, unbekannt, keinDienst };
 

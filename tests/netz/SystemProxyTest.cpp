@@ -175,14 +175,16 @@ TEST(SystemProxy, eineHalbeListeIstKeine) {
 TEST(SystemProxy, vergisstKeinenDienstDessenProxyNochAnSeinKann) {
     SpeicherEinstellungen e;
     e.setzeText("proxy.dienst", "LAN");
-    Lauf lauf(e, {{aus, nein},
+    Lauf lauf(e, {{aus, zuSpaet},
+                  {aus, zuSpaet},
                   {route, gut},
                   {liste, {0, "(1) Neu", ""}},
                   {netz("setsocksfirewallproxy|Neu|127.0.0.1|1080|10"), gut},
                   {netz("setsocksfirewallproxystate|Neu|on|10"), gut},
                   {netz("setsocksfirewallproxystate|Neu|off|10"), unbekannterDienst},
                   {liste, gut}});
-    EXPECT_EQ(lauf.proxy.nimmWeg().value().grund, "so nicht");
+    EXPECT_EQ(lauf.proxy.nimmWeg().value().grund, "networksetup: Rückgabe 15");
+    EXPECT_EQ(lauf.proxy.entfernen("LAN", SystemProxy::scheitern), "networksetup antwortet nicht");
     EXPECT_EQ(e.text("proxy.dienst"), "LAN") << "it may still be on";
     EXPECT_EQ(lauf.proxy.setze().ausgang, SystemProxy::Ausgang::gesetzt);
     EXPECT_EQ(e.text("proxy.ungewiss"), "LAN\n");
