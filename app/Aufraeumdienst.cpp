@@ -176,7 +176,7 @@ void Aufraeumer::entferneForwards() {
         return ende("adb ist nicht da, also gibt es keine");
     const std::string rat = "„adb kill-server“ nimmt die Weiterleitungen mit";
     const auto liste = umfeld_.laeufer(*adb, {"forward", "--list"}, adbSekunden);
-    if (liste.status != 0) {
+    if (!liste.gelungen()) {
         ende("lassen sich nicht befragen: " + SystemProxy::scheitern(liste, "adb"));
         return bleibt("die Weiterleitungen", rat);
     }
@@ -188,7 +188,7 @@ void Aufraeumer::entferneForwards() {
             continue;
         const std::vector<std::string> weg = {"-s", std::string(worte[0]), "forward", "--remove",
                                               std::string(worte[1])};
-        if (const auto ergebnis = umfeld_.laeufer(*adb, weg, adbSekunden); ergebnis.status == 0)
+        if (const auto ergebnis = umfeld_.laeufer(*adb, weg, adbSekunden); ergebnis.gelungen())
             ++entfernte;
         else
             misslungene.push_back(std::string(worte[1]) +
@@ -209,11 +209,15 @@ Umfeld::Umfeld(const Befehlszeile& zeile, const std::string& kennung)
     : Umfeld(orteAus(zeile), eigenesBuendel(kennung), einstellungenFuer(orteAus(zeile), kennung), lauf) {}
 
 bool raeumeNachTodAuf(Umfeld& umfeld, Uhr& uhr) {
-    Aufraeumer(umfeld, uhr).raeume(false);
-    uhr.schlafe(std::chrono::seconds(2));
-    Aufraeumer zweiter(umfeld, uhr);
-    zweiter.raeume();
-    return zweiter.alles();
+    // Nobody ends the dead one's tools at their limits now: one that was switching a proxy on may come up to
+    // ten seconds late.
+    for (int blicke = umfeld.proxy.hatFruehere() ? 6 : 1; blicke > 0; --blicke) {
+        Aufraeumer(umfeld, uhr).raeume(false);
+        uhr.schlafe(std::chrono::seconds(2));
+    }
+    Aufraeumer letzter(umfeld, uhr);
+    letzter.raeume();
+    return letzter.alles();
 }
 
 int aufraeumdienst(const Befehlszeile& zeile, const std::string& kennung) {

@@ -31,8 +31,8 @@ struct Umfeld {
 };
 
 /// Takes back what a run left that has died just now, and says nothing. Needs neither phone nor adb nor
-/// display, and trusts no settings file. Blocks for up to two minutes. False: something stayed, or may have
-/// stayed.
+/// display, and trusts no settings file. Blocks for 2 s, or for 12 when the run was switching a proxy on, and
+/// for as long as its tools take. False: something stayed, or may have stayed.
 [[nodiscard]] bool raeumeNachTodAuf(Umfeld& umfeld, Uhr& uhr);
 
 /// `--aufraeumen`: takes back what any earlier run left, prints in German what it tries and what came of it,

@@ -7,12 +7,26 @@
 #include "app/MobilstegBordlotseApp.hpp"
 #include "plattform/Text.hpp"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <optional>
 
 namespace mobilsteg {
+
+namespace {
+
+/// Past the streams, which a terminal that is stopped may hold, and only if it takes the text: the process
+/// ends now.
+void sageZuletzt(const std::string& text) {
+    const std::string zeile = einzeilig(text) + "\n";
+    pollfd fall{STDOUT_FILENO, POLLOUT, 0};
+    if (::poll(&fall, 1, 0) == 1)
+        (void)!::write(STDOUT_FILENO, zeile.data(), zeile.size());
+}
+
+} // namespace
 
 int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
     Laufsperre sperre(orteAus(zeile).heim);
@@ -51,7 +65,7 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
         if (schirm)
             schirm->ende(delegate->schlusswort());
         else if (::isatty(STDOUT_FILENO) == 1)
-            terminal.sage(delegate->schlusswort());
+            sageZuletzt(delegate->schlusswort());
         beendeProzess(status);
     };
     delegate.emplace(app.einstellungen(), dialog, beende);

@@ -104,8 +104,8 @@ void Kabel::takt() {
     schritt(); // what follows may take a minute
     if (endet_)
         return;
-    if (++tick_ == 2) // of a run before this one, whose tools have ended by now
-        letzteProxyfehler_.merge(meldeMisslungene(proxy_.klaereUngewisse()));
+    if (++tick_ <= fruehereTakte)
+        letzteProxyfehler_.merge(meldeMisslungene(proxy_.klaereUngewisse(tick_ == fruehereTakte)));
 
     if (tick_ % berichtTakte == 0 && letzteAntwort_)
         berichteSenden();

@@ -200,6 +200,9 @@ private:
     bool beweisMisslang_ = false;          // and nothing has changed since
     std::string gezeigteBelegung_;
     std::set<std::string> letzteProxyfehler_; // told once, although each tick tries again
+    /// Up to this one, 12 s after the start, tools that an earlier run had begun may do their work: their
+    /// limit is 10 s.
+    static constexpr std::int64_t fruehereTakte = 5;
     std::int64_t tick_ = 0;
     bool aufgeraeumt_ = false;
 

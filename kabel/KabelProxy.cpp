@@ -44,7 +44,7 @@ void Kabel::proxyWeg() {
 /// Logs failures, each once until something changes. Returns the service from which the proxy was removed;
 /// absent: from none.
 std::optional<std::string> Kabel::nimmProxyWeg() {
-    auto wegnahmen = proxy_.klaereUngewisse(tick_ > 1);
+    auto wegnahmen = proxy_.klaereUngewisse(tick_ >= fruehereTakte);
     std::optional<std::string> entfernt;
     if (auto wegnahme = proxy_.nimmWeg()) {
         lageIntern_.proxyGesetzt = false;

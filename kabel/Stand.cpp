@@ -62,7 +62,9 @@ std::string standDokument(const Standangaben& a, const std::optional<Antwort>& a
 }
 
 void beendeStand(const std::string& pfad, bool proxyGesetzt) {
-    json stand = json::parse(liesDatei(pfad, megabyte).value_or(""), nullptr, false);
+    // Not one that would exhaust the stack.
+    const auto flach = [](int tiefe, json::parse_event_t, json&) { return tiefe < 8; };
+    json stand = json::parse(liesDatei(pfad, megabyte).value_or(""), flach, false);
     if (!stand.is_object() || !stand.contains("phase"))
         return;
     for (const char* vomHandy : {"zustand", "kabel_gast", "kabel_anfrage", "klasse", "notlage",

@@ -64,9 +64,9 @@ std::optional<std::string> SystemProxy::setzen(const std::string& dienst) {
 
     auto ergebnis = networksetup({"-setsocksfirewallproxy", dienst, eigeneAdresse, std::to_string(socksPort)},
                                  aendernSekunden);
-    if (ergebnis.status == 0)
+    if (ergebnis.gelungen())
         ergebnis = networksetup({"-setsocksfirewallproxystate", dienst, "on"}, aendernSekunden);
-    if (ergebnis.status != 0) {
+    if (!ergebnis.gelungen()) {
         // The address alone switches the proxy on, and a tool that was cut off may have done its work. One
         // that merely refused has changed nothing, and a proxy of the user's own must stay: so look.
         if (!klaere(dienst, ziel(dienst), false))
@@ -90,7 +90,7 @@ std::optional<SystemProxy::Wegnahme> SystemProxy::nimmWeg() {
 std::optional<std::string> SystemProxy::entfernen(const std::string& dienst, Fehlerworte worte) {
     const auto aus = schalteAus(dienst);
     const bool verschwunden = kenntDienstNicht(aus);
-    if (aus.status != 0 && !verschwunden)
+    if (!aus.gelungen() && !verschwunden)
         return worte(aus, "networksetup");
     if (verschwunden)
         schalteUmbenanntenAus();
@@ -131,11 +131,12 @@ std::optional<std::string> SystemProxy::klaere(const std::string& dienst, Ziel w
     case Ziel::unbekannt:
         return "sein Proxy lässt sich nicht befragen";
     case Ziel::wir:
-        if (const auto aus = schalteAus(dienst); aus.status != 0)
+        if (const auto aus = schalteAus(dienst); !aus.gelungen())
             return fehlertext(aus);
         break;
     case Ziel::keinDienst:
         schalteUmbenanntenAus();
+        fruehere_.erase(dienst);
         ungewisse_.vergiss(dienst);
         return "den Netzwerkdienst gibt es nicht mehr";
     case Ziel::andere:
@@ -155,7 +156,7 @@ void SystemProxy::vergiss(const std::string& dienst) {
 
 SystemProxy::Ziel SystemProxy::ziel(const std::string& dienst) const {
     const auto antwort = networksetup({"-getsocksfirewallproxy", dienst}, fragenSekunden);
-    if (antwort.status != 0)
+    if (!antwort.gelungen())
         return kenntDienstNicht(antwort) ? Ziel::keinDienst : Ziel::unbekannt;
     const auto wohin = liesAdresse(antwort.ausgabe);
     if (!wohin)

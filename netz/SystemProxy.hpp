@@ -55,6 +55,9 @@ public:
     /// end its work only now.
     [[nodiscard]] std::vector<Wegnahme> klaereUngewisse(bool endgueltig = true);
 
+    /// Whether an earlier run left such services that are not settled.
+    [[nodiscard]] bool hatFruehere() const { return !fruehere_.empty(); }
+
     /// Why a tool failed: `fehlertext` or `scheitern`.
     using Fehlerworte = std::string (*)(const Ergebnis&, const char* werkzeug);
 

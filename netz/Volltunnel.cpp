@@ -83,7 +83,7 @@ std::optional<std::string> Volltunnel::nimmZurueck() {
     auto grund = einwand(auftrag);
     if (!grund) {
         bitteUmStopp();
-        grund = rufeHelfer(auftrag);
+        grund = stoppGebeten() ? rufeHelfer(auftrag) : "Die Bitte um Stopp lässt sich nicht ablegen";
     }
     for (int blick = 0; !grund && hinterliess(); ++blick) {
         anschluesse_.uhr.schlafe(blickabstand);
@@ -100,8 +100,6 @@ std::optional<std::string> Volltunnel::nimmZurueck() {
 std::optional<std::string> Volltunnel::einwand(const Tunnelauftrag& auftrag) const {
     if (!anschluesse_.ressourcen || !istAusfuehrbar(helfer_))
         return "Helfer mobilsteg-volltunnel fehlt im Bundle";
-    if (vertrauteDatei(helfer_).empty())
-        return "Den Helfer mobilsteg-volltunnel könnten andere verändern: " + helfer_;
     for (const auto& name : {helfer_, stoppPfad_, protokollPfad_, auftrag.dienst})
         if (name.find('\'') != std::string::npos)
             return "Namen mit Apostroph kann der Volltunnel nicht nehmen: " + name;
@@ -113,12 +111,14 @@ std::optional<std::string> Volltunnel::einwand(const Tunnelauftrag& auftrag) con
 
 std::optional<std::string> Volltunnel::rufeHelfer(const Tunnelauftrag& auftrag) {
     const std::string vorher = vertrauteDatei(helfer_);
+    if (vorher.empty())
+        return "Den Helfer mobilsteg-volltunnel könnten andere verändern: " + helfer_;
     // Before the script and not behind it: a helper that fails at once leaves its reason by then.
     std::remove((stoppPfad_ + ".fehler").c_str());
     const auto befehl = tunnelbefehl(helfer_, stoppPfad_, protokollPfad_, ::getpid(), auftrag);
     if (auto grund = fuehreSkriptAus(skriptquelle(befehl, anschluesse_.variante.adminGrund())))
         return grund;
-    if (!vorher.empty() && vertrauteDatei(helfer_) == vorher)
+    if (vertrauteDatei(helfer_) == vorher)
         return std::nullopt;
     bitteUmStopp();
     return "Der Helfer mobilsteg-volltunnel wurde während des Passwortdialogs ausgetauscht";

@@ -65,7 +65,7 @@ bool schreibeAlles(int ziel, std::string_view inhalt) {
     return true;
 }
 
-bool schreibeDarueber(const std::string& pfad, std::string_view inhalt) {
+bool schreibeDarueber(const std::string& pfad, std::string_view inhalt, Haltbarkeit haltbarkeit) {
     const Deskriptor datei(::open(pfad.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     struct stat lage {};
     if (!datei || ::fstat(datei.nummer(), &lage) != 0 || !S_ISREG(lage.st_mode) ||
@@ -73,7 +73,8 @@ bool schreibeDarueber(const std::string& pfad, std::string_view inhalt) {
         return false;
     std::string bytes(inhalt);
     bytes.resize(static_cast<std::size_t>(lage.st_size), ' ');
-    return schreibeAlles(datei.nummer(), bytes) && bringeAufDiePlatte(datei.nummer());
+    return schreibeAlles(datei.nummer(), bytes) &&
+           (haltbarkeit == Haltbarkeit::fluechtig || bringeAufDiePlatte(datei.nummer()));
 }
 
 } // namespace
@@ -140,7 +141,7 @@ bool schreibeAuchWennVoll(const std::string& pfad, std::string_view inhalt, Halt
         return true;
     const int grund = errno;
     const bool voll = grund == ENOSPC || grund == EDQUOT;
-    const bool geschrieben = voll && schreibeDarueber(pfad, inhalt);
+    const bool geschrieben = voll && schreibeDarueber(pfad, inhalt, haltbarkeit);
     errno = grund;
     return geschrieben;
 }

@@ -230,10 +230,11 @@ private:
     }
 
     void ueberlebe(const Aufgabe& werkzeug, const std::string& aufruf) {
-        waisen_.push_back(waisenhaus_.wiederhole(dauer(1500), 24h, [=, this] {
-            geschieht("Waisen", aufruf);
-            werkzeug();
-        }));
+        waisen_.push_back(
+            waisenhaus_.wiederhole(dauer(aufruf.starts_with("networksetup") ? 10000 : 1500), 24h, [=, this] {
+                geschieht("Waisen", aufruf);
+                werkzeug();
+            }));
     }
 
     std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override {
