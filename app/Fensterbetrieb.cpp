@@ -33,8 +33,8 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
         return 1;
     }
     QtBetrieb qt(anzahl, worte);
-    const bool vpnLotse = kennung.ends_with("vpnlotse");
-    QApplication::setApplicationName(qtText(anzeigename(vpnLotse, false))); // the title of questions
+    // The title of questions; from the controller on with the profile.
+    QApplication::setApplicationName(qtText(anzeigename(istVpnLotse(kennung), false)));
     Laufsperre sperre(orteAus(zeile).heim);
     if (const auto grund = nimmHeim(sperre)) {
         (void)qt.dialog().frage({"Der Bordlotse " + *grund, "", {"OK"}});
@@ -42,6 +42,7 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
     }
     MobilstegBordlotseApp app(zeile, kennung, qt.schlange(), qt.dialog(), sperre);
     Kabel& kabel = app.kabel();
+    QApplication::setApplicationName(qtText(kabel.variante().anzeigename()));
     const bool bundleB2B = kabel.variante().bundleB2B();
     std::optional<Menueleistenstueck> stueck;
     const auto zeige = [&](const Zustand& z) { stueck->zeichne(inhalt(z, bundleB2B), z.symbol, z.kurz); };

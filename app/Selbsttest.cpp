@@ -143,7 +143,7 @@ void Selbsttest::pruefeAdb() {
     const auto serverport = adbServerport();
     const bool serverLief = !serverport || lauscht(*serverport);
     const auto liste = lauf(*adb, {"devices", "-l"}, adbSekunden);
-    if (liste.status != 0)
+    if (!liste.gelungen())
         return schlecht("adb", *adb + " antwortet nicht", "„" + *adb + " kill-server“, dann noch einmal");
     gut("adb", *adb);
     pruefeHandys(liste.ausgabe);

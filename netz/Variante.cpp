@@ -8,8 +8,12 @@ std::string anzeigename(bool bundleB2B, bool profilIstVpn) {
     return profilIstVpn ? "Mobilsteg Bordlotse · VPN" : "Mobilsteg Bordlotse";
 }
 
+bool istVpnLotse(std::string_view kennung) {
+    return kennung.ends_with("vpnlotse");
+}
+
 Variante::Variante(const Buendel& buendel, const Einstellungen& einstellungen)
-    : einstellungen_(einstellungen), bundleB2B_(buendel.kennung.ends_with("vpnlotse")) {}
+    : einstellungen_(einstellungen), bundleB2B_(istVpnLotse(buendel.kennung)) {}
 
 std::string Variante::profil() const {
     return einstellungen_.text("profil").value_or(bundleB2B_ ? "vpn" : "reise");

@@ -4,11 +4,15 @@
 #include "plattform/Einstellungen.hpp"
 
 #include <string>
+#include <string_view>
 
 namespace mobilsteg {
 
 /// The name of an edition as the user reads it in a profile. Pure.
 [[nodiscard]] std::string anzeigename(bool bundleB2B, bool profilIstVpn);
+
+/// Whether a package's identifier names the edition for company VPNs. Pure.
+[[nodiscard]] bool istVpnLotse(std::string_view kennung);
 
 /// Which edition this is and which profile its user works in. Callable on any queue.
 class Variante {
@@ -17,7 +21,7 @@ public:
 
     Variante(const Buendel& buendel, const Einstellungen& einstellungen);
 
-    /// Whether this is the edition for company VPNs; told from the package's identifier.
+    /// Whether this is the edition for company VPNs.
     [[nodiscard]] bool bundleB2B() const { return bundleB2B_; }
 
     /// The text of the profile: the stored one, else the edition's own.
