@@ -9,42 +9,14 @@ using namespace testing;
 
 namespace {
 
-TEST(Aufraeumen, nachEinemAbschussMitKaputtenEinstellungen) {
+TEST(Aufraeumen, nebenEinemLaufendenUndNachKaputtenEinstellungen) {
     Fahrtbank bank;
     bank.mitTunnel(einstellungsdatei);
     const auto handy = bank.handy();
     bank.starte();
     ASSERT_TRUE(bank.imStand(laeuftImStand));
-    bank.toeteMitWaechter();
-    EXPECT_TRUE(bank.kommt(tunnellog, "der Bordlotse ist weg")) << "the helper goes by itself";
-    EXPECT_TRUE(warteBis([&] { return !bank.helferLaeuft(); }));
-    EXPECT_TRUE(bank.proxyAn());
-    bank.ordner.lege(einstellungsdatei, "{ kaputt");
     const std::string fremder =
-        handy->serial() + " tcp:" + bank.adb({"forward", "tcp:0", "tcp:8080"}) + " tcp:8080";
-
-    const auto ergebnis = bank.rufe({"--aufraeumen"});
-    EXPECT_EQ(ergebnis.status, 0) << ergebnis.fehler;
-    EXPECT_THAT(ergebnis.ausgabe,
-                AllOf(HasSubstr("System-Proxy „Wi-Fi“ … ausgeschaltet\n"),
-                      HasSubstr("Volltunnel … keiner läuft\nWeiterleitungen … 2 entfernt\nAufgeräumt: ")));
-    EXPECT_THAT(bank.protokoll(), HasSubstr("  Aufräumen: System-Proxy „Wi-Fi“: ausgeschaltet\n"));
-    EXPECT_FALSE(bank.proxyAn());
-    EXPECT_EQ(bank.forwards(), fremder) << "nobody else's is taken away";
-    EXPECT_EQ(bank.ordner.lies(einstellungsdatei), "{ kaputt") << "not overwritten";
-
-    bank.starte();
-    bank.programm->tippe("nein");
-    EXPECT_TRUE(bank.kommt(protokolldatei, "Die Einstellungen waren beschädigt und gelten nicht mehr; sie"));
-    EXPECT_TRUE(bank.kommt(einstellungsdatei + ".defekt", "{ kaputt"));
-}
-
-TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
-    Fahrtbank bank;
-    bank.mitTunnel(einstellungsdatei);
-    const auto handy = bank.handy();
-    bank.starte();
-    ASSERT_TRUE(bank.imStand(laeuftImStand));
+        handy.serial + " tcp:" + bank.adb({"forward", "tcp:0", "tcp:8080"}) + " tcp:8080";
     const auto zweiter = bank.rufe({"--terminal"});
     EXPECT_EQ(zweiter.status, 1);
     EXPECT_THAT(zweiter.fehler, HasSubstr("mobilsteg-bordlotse: läuft schon (Prozess "));
@@ -64,88 +36,88 @@ TEST(Aufraeumen, nebenEinemLaufendenUndMitLebendemHelfer) {
     EXPECT_TRUE(bank.proxyAn() && bank.helferLaeuft()) << "left alone";
     EXPECT_THAT(bank.rufe({"--aufraeumen", "--trotzdem"}).ausgabe,
                 AllOf(StartsWith("Achtung: Ein Bordlotse läuft (Prozess "),
-                      HasSubstr("Volltunnel … beendet, Routen und DNS zurückgebaut")));
+                      HasSubstr("Volltunnel … beendet, Routen und DNS zurückgebaut\n"
+                                "Weiterleitungen … 2 entfernt\nAufgeräumt: ")));
+    EXPECT_THAT(bank.protokoll(), HasSubstr("  Aufräumen: System-Proxy „Wi-Fi“: ausgeschaltet\n"));
+    EXPECT_THAT(bank.forwards(), HasSubstr(fremder)) << "nobody else's is taken away";
+
+    bank.programm->sende(SIGTERM);
+    EXPECT_EQ(bank.programm->warteAufEnde(), 0);
+    bank.ordner.lege(einstellungsdatei, "{ kaputt");
+    bank.starte();
+    bank.programm->tippe("nein");
+    EXPECT_TRUE(bank.kommt(protokolldatei, "Die Einstellungen waren beschädigt und gelten nicht mehr; sie"));
+    EXPECT_TRUE(bank.kommt(einstellungsdatei + ".defekt", "{ kaputt"));
 }
 
 /// What stands in the way, or was left: what is done to the simulated Mac before, what is asked, what is said
-/// and with which status. proxy and merke stand for the Mac's and our own settings. Each begins with a fresh
-/// Mac, without adb unless told otherwise, and a fresh home.
-struct Lagefall {
-    const char *davor, *option, *gesagt;
-    int status;
-};
-const Lagefall lagen[] = {
+/// and with which status. proxy, merke and skript stand for the Mac's settings, our own, and a tool's
+/// stand-in. Each begins with a fresh Mac, without adb unless told otherwise, and a fresh home.
+const std::tuple<std::string, std::string, const char*, int> lagen[] = {
     {"", "--aufraeumen", "Weiterleitungen … adb ist nicht da, also gibt es keine\nNichts zu tun: ", 0},
-    {"proxy Wi-Fi 127.0.0.1 1080", "--aufraeumen", "„Wi-Fi“ … ausgeschaltet\n", 0},
+    {"proxy Wi-Fi 127.0.0.1 1080; echo '{ kaputt' >$unsere", "--aufraeumen", "„Wi-Fi“ … ausgeschaltet\n", 0},
     {"proxy Wi-Fi 127.0.0.1 1080; proxy 'USB 10/100/1000 LAN' 127.0.0.1 1080", "--aufraeumen",
      "LAN“ … ausgeschaltet\nSystem-Proxy „Thunderbolt Bridge“ … zeigt nicht auf 127.0.0.1:1080\n"
      "System-Proxy „Wi-Fi“ … ausgeschaltet\n",
      0},
     {"proxy Wi-Fi 127.0.0.1 1080; merke Wi-Fi; touch zustand/ohne-admin", "--aufraeumen",
      "„Wi-Fi“ … nicht ausgeschaltet: ** Error: Command requires admin privileges.\nSystem-Proxy „Firmen", 1},
-    {"merke Wi-Fi; rm usr/sbin/networksetup", "--aufraeumen", "„Wi-Fi“ … nicht ausgeschaltet: ", 1},
-    {"merke Wi-Fi; rm usr/sbin/networksetup", "--selbsttest", "✗ Werkzeug", 1},
-    {"cp taub usr/sbin/networksetup", "--aufraeumen",
+    {"merke Wi-Fi; rm $ns", "--aufraeumen", "„Wi-Fi“ … nicht ausgeschaltet: ", 1},
+    {"merke Wi-Fi; rm $ns", "--selbsttest", "✗ Werkzeug", 1},
+    {"skript $ns 'kill -TERM $$'", "--aufraeumen",
      "Netzwerkdienste … lassen sich nicht befragen: networksetup: Rückgabe 15\nVolltunnel", 1},
-    {"mv usr/sbin/networksetup usr/sbin/echt; cp kaputt usr/sbin/networksetup", "--aufraeumen",
-     "„Wi-Fi“ … lässt sich nicht befragen\n", 1},
+    {R"(mv $ns $ns.echt; skript $ns 'case $* in -getsocks*Wi-Fi) exit 4 ;; esac; exec "$0.echt" "$@"')",
+     "--aufraeumen", "„Wi-Fi“ … lässt sich nicht befragen\n", 1},
     {"merke Alt", "--aufraeumen", "„Alt“ … den Netzwerkdienst gibt es nicht mehr, vergessen\n", 0},
     {"proxy Wi-Fi 10.0.0.5 1080", "--aufraeumen", "Nichts zu tun", 0},
-    {"cp kaputt opt/homebrew/bin/adb", "--aufraeumen",
+    {"skript $adb 'echo kein Server >&2; exit 4'", "--aufraeumen",
      "Weiterleitungen … lassen sich nicht befragen: kein Server\n", 1},
-    {"cp langsam opt/homebrew/bin/adb", "--aufraeumen", "nicht befragen: adb antwortet nicht\n", 1},
-    {"cp halb opt/homebrew/bin/adb", "--aufraeumen", "Weiterleitungen … tcp:1080 nicht entfernt: fort\n", 1},
+    {"skript $adb 'exec sleep 60'", "--aufraeumen", "nicht befragen: adb antwortet nicht\n", 1},
+    {"skript $adb '[ $# = 2 ] && exec echo A tcp:1080 tcp:1080; echo fort >&2; exit 1'", "--aufraeumen",
+     "Weiterleitungen … tcp:1080 nicht entfernt: fort\n", 1},
     {"", "--selbsttest", "✗ adb              fehlt — brew install", 1},
-    {"cp taub opt/homebrew/bin/adb", "--selbsttest", "adb antwortet nicht — ", 1},
-    {"cp leer opt/homebrew/bin/adb", "--selbsttest", "✗ Handy            keines — Kabel einstecken", 1},
-    {"cp handy opt/homebrew/bin/adb", "--selbsttest", "Nichts steht im Weg.", 0},
-    {"cp handy opt/homebrew/bin/adb; proxy Wi-Fi 127.0.0.1 1080", "--selbsttest",
-     "127.0.0.1:1080 — das war ein früherer Lauf", 1},
-    {"cp handy opt/homebrew/bin/adb; proxy Wi-Fi 10.0.0.5 80", "--selbsttest", "„Wi-Fi“: 10.0.0.5:80 — ", 1},
-    {R"(rm -r ../heim; mkdir ../heim; echo x >../heim/Library)", "--selbsttest", "✗ Protokoll", 1},
+    {"skript $adb 'kill -TERM $$'", "--selbsttest", "adb antwortet nicht — ", 1},
+    {"skript $adb 'echo List'", "--selbsttest", "✗ Handy            keines — Kabel einstecken", 1},
+    {"handy", "--selbsttest", "Nichts steht im Weg.", 0},
+    {"handy; proxy Wi-Fi 127.0.0.1 1080", "--selbsttest", "127.0.0.1:1080 — das war ein früherer Lauf", 1},
+    {"handy; proxy Wi-Fi 10.0.0.5 80", "--selbsttest", "„Wi-Fi“: 10.0.0.5:80 — ", 1},
+    {"rm -r ../heim; mkdir ../heim; echo x >../heim/Library", "--selbsttest", "✗ Protokoll", 1},
     {"", "--stand", "Läuft nicht\n", 1},
 };
+const char* const vorbereitung = R"(
+    rm -rf "$0"; "$1" "$0" >/dev/null; cd "$0"
+    unsere=$2 ns=usr/sbin/networksetup adb=opt/homebrew/bin/adb; rm -f $adb
+    proxy() { $ns -setsocksfirewallproxy "$@"; }
+    merke() { echo "{\"proxy.dienst\":\"$1\"}" >"$unsere"; }
+    skript() { printf '#!/bin/sh\n%s\n' "$2" >$1; chmod +x $1; }
+    handy() { skript $adb 'echo List; echo R1 device model:SM_S911B'; }
+    echo '{"profil":"reise"}' >"$unsere"
+)";
 
 TEST(Aufraeumen, sagtWasBliebUndWasImWegSteht) {
-    Fahrtbank bank;
-    bank.ordner.lege("/vorlage/kaputt", R"(#!/bin/sh
-        case $* in -getsocks*Wi-Fi | *forward*) echo kein Server >&2; exit 4 ;; esac
-        exec "${0%/*}/echt" "$@")",
-                     true);
-    bank.ordner.lege("/vorlage/taub", "#!/bin/sh\nkill -TERM $$", true);
-    bank.ordner.lege("/vorlage/langsam", "#!/bin/sh\nexec sleep 60", true);
-    bank.ordner.lege("/vorlage/halb", R"(#!/bin/sh
-        [ $# = 2 ] && exec echo A tcp:1080 tcp:1080
-        echo fort >&2; exit 1)",
-                     true);
-    bank.ordner.lege("/vorlage/leer", "#!/bin/sh\necho List of devices attached", true);
-    bank.ordner.lege("/vorlage/handy", "#!/bin/sh\necho Liste\necho R1 device model:SM_S911B", true);
-    for (const auto& fall : lagen) {
-        const std::string davor = fall.davor;
+    const Fahrtbank bank;
+    for (const auto& [davor, option, gesagt, status] : lagen) {
         const auto vorbereitet =
             lauf("/bin/sh",
-                 {"-c",
-                  R"(rm -rf "$0"; "$2" "$0" >/dev/null; cp "$0"/../vorlage/* "$0"; cd "$0"
-            unsere=$1; rm -f opt/homebrew/bin/adb
-            proxy() { usr/sbin/networksetup -setsocksfirewallproxy "$@"; }
-            merke() { echo "{\"proxy.dienst\":\"$1\"}" >"$unsere"; }
-            echo '{"profil":"reise"}' >"$unsere"; )" +
-                      davor,
-                  bank.ordner.pfad() + "/mac", bank.ordner.pfad() + einstellungsdatei,
-                  QUELL_ORDNER "/probe/mac/aufbauen"},
+                 {"-c", vorbereitung + davor, bank.ordner.pfad() + "/mac", QUELL_ORDNER "/probe/mac/aufbauen",
+                  bank.ordner.pfad() + einstellungsdatei},
                  60);
-        const auto ergebnis = bank.rufe({fall.option});
-        SCOPED_TRACE(fall.option + (" nach " + davor) + vorbereitet.fehler + ergebnis.ausgabe);
-        EXPECT_EQ(ergebnis.status, fall.status);
-        EXPECT_THAT(ergebnis.ausgabe, HasSubstr(fall.gesagt));
-        if (fall.option == std::string("--aufraeumen")) {
-            EXPECT_EQ(ergebnis.ausgabe.find("\nVon Hand: ") != std::string::npos, fall.status == 1);
-            EXPECT_EQ(bank.ordner.lies("/mac/zustand/socks").find("on\t127.") != std::string::npos,
-                      davor.find("ohne-admin") != std::string::npos);
-            EXPECT_EQ(bank.ordner.lies(einstellungsdatei).find("Wi-Fi") != std::string::npos,
-                      fall.status == 1 && davor.find("merke Wi-Fi") != std::string::npos)
-                << "the next one can try again, but not for ever";
-        }
+        const auto ergebnis = bank.rufe({option});
+        SCOPED_TRACE(option + " nach " + davor + vorbereitet.fehler + ergebnis.ausgabe);
+        EXPECT_EQ(ergebnis.status, status);
+        EXPECT_THAT(ergebnis.ausgabe, HasSubstr(gesagt));
+        if (option != "--aufraeumen")
+            continue;
+        const auto hatte = [&davor = davor](const char* stueck) {
+            return davor.find(stueck) != std::string::npos;
+        };
+        const auto unsere = bank.ordner.lies(einstellungsdatei);
+        EXPECT_EQ(ergebnis.ausgabe.find("\nVon Hand: ") != std::string::npos, status == 1);
+        EXPECT_EQ(bank.ordner.lies("/mac/zustand/socks").find("on\t127.") != std::string::npos,
+                  hatte("ohne-admin"));
+        EXPECT_EQ(unsere.find("Wi-Fi") != std::string::npos, status == 1 && hatte("merke Wi-Fi"))
+            << "the next one can try again, but not for ever";
+        EXPECT_EQ(unsere == "{ kaputt\n", hatte("kaputt")) << "what nobody understands stays as it is";
     }
 }
 

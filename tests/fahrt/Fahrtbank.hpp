@@ -3,6 +3,7 @@
 #include "plattform/Dateien.hpp"
 #include "plattform/Kindprozess.hpp"
 #include "plattform/Lauf.hpp"
+#include "plattform/Laufsperre.hpp"
 #include "plattform/Text.hpp"
 #include "tests/hilfe/Klient.hpp"
 #include "tests/hilfe/Ordner.hpp"
@@ -16,7 +17,6 @@
 #include <csignal>
 #include <functional>
 #include <memory>
-#include <sstream>
 #include <thread>
 
 namespace mobilsteg {
@@ -42,17 +42,13 @@ inline std::string programmpfad(const std::string& name) {
 /// The helper's stand-in, and the helper that the trips take: the shipped one where the machine gives a
 /// tunnel in a network of the test's own.
 inline const std::string attrappe = QUELL_ORDNER "/probe/tunnel/mobilsteg-volltunnel";
-inline const std::string& helferprogramm() {
-    static std::string eines;
-    if (eines.empty()) {
-        const char* eigenesNetz = "[ $(id -u) = 0 ] && [ -z \"$(ip route)\" ] && "
-                                  "ip tuntap add probe0 mode tun && ip tuntap del probe0 mode tun";
-        const bool echt = lauf("/bin/sh", {"-c", eigenesNetz}, 60).status == 0;
-        eines = echt ? programmpfad("mobilsteg-volltunnel") : attrappe;
-        if (!echt)
-            std::puts("Kein eigenes Netz mit Tunnel (root, /dev/net/tun): der Helfer ist eine Attrappe");
-    }
-    return eines;
+inline std::string helferprogramm() {
+    const char* eigenesNetz = "[ $(id -u) = 0 ] && [ -z \"$(ip route)\" ] && "
+                              "ip tuntap add probe0 mode tun && ip tuntap del probe0 mode tun";
+    static const bool echt = lauf("/bin/sh", {"-c", eigenesNetz}, 60).status == 0;
+    if (!echt)
+        std::puts("Kein eigenes Netz mit Tunnel (root, /dev/net/tun): der Helfer ist eine Attrappe");
+    return echt ? programmpfad("mobilsteg-volltunnel") : attrappe;
 }
 
 inline bool portFrei(int port) {
@@ -90,18 +86,16 @@ public:
             sende(SIGTERM);
         if (!warteAufEnde()) {
             ADD_FAILURE() << "ließ sich nicht beenden";
-            toete();
+            sende(SIGKILL);
+            warteAufEnde();
         }
     }
 
+    [[nodiscard]] int nummer() const { return kind_.nummer; }
     void sende(int signal) const { ::kill(kind_.nummer, signal); }
     void sendeGruppe(int signal) const { ::kill(-kind_.nummer, signal); } ///< as a terminal does
     void tippe(const std::string& zeile) const {
         EXPECT_GT(::dprintf(eingabe_.nummer(), "%s\n", zeile.c_str()), 0);
-    }
-    void toete() {
-        sende(SIGKILL);
-        warteAufEnde();
     }
     /// Waits for its end: exit code, or the signal's number. Absent: it did not end in time.
     std::optional<int> warteAufEnde() {
@@ -117,29 +111,26 @@ private:
 };
 
 /// A simulated phone that really runs, the first, second … one of its trip.
-class Probehandy {
-public:
-    Probehandy(int nummer, const std::string& ordner, std::vector<std::string> optionen)
-        : adbPort_(std::to_string(5650 + nummer)), steuerport_(std::to_string(5660 + nummer)) {
-        std::filesystem::create_directories(ordner);
-        optionen.insert(optionen.begin(), {programmpfad("mobilsteg-probehandy"), "--ordner", ordner, "--port",
-                                           adbPort_, "--steuerport", steuerport_, "--adb-server",
-                                           std::getenv("ANDROID_ADB_SERVER_PORT")});
-        programm_ = std::make_unique<Programm>(optionen, ordner + "/ausgabe");
-        EXPECT_TRUE(warteBis([&] { return liesDatei(ordner + "/ausgabe").value_or("").ends_with("\n"); }));
+struct Probehandy {
+    Probehandy(const std::string& nummer, const std::string& ordner, std::vector<std::string> optionen)
+        : serial("127.0.0.1:565" + nummer), steuerport("566" + nummer) {
+        optionen.insert(optionen.begin(),
+                        {programmpfad("mobilsteg-probehandy"), "--ordner", ordner, "--port", "565" + nummer,
+                         "--steuerport", steuerport, "--adb-server", std::getenv("ANDROID_ADB_SERVER_PORT")});
+        const std::string ausgabe = ordner + ".ausgabe";
+        programm = std::make_unique<Programm>(optionen, ausgabe);
+        EXPECT_TRUE(warteBis([&] { return liesDatei(ausgabe).value_or("").ends_with("\n"); }));
     }
 
     /// Drives it; the test fails when it refuses.
     std::string sage(const std::string& befehl) const {
-        const auto ergebnis = lauf(programmpfad("mobilsteg-probehandy"), {"--sage", steuerport_, befehl}, 60);
+        const auto ergebnis = lauf(programmpfad("mobilsteg-probehandy"), {"--sage", steuerport, befehl}, 60);
         EXPECT_EQ(ergebnis.status, 0) << befehl << ": " << ergebnis.ausgabe << ergebnis.fehler;
         return ergebnis.ausgabe;
     }
-    [[nodiscard]] std::string serial() const { return "127.0.0.1:" + adbPort_; }
 
-private:
-    std::string adbPort_, steuerport_;
-    std::unique_ptr<Programm> programm_;
+    std::string serial, steuerport;
+    std::unique_ptr<Programm> programm;
 };
 
 /// A trip with the shipped programs: an adb server of its own, a simulated Mac, a fresh home. Its user has
@@ -166,11 +157,10 @@ public:
     }
 
     /// A phone on the cable unless told otherwise.
-    std::unique_ptr<Probehandy> handy(const std::vector<std::string>& optionen = {"--stecken", "--erlaubt"}) {
+    Probehandy handy(const std::vector<std::string>& optionen = {"--stecken", "--erlaubt"}) {
         (void)adb({"start-server"});
-        ++handys_;
-        return std::make_unique<Probehandy>(handys_, ordner.pfad() + "/handy" + std::to_string(handys_),
-                                            optionen);
+        const auto nummer = std::to_string(++handys_);
+        return {nummer, ordner.pfad() + "/handy" + nummer, optionen};
     }
     void starte(const std::string& name = "mobilsteg-bordlotse",
                 const std::vector<std::string>& optionen = {"--terminal"}) {
@@ -203,13 +193,12 @@ public:
     /// Kills the program and, before it can notice, its watchman.
     void toeteMitWaechter() const {
         programm->sende(SIGSTOP);
-        int laeufer = 0, waechter = 0;
-        std::istringstream(ordner.lies(anwendungsordner + "lauf.sperre")) >> laeufer >> waechter;
-        // The number may be an earlier run's, and by now somebody else's.
-        const auto worte = lauf("/bin/cat", {"/proc/" + std::to_string(waechter) + "/cmdline"}, 60).ausgabe;
-        if (worte.find("--waechter") != std::string::npos && worte.find(ordner.pfad()) != std::string::npos)
-            ::kill(waechter, SIGKILL);
-        programm->toete();
+        const auto inhaber = Laufsperre::inhaber(ordner.pfad() + "/heim");
+        // One that has just begun is not named yet; an earlier one's watchman may by now be anybody.
+        if (inhaber && inhaber->laeufer == programm->nummer() && inhaber->waechter > 0)
+            ::kill(inhaber->waechter, SIGKILL);
+        programm->sende(SIGKILL);
+        programm->warteAufEnde();
     }
     /// Whether that piece comes to stand in a file, in the printed panel, in the state document.
     [[nodiscard]] bool kommt(const std::string& datei, const std::string& stueck) const {

@@ -17,38 +17,38 @@ TEST(Kabel, vonDerStrassensperreBisZurFahrtUndMitEinemAnderenHandyBisZumAbsturz)
     const auto handy = bank.handy({"--stecken", "--ohne-debugging", "--weitergabe-aus"});
     bank.starte();
     bank.erwartePhase("Am Handy „USB-Debugging zulassen“");
-    handy->sage("debugging an");
+    handy.sage("debugging an");
     bank.erwartePhase("In Mobilsteg");
-    handy->sage("weitergabe an");
+    handy.sage("weitergabe an");
     bank.erwartePhase("Warte auf das Ja");
-    handy->sage("erlauben");
+    handy.sage("erlauben");
     bank.erwartePhase("Fährt mit");
     EXPECT_TRUE(bank.imStand(R"("austritt": "203.0.113.7")") && bank.imStand(R"("faehrt": true)") &&
                 bank.imStand(R"("dienst": "Wi-Fi")"));
     EXPECT_TRUE(bank.proxyAn());
-    EXPECT_THAT(handy->sage("zustand"), HasSubstr("austritt.probe")) << "the name is resolved on the phone";
+    EXPECT_THAT(handy.sage("zustand"), HasSubstr("austritt.probe")) << "the name is resolved on the phone";
     EXPECT_THAT(bank.forwards(), AllOf(HasSubstr("tcp:18080 tcp:8080"), Not(HasSubstr("tcp:8080 tcp:8080"))));
 
-    handy->sage("weitergabe aus");
+    handy.sage("weitergabe aus");
     bank.erwartePhase("In Mobilsteg");
     EXPECT_FALSE(bank.proxyAn());
-    handy->sage("weitergabe an");
+    handy.sage("weitergabe an");
     bank.erwartePhase("Fährt mit");
     (void)bank.adb({"kill-server"}); // all forwards are gone with it
     EXPECT_TRUE(warteBis([&] { return bank.forwards().find("tcp:1080 tcp:1080") != std::string::npos; }));
     EXPECT_TRUE(warteBis([&] { return bank.proxyAn(); }));
-    handy->sage("ziehen");
+    handy.sage("ziehen");
     bank.erwartePhase("Kein Handy am Kabel");
     EXPECT_FALSE(bank.proxyAn());
     EXPECT_EQ(bank.forwards(), "");
 
     const auto zweites = bank.handy({"--stecken", "--erlaubt", "--modell", "Pixel_8"});
     bank.erwartePhase("Fährt mit");
-    EXPECT_THAT(bank.forwards(), HasSubstr(zweites->serial() + " tcp:1080 tcp:1080"));
+    EXPECT_THAT(bank.forwards(), HasSubstr(zweites.serial + " tcp:1080 tcp:1080"));
     EXPECT_TRUE(bank.zeigt("Samsung Galaxy S23") && bank.zeigt("Google Pixel-8"));
 
-    zweites->sage(R"(antwort {"app":"mobilsteg","proxy_port":1080,"zustand":"erlaubt","kabel":{},)"
-                  R"("status":{"paths":[{"iface":"wlan0","healthy":true,"rtt_ms":1e300}]}})");
+    zweites.sage(R"(antwort {"app":"mobilsteg","proxy_port":1080,"zustand":"erlaubt","kabel":{},)"
+                 R"("status":{"paths":[{"iface":"wlan0","healthy":true,"rtt_ms":1e300}]}})");
     EXPECT_EQ(bank.programm->warteAufEnde(), SIGABRT);
     EXPECT_THAT(bank.protokoll(), HasSubstr("Programmierfehler: Das Handy meldet unmögliche Zahlen"));
     bank.erwarteNichts();
@@ -78,14 +78,14 @@ TEST(Erhebung, expertenfahrtMitBrowsernUndVpns) {
     bank.programm->tippe("volltunnel an");
     zeigtAlle({"Werk Nord · 198.51.100.20 · gesichert", "OpenVPN · noch nicht gesichert"});
     EXPECT_TRUE(warteBis([&] {
-        return handy->sage("zustand").find(R"("vpn":["198.51.100.20"])") != std::string::npos;
+        return handy.sage("zustand").find(R"("vpn":["198.51.100.20"])") != std::string::npos;
     })) << "the phone hears of the server";
 }
 
 TEST(Berichte, liegenBytegenauAufDemHandy) {
     Fahrtbank bank;
     const auto handy = bank.handy();
-    handy->sage("proxy kaputt");                         // trouble: the reports go out
+    handy.sage("proxy kaputt");                          // trouble: the reports go out
     const std::string tunnel("erste\r\n\0\xFF\xC3", 10); // no text, and cut inside a character
     bank.ordner.lege(tunnellog, tunnel);
     bank.starte();
