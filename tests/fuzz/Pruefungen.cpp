@@ -28,6 +28,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 
 #include "volltunnel/Namen.hpp"
 
@@ -369,6 +370,14 @@ std::span<const Pruefung> pruefungen() {
         {"vpnliste", vpnliste, "", "* (Connected)  2B1E VPN (x) \"Firma #\"  [VPN:x]\n", ""},
     });
     return alle;
+}
+
+/// libFuzzer's side: MOBILSTEG_FUZZER names the reader that is to be fuzzed.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* daten, std::size_t laenge) {
+    const auto eine = std::ranges::find(pruefungen(), std::getenv("MOBILSTEG_FUZZER"), &Pruefung::name);
+    verlange(eine != pruefungen().end(), "MOBILSTEG_FUZZER names one of these");
+    eine->pruefe({reinterpret_cast<const char*>(daten), laenge}); // an exception ends the run as a find
+    return 0;
 }
 
 } // namespace mobilsteg::fuzz
