@@ -24,7 +24,7 @@ Kabel& KabelWelt::baue() {
         haupt, *q, welt.schlange("volltunnel.start"), welt.uhr(), laeufer, *this, einstellungen, standdienst,
         *this, *this, [this] { return browser; },
         [this](const BrowserFund& fund) { geoeffnet.push_back(fund.name); }, buendel, orte, "Testmac",
-        [this](const std::string& warum) { brichAb(warum); }, haltGeraetewache});
+        [this](const std::string& warum) { abgebrochen = warum; }, haltGeraetewache});
     return *kabel;
 }
 
@@ -52,12 +52,8 @@ void KabelWelt::fahreLos() {
     ASSERT_TRUE(socksAn["Wi-Fi"]);
 }
 
-void KabelWelt::laufeBisSekunde(double sekunden) {
+const Phase& KabelWelt::laufeBisSekunde(double sekunden) {
     welt.laufe(std::chrono::duration_cast<Dauer>(std::chrono::duration<double>(sekunden)) - welt.jetzt());
-}
-
-const Phase& KabelWelt::phaseBei(double sekunden) {
-    laufeBisSekunde(sekunden);
     return zustand().phase;
 }
 
@@ -118,9 +114,7 @@ Ergebnis KabelWelt::adb(const std::vector<std::string>& worte) {
         return {0, liste, ""};
     }
     const std::string& serial = worte.at(1);
-    const auto port = [&](std::size_t wort) {
-        return std::atoi(worte.at(wort).c_str() + 4);
-    }; // behind "tcp:"
+    const auto port = [&](std::size_t wort) { return std::atoi(&worte.at(wort)[4]); }; // behind "tcp:"
     if (worte.at(3) == "--remove")
         return forwards.erase(port(4)) > 0 ? Ergebnis{0, "", ""}
                                            : Ergebnis{1, "", "adb: error: listener 'tcp:' not found"};
@@ -138,10 +132,10 @@ Ergebnis KabelWelt::networksetup(const std::vector<std::string>& worte) {
     if (worte.front() == "-listnetworkserviceorder")
         return {0, "An asterisk (*) denotes that a network service is disabled.\n" + dienste, ""};
     const std::string& dienst = worte.at(1);
-    const std::string unbekannt =
-        dienst + " is not a recognized network service.\n** Error: The parameters were not valid.\n";
     if (("\n" + dienste).find(") " + dienst + "\n") == std::string::npos)
-        return {4, unbekannt, ""};
+        return {4,
+                dienst + " is not a recognized network service.\n** Error: The parameters were not valid.\n",
+                ""};
     if (worte.front() == "-getsocksfirewallproxy") {
         const std::string an = socksAn.contains(dienst) && socksAn.at(dienst) ? "Yes" : "No";
         const auto& [adresse, port] = socksZiel[dienst];
@@ -229,8 +223,6 @@ bool KabelWelt::proxyGruesst() {
 }
 
 std::optional<HttpErgebnis> KabelWelt::hole(const HttpAnfrage& anfrage) {
-    if (dauerHttp > Dauer{})
-        welt.uhr().schlafe(dauerHttp);
     const bool durchProxy = anfrage.weg == HttpAnfrage::Weg::durchProxy;
     const auto hinPort = std::string("http://127.0.0.1:").size();
     const auto* handy = anPort(durchProxy ? socksPort : std::atoi(anfrage.url.c_str() + hinPort));

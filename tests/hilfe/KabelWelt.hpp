@@ -58,9 +58,9 @@ public:
     /// The process is killed; what it left stays.
     void stuerzeAb();
     /// Lets the world go on until the tick at `sekunden` after the clock's start is over.
-    void laufeBisSekunde(double sekunden);
-    /// The same, and what the panel says then.
-    [[nodiscard]] const Phase& phaseBei(double sekunden);
+    const Phase& laufeBisSekunde(double sekunden);
+    /// The same, for what the panel says then.
+    [[nodiscard]] const Phase& phaseBei(double sekunden) { return laufeBisSekunde(sekunden); }
     /// What the user does at a control, with all that follows at once.
     void bediene(const std::function<void(Kabel&)>& was);
     /// The clean-up as the program's end does it.
@@ -77,7 +77,7 @@ public:
     std::string schnittstelle = "en0";             ///< of the default route; empty: none
     std::string dienste = "(1) USB LAN\n(Hardware Port: USB LAN, Device: en7)\n\n"
                           "(2) Wi-Fi\n(Hardware Port: Wi-Fi, Device: en0)\n";
-    Dauer dauerWerkzeug{}, dauerHttp{}; ///< how long each tool and each request takes
+    Dauer dauerWerkzeug{}; ///< how long each tool takes
     std::string buendelkennung = "de.mobilsteg.bordlotse";
     std::optional<std::string> version = "1.0", bauversion = "1";
     /// What a call ends with instead; absent: as always.
@@ -127,14 +127,13 @@ public:
     void helferBautZurueck(const std::string& grund) { beendeHelfer(helferleben.size() - 1, grund); }
     [[nodiscard]] std::string stoppPfad() const;
 
-    // The controller's ports: the phone, the password dialog, the questions, the tools, the program's end.
+    // The controller's ports: the phone, the password dialog, the questions, the tools.
     [[nodiscard]] std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override;
     [[nodiscard]] bool proxyGruesst() override;
     std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override;
     int frage(const Frage& frage) override;
     virtual Ergebnis werkzeug(const std::string& programm, const std::vector<std::string>& argumente,
                               double sekunden);
-    virtual void brichAb(const std::string& warum) { abgebrochen = warum; }
 
 protected:
     [[nodiscard]] const Modellhandy* bereites(const std::string& serial) const; ///< null: adb cannot use it

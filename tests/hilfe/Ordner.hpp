@@ -1,7 +1,6 @@
 #pragma once
 
 #include <sys/statvfs.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -49,10 +48,9 @@ private:
     static std::filesystem::path wurzel() {
 #ifdef ST_NOEXEC
         struct statvfs lage {};
-        const char* const speicher = "/dev/shm";
-        if (std::getenv("TMPDIR") == nullptr && ::access(speicher, W_OK) == 0 &&
-            ::statvfs(speicher, &lage) == 0 && (lage.f_flag & ST_NOEXEC) == 0)
-            return speicher;
+        if (std::getenv("TMPDIR") == nullptr && ::statvfs("/dev/shm", &lage) == 0 &&
+            (lage.f_flag & (ST_NOEXEC | ST_RDONLY)) == 0)
+            return "/dev/shm";
 #endif
         return std::filesystem::temp_directory_path();
     }

@@ -24,15 +24,13 @@ public:
     void setzeFlagge(const std::string& k, bool w) override { setze(k, w); }
     void setzeTabelle(const std::string& k, const Tabelle& w) override { setze(k, w); }
     void entferne(const std::string& k) override {
-        if (vorAenderung)
-            vorAenderung();
+        vorAenderung();
         werte.erase(k);
     }
     [[nodiscard]] std::string textOderNeu(const std::string& k, const std::string& w) override {
-        if (const auto stehender = text(k))
-            return *stehender;
-        setze(k, w);
-        return w;
+        if (!text(k))
+            setze(k, w);
+        return *text(k);
     }
 
     [[nodiscard]] std::optional<std::string> speicherfehler() const override {
@@ -42,21 +40,19 @@ public:
     std::map<std::string, Wert> werte;
     /// What a full disk has held since; absent: it takes every change.
     std::optional<std::map<std::string, Wert>> aufDerPlatte;
-    std::function<void()> vorAenderung; ///< told before each change
+    std::function<void()> vorAenderung = [] {}; ///< told before each change
 
 private:
     void setze(const std::string& k, Wert w) {
-        if (vorAenderung)
-            vorAenderung();
+        vorAenderung();
         werte[k] = std::move(w);
     }
 
     template <typename T>
     [[nodiscard]] std::optional<T> als(const std::string& k) const {
         const auto treffer = werte.find(k);
-        if (treffer == werte.end() || !std::holds_alternative<T>(treffer->second))
-            return std::nullopt;
-        return std::get<T>(treffer->second);
+        const T* wert = treffer == werte.end() ? nullptr : std::get_if<T>(&treffer->second);
+        return wert == nullptr ? std::nullopt : std::optional(*wert);
     }
 };
 

@@ -16,13 +16,17 @@ namespace mobilsteg {
 class Invarianten : public KabelWelt {
 public:
     explicit Invarianten(std::uint64_t samen) : KabelWelt(samen) {
-        standdienst.nachDokument = [this] { pruefeTick(); };
+        standdienst.nachDokument = [this] {
+            vorPruefung();
+            pruefeTick();
+        };
         welt.beobachte([this] { pruefeNachAuftrag(); });
     }
 
-    std::map<std::string, int> zaehler; ///< what happened how often
-    std::string verstoss;               ///< the first broken invariant; empty: none
-    bool erzaehlt = false;              ///< prints what happens
+    std::map<std::string, int> zaehler;        ///< what happened how often
+    std::string verstoss;                      ///< the first broken invariant; empty: none
+    bool erzaehlt = false;                     ///< prints what happens
+    std::function<void()> vorPruefung = [] {}; ///< at each tick, before its state document is looked at
 
 protected:
     void geschieht(const std::string& was, const std::string& naeheres = "") {
@@ -57,14 +61,6 @@ protected:
     }
     [[nodiscard]] bool proxyAn() const { return unser("Wi-Fi") || unser("USB LAN"); }
 
-    /// After a calm life that ended in order nothing may be left of this one or of any before it.
-    void pruefeEnde() {
-        const auto& werte = einstellungen.werte;
-        pruefe(!werte.contains("proxy.dienst") && !werte.contains("proxy.ungewiss"),
-               "am Ende ist kein Proxy gemerkt");
-        pruefeNichtsUebrig("am Ende");
-    }
-
     void pruefeNichtsUebrig(const std::string& wann) {
         pruefe(!proxyAn(), wann + " ist kein Proxy gesetzt");
         pruefe(forwards.empty(), wann + " steht keine Weiterleitung");
@@ -84,19 +80,15 @@ protected:
                    "wo unser Proxy an ist, steht es auf dem Merkzettel");
     }
 
-    void vergissLetztesLeben() {
-        nachTick_ = false;
-        ticksOhneBeweis_ = offeneKlicks_ = 0;
-        gemeldet_.reset();
-        bewiesenBis_ = Dauer{-1};
-    }
-
     bool endet_ = false; ///< the clean-up is under way
-    int ticksOhneWeg_ = 0, ticksOhneBeweis_ = 0, ticksOhneStoerung_ = 0, ticksOhneProxy_ = 0;
-    bool nachTick_ = false;                ///< the document is this tick's and nothing happened since
-    int offeneKlicks_ = 0;                 ///< whose work on the work queue is still to come
-    Dauer bewiesenBis_{-1};                ///< an exit address came, and no tick lost the way until then
-    std::optional<std::int64_t> gemeldet_; ///< bytes, as the phone has told in this tick
+    int ticksOhneWeg_ = 0, ticksOhneStoerung_ = 0, ticksOhneProxy_ = 0;
+    struct {
+        int ticksOhneBeweis = 0;
+        int offeneKlicks = 0;                 ///< whose work on the work queue is still to come
+        bool nachTick = false;                ///< the document is this tick's and nothing happened since
+        Dauer bewiesenBis{-1};                ///< an exit address came, and no tick lost the way until then
+        std::optional<std::int64_t> gemeldet; ///< bytes, as the phone has told in this tick
+    } leben_;                                 ///< each begins with a fresh one
 
 private:
     /// On the work queue, right when a tick has written its document.
@@ -110,9 +102,9 @@ private:
         const std::string phase = dokument["phase"], austritt = dokument["austritt"];
         if (phase != std::exchange(phase_, phase))
             geschieht("Phasenwechsel", phase);
-        ticksOhneBeweis_ = austritt.empty() ? ticksOhneBeweis_ + 1 : 0;
+        leben_.ticksOhneBeweis = austritt.empty() ? leben_.ticksOhneBeweis + 1 : 0;
         if (austritt.empty() || ticksOhneWeg_ >= 2)
-            bewiesenBis_ = std::min(bewiesenBis_, welt.jetzt());
+            leben_.bewiesenBis = std::min(leben_.bewiesenBis, welt.jetzt());
         const auto* handy = anPort(socksPort);
         const bool mitProxy = handy != nullptr && handy->gruesst && !handy->serial.empty();
         ticksOhneProxy_ = mitProxy || !dokument["faehrt"] ? 0 : ticksOhneProxy_ + 1;
@@ -125,28 +117,29 @@ private:
         }
         pruefe(!dokument["proxy_gesetzt"] || unser(dokument["dienst"]),
                "wo der Stand einen Proxy nennt, ist einer");
-        pruefe(!proxyAn() || std::max(ticksOhneWeg_, ticksOhneBeweis_) < 2 || ticksOhneStoerung_ < 2,
+        pruefe(!proxyAn() || std::max(ticksOhneWeg_, leben_.ticksOhneBeweis) < 2 || ticksOhneStoerung_ < 2,
                "zwei Ticks nach dem Verlust des Weges ist der Proxy aus");
         // A tick takes down the helper that it meets; only one that comes up at that moment sees the next.
         const bool vorher = std::exchange(marke_, existiert(stoppPfad() + ".laeuft"));
         pruefe(!vorher || !marke_ || ticksOhneWeg_ < 2,
                "zwei Ticks nach dem Verlust des Weges ist der Tunnel aus");
-        nachTick_ = true;
+        leben_.nachTick = true;
     }
 
     void pruefeNachAuftrag() {
         pruefe(meisteHelfer <= 1, "nie lebt mehr als ein Helfer");
         pruefeMerkzettel();
         // A click or a started tunnel may change the state before the next document.
-        if (!kabel || !welt.ruht() || endet_ || offeneKlicks_ > 0 || !std::exchange(nachTick_, false))
+        if (!kabel || !welt.ruht() || endet_ || leben_.offeneKlicks > 0 ||
+            !std::exchange(leben_.nachTick, false))
             return;
         const auto& z = zustand();
         const auto dokument = nlohmann::json::parse(standdienst.dokument);
         pruefe(z.phase.text() == dokument["phase"] && z.austritt == dokument["austritt"] &&
                    z.proxyGesetzt == dokument["proxy_gesetzt"],
                "der Stand gleicht dem Zustand: " + z.phase.text());
-        if (gemeldet_)
-            pruefe(z.menge.starts_with(Anzeige::mengeText(*gemeldet_)),
+        if (leben_.gemeldet)
+            pruefe(z.menge.starts_with(Anzeige::mengeText(*leben_.gemeldet)),
                    "die Menge ist die des Handys: " + z.menge);
         const bool verbunden = z.phase == Phase::Art::faehrt || z.phase == Phase::Art::pruefung ||
                                z.phase.art == Phase::Art::proxyFehler;

@@ -42,28 +42,21 @@ Bruch beiAufruf(const char* stueck, const Bruch& was, const std::optional<Ergebn
     };
 }
 
-/// What also happens at each tick, before its state document is looked at.
-Bruch beimTick(const Bruch& was) {
+/// The state document with other words.
+Bruch imStand(const std::string& diese, const std::string& andere) {
     return [=](W& w) {
-        w.standdienst.nachDokument = [&w, was, dann = w.standdienst.nachDokument] {
-            was(w);
-            dann();
+        w.vorPruefung = [=, &dokument = w.standdienst.dokument] {
+            if (const auto stelle = dokument.find(diese); stelle != dokument.npos)
+                dokument.replace(stelle, diese.size(), andere);
         };
     };
 }
 
-/// The state document with other words.
-Bruch imStand(const std::string& diese, const std::string& andere) {
-    return beimTick([=](W& w) {
-        std::string& dokument = w.standdienst.dokument;
-        if (const auto stelle = dokument.find(diese); stelle != dokument.npos)
-            dokument.replace(stelle, diese.size(), andere);
-    });
-}
-
 /// The panel with other values.
 Bruch imFeld(const std::function<void(Zustand&)>& andere) {
-    return beimTick([=](W& w) { w.haupt.async([&w, andere] { w.kabel->speicher().aendere(andere); }); });
+    return [=](W& w) {
+        w.vorPruefung = [=, &w] { w.haupt.async([=, &w] { w.kabel->speicher().aendere(andere); }); };
+    };
 }
 
 /// What is broken here on purpose must be noticed, or a fault of the program would pass, too.
@@ -99,11 +92,12 @@ TEST(Simulation, jedeInvarianteKannBrechen) {
         {imStand("\"proxy_gesetzt\": false", "\"proxy_gesetzt\": true"),
          "wo der Stand einen Proxy nennt, ist einer"},
         {imStand("203.0.113.7", "203.0.113.9"), "der Stand gleicht dem Zustand"},
-        {beimTick([alter = std::string()](W& w) mutable {
-             const bool faehrt = w.standdienst.dokument.find("\"faehrt\": true") != std::string::npos;
-             (faehrt || alter.empty() ? alter : w.standdienst.dokument) =
-                 faehrt ? w.standdienst.dokument : alter;
-         }),
+        {[](W& w) {
+             w.vorPruefung = [alter = std::string(), &dokument = w.standdienst.dokument]() mutable {
+                 const bool faehrt = dokument.find("\"faehrt\": true") != std::string::npos;
+                 (faehrt || alter.empty() ? alter : dokument) = faehrt ? dokument : alter;
+             };
+         },
          "„Fährt mit“ nur, solange das Handy teilt und erlaubt"},
         {beiAufruf("adb forward --list", nichts, viele),
          "„Fährt mit“ nur, solange der Proxy der des Handys ist"},

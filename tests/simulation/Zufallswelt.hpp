@@ -78,12 +78,15 @@ private:
         laufe(60s);
         beendeInOrdnung();
         laufe(5s);
-        pruefeEnde();
+        const auto& werte = einstellungen.werte;
+        pruefe(!werte.contains("proxy.dienst") && !werte.contains("proxy.ungewiss"),
+               "am Ende ist kein Proxy gemerkt");
+        pruefeNichtsUebrig("am Ende");
     }
 
     void starteProzess() {
         geschieht("Starts");
-        vergissLetztesLeben();
+        leben_ = {};
         haupt.async([this] {
             while (Laufsperre::inhaber(heim_)) // a watchman cleans up
                 welt.uhr().schlafe(50ms);
@@ -239,7 +242,7 @@ private:
 
     std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override {
         const auto stoerung = stoere("Anfrage an " + anfrage.url);
-        gemeldet_.reset();
+        leben_.gemeldet.reset();
         bytes_ += static_cast<std::int64_t>(waehle(2'000'000));
         for (auto& handy : handys)
             handy.status = R"({"paths":[{"iface":"wlan0","healthy":false,"rtt_ms":90}],"guests":[{"IP":)"
@@ -251,9 +254,9 @@ private:
             return std::nullopt;
         ergebnis->koerper = stoerung.antwort(ergebnis->koerper);
         if (anfrage.weg == HttpAnfrage::Weg::durchProxy)
-            bewiesenBis_ = Dauer::max();
+            leben_.bewiesenBis = Dauer::max();
         else if (ergebnis->koerper.ends_with("]}}")) // whole, and with a status
-            gemeldet_ = bytes_ + 100;
+            leben_.gemeldet = bytes_ + 100;
         return ergebnis;
     }
 
@@ -265,7 +268,7 @@ private:
     std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override {
         portaufruf("Passwortdialog");
         // Decided in the tick before, it may come at the moment when the next one ends.
-        pruefe(welt.jetzt() <= bewiesenBis_, "kein Start ohne bewiesenen Weg");
+        pruefe(welt.jetzt() <= leben_.bewiesenBis, "kein Start ohne bewiesenen Weg");
         pruefe(endet_ || !existiert(stoppPfad()), "beim Start liegt keine alte Bitte um Stopp");
         geschieht("Tunnelstarts");
         return KabelWelt::fuehreAus(quelle);
@@ -275,13 +278,9 @@ private:
 
     Modellhandy neuesHandy(const std::string& serial) {
         return {.serial = serial,
-                .zustand = wuerfel(80)   ? "device"
-                           : wuerfel(50) ? "unauthorized"
-                                         : "offline",
+                .zustand = wuerfel(80) ? "device" : eines({"unauthorized", "offline"}),
                 .teilt = wuerfel(80),
-                .entscheid = wuerfel(70)   ? "erlaubt"
-                             : wuerfel(50) ? "wartet"
-                                           : "abgelehnt",
+                .entscheid = wuerfel(70) ? "erlaubt" : eines({"wartet", "abgelehnt"}),
                 .austritt = wuerfel(10) ? std::nullopt : Modellhandy{}.austritt};
     }
 
@@ -289,7 +288,6 @@ private:
         if (!wuerfel(20))
             return;
         const bool an = wuerfel(60);
-        const std::array ports{0, 1080, 8080, 18080, 18081};
         const Skriptfehler abbruch{false, -128, "Abgebrochen."};
         const std::function<void()> moegliche[] = {
             [&] { stecke(std::vector(1, neuesHandy(wuerfel(70) ? "R5CT1" : "ZY22"))); },
@@ -300,7 +298,9 @@ private:
                 handys[0].amKabel = false;
             },
             [&] { forwards.clear(); }, // the adb server was started anew
-            [&] { belegtePorts = std::set{ports[waehle(ports.size())]}; },
+            [&] {
+                belegtePorts = {eines({0, 1080, 8080, 18080, 18081})};
+            },
             [&] { fremdesHandy = true, forwards.erase(socksPort), belegtePorts = std::set{socksPort}; },
             [&] { handys.empty() || (handys[0].gruesst = !handys[0].gruesst); },
             [&] { schnittstelle = "en" + std::to_string(waehle(8)); },
@@ -367,11 +367,11 @@ private:
         haupt.async([this, knopf] {
             if (!kabel)
                 return;
-            ++offeneKlicks_;
+            ++leben_.offeneKlicks;
             knopf(*kabel);
             q->async([this] {
-                --offeneKlicks_;
-                nachTick_ = false;
+                --leben_.offeneKlicks;
+                leben_.nachTick = false;
             });
         });
     }
@@ -391,6 +391,10 @@ private:
 
     [[nodiscard]] std::size_t waehle(std::size_t aus) { return zufall_() % aus; }
     [[nodiscard]] bool wuerfel(std::size_t prozent) { return waehle(100) < prozent; }
+    template <typename Wert>
+    [[nodiscard]] Wert eines(std::initializer_list<Wert> aus) {
+        return aus.begin()[waehle(aus.size())];
+    }
     [[nodiscard]] Dauer dauer(std::size_t bisMs) { return std::chrono::milliseconds(waehle(bisMs)); }
 };
 
