@@ -132,22 +132,18 @@ std::string nimmAnmeldung(Handy& handy, const std::string& koerper) {
     return http("200 OK", "application/json", antwort);
 }
 
-std::string ohneProzente(std::string_view kodiert) {
+std::string ohneProzente(const std::string& kodiert) {
     std::string text;
     for (std::size_t i = 0; i < kodiert.size(); ++i) {
-        if (kodiert[i] != '%') {
-            text += kodiert[i];
-            continue;
-        }
-        text += static_cast<char>(std::strtol(std::string(kodiert.substr(i + 1, 2)).c_str(), nullptr, 16));
-        i += 2;
+        const bool prozent = kodiert[i] == '%';
+        text += prozent ? static_cast<char>(std::strtol(kodiert.substr(i + 1, 2).c_str(), nullptr, 16))
+                        : kodiert[i];
+        i += prozent ? 2 : 0;
     }
     return text;
 }
 
 std::string nimmBericht(Handy& handy, const std::string& name, const std::string& koerper) {
-    if (!handy.nimmtBerichte)
-        return http("503 Service Unavailable", "text/plain", "das Handy nimmt gerade keine Berichte an\n");
     char nummer[16];
     std::snprintf(nummer, sizeof nummer, "%03d-", ++handy.berichte);
     const std::string datei = handy.ordner + "/berichte/" + nummer + name;

@@ -16,7 +16,6 @@ debugging an                     der Rechner darf auf das Handy zugreifen
 weg wlan|mobilfunk               ein Weg ins Netz fällt aus
 da wlan|mobilfunk                … und kommt wieder
 proxy heil|kaputt|stumm          wie sich der SOCKS-Proxy benimmt
-bericht an|aus                   das Handy nimmt Berichte an
 antwort [TEXT]                   was die App dem Mac antwortet; ohne TEXT: was wahr ist
 zustand                          der Zustand als eine Zeile JSON
 hilfe                            diese Übersicht
@@ -29,9 +28,7 @@ json wegAlsJson(const char* schnittstelle, const Weg& weg) {
         {"iface", schnittstelle}, {"healthy", weg.da}, {"rtt_ms", weg.rttMs}, {"rtt_ruhe_ms", weg.rttRuheMs}};
 }
 
-using Tat = std::function<void(Handy&)>;
-
-const std::map<std::string_view, Tat> ohneWert = {
+const std::map<std::string_view, std::function<void(Handy&)>> ohneWert = {
     {"erlauben", [](Handy& h) { h.entscheidung = "erlaubt"; }},
     {"ablehnen", [](Handy& h) { h.entscheidung = "abgelehnt"; }},
     {"vergessen", [](Handy& h) { h.entscheidung = "fragt"; }},
@@ -45,8 +42,6 @@ const std::map<std::string_view, Tat> ohneWert = {
     {"proxy heil", [](Handy& h) { h.proxy = "heil"; }},
     {"proxy kaputt", [](Handy& h) { h.proxy = "kaputt"; }},
     {"proxy stumm", [](Handy& h) { h.proxy = "stumm"; }},
-    {"bericht an", [](Handy& h) { h.nimmtBerichte = true; }},
-    {"bericht aus", [](Handy& h) { h.nimmtBerichte = false; }},
     {"antwort", [](Handy& h) { h.antwort.clear(); }},
 };
 
@@ -78,27 +73,23 @@ json anmeldeantwort(const Handy& handy) {
 }
 
 bool fuehreAus(Handy& handy, std::string_view befehl) {
-    if (const auto gefunden = ohneWert.find(befehl); gefunden != ohneWert.end()) {
+    if (const auto gefunden = ohneWert.find(befehl); gefunden != ohneWert.end())
         gefunden->second(handy);
-        return true;
-    }
-    if (befehl.starts_with("antwort ")) {
+    else if (befehl.starts_with("antwort "))
         handy.antwort = befehl.substr(befehl.find(' ') + 1);
-        return true;
-    }
-    return false;
+    else
+        return false;
+    return true;
 }
 
 std::string zustandszeile(const Handy& handy) {
-    const json alles = {{"modell", handy.modell},
-                        {"gesteckt", handy.gesteckt},
+    const json alles = {{"gesteckt", handy.gesteckt},
                         {"debugging", handy.debugging},
                         {"weitergabe", handy.weitergabe},
                         {"proxy", handy.proxy},
                         {"proxyziele", handy.proxyziele},
                         {"berichte", handy.berichte},
-                        {"letzte_anmeldung", handy.letzteAnmeldung},
-                        {"antwort", anmeldeantwort(handy)}};
+                        {"letzte_anmeldung", handy.letzteAnmeldung}};
     return alles.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 

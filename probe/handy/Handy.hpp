@@ -35,7 +35,6 @@ struct Handy {
 
     std::string proxy = "heil"; ///< or "kaputt": hangs up after the greeting, "stumm": never says anything
     std::string antwort;        ///< what the app answers to a registration; empty: what is true
-    bool nimmtBerichte = true;
 
     std::string ordner; ///< where reports are kept; empty: nowhere
     int berichte = 0;

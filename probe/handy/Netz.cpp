@@ -99,16 +99,6 @@ bool liesGenau(const Deskriptor& buchse, void* ziel, std::size_t anzahl) {
     return true;
 }
 
-std::string liesBis(const Deskriptor& buchse, char ende) {
-    std::string text;
-    for (char zeichen = 0; liesEtwas(buchse, &zeichen, 1) == 1;) {
-        text += zeichen;
-        if (zeichen == ende)
-            break;
-    }
-    return text;
-}
-
 std::string liesAlles(const Deskriptor& buchse) {
     std::string text;
     for (std::string stueck; !(stueck = lies(buchse)).empty();)

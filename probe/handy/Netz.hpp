@@ -24,8 +24,7 @@ namespace mobilsteg::probehandy {
 bool sende(const Deskriptor& buchse, std::string_view bytes);
 [[nodiscard]] bool liesGenau(const Deskriptor& buchse, void* ziel, std::size_t anzahl);
 
-/// Everything up to the first `ende`, that included, or to the connection's end.
-[[nodiscard]] std::string liesBis(const Deskriptor& buchse, char ende);
+/// Everything up to the connection's end.
 [[nodiscard]] std::string liesAlles(const Deskriptor& buchse);
 
 /// What is there next; empty: the connection's end.

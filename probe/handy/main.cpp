@@ -6,6 +6,8 @@
 #include "probe/handy/Kabel.hpp"
 #include "probe/handy/Netz.hpp"
 
+#include <sys/socket.h>
+
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -106,7 +108,8 @@ int sage(const std::vector<std::string>& worte) {
         std::cerr << "probehandy: An Port " << worte.front() << " läuft kein Probehandy\n";
         return 1;
     }
-    sende(buchse, verbunden({worte.begin() + 1, worte.end()}, " ") + "\n");
+    sende(buchse, verbunden({worte.begin() + 1, worte.end()}, " "));
+    ::shutdown(buchse.nummer(), SHUT_WR); // that is all of it
     const std::string antwort = liesAlles(buchse);
     std::cout << antwort << std::flush;
     return antwort.ends_with("ok\n") ? 0 : antwort.find("unbekannt") != antwort.npos ? 2 : 1;
@@ -135,9 +138,7 @@ int betreibe(const Optionen& optionen, Handy& handy) {
         while (true) {
             auto buchse = std::make_shared<Deskriptor>(nimmVerbindungAn(steuerung));
             std::thread([&, buchse] {
-                const std::string zeile = liesBis(*buchse, '\n');
-                if (zeile.ends_with('\n'))
-                    sende(*buchse, beantworte(handy, kabel, beschnitten(zeile)));
+                sende(*buchse, beantworte(handy, kabel, liesAlles(*buchse)));
             }).detach();
         }
     }).detach();
