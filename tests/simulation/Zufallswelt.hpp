@@ -212,8 +212,11 @@ private:
                 // leaves nothing; if it is the next run's, so be it: that one does not look again either when
                 // the user does it.
                 if (wuerfel(50) && !aufruf.ends_with(" off"))
-                    ueberlebe([=, this] { (void)KabelWelt::werkzeug(programm, argumente, sekunden); },
-                              aufruf);
+                    waisen_.push_back(
+                        waisenhaus_.wiederhole(dauer(name == "networksetup" ? 10000 : 1500), 24h, [=, this] {
+                            geschieht("Waisen", aufruf);
+                            (void)KabelWelt::werkzeug(programm, argumente, sekunden);
+                        }));
                 throw;
             }
         }();
@@ -230,14 +233,6 @@ private:
         ergebnis.ausgabe = stoerung.antwort(ergebnis.ausgabe);
         portaufruf(aufruf + " (getan)");
         return ergebnis;
-    }
-
-    void ueberlebe(const Aufgabe& werkzeug, const std::string& aufruf) {
-        waisen_.push_back(
-            waisenhaus_.wiederhole(dauer(aufruf.starts_with("networksetup") ? 10000 : 1500), 24h, [=, this] {
-                geschieht("Waisen", aufruf);
-                werkzeug();
-            }));
     }
 
     std::optional<HttpErgebnis> hole(const HttpAnfrage& anfrage) override {
