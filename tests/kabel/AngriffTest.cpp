@@ -84,17 +84,6 @@ TEST(Angriff, einBewiesenerWegBleibtNichtVonSelbstBewiesen) {
     }
 }
 
-TEST(Angriff, derSchalterFragtVorherObDerWegNochSteht) {
-    KabelWelt w;
-    w.einstellungen.werte["proxy.automatisch"] = false;
-    w.handys = {Modellhandy{}};
-    ASSERT_EQ((w.starte(), w.phaseBei(1)), Phase::Art::faehrt);
-    w.forwards.erase(1080);
-    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
-    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
-    EXPECT_EQ(w.zustand().meldung, "Erst muss das Handy freigeben.");
-}
-
 TEST(Angriff, wasVonAussenKommtBleibtKurzUndInEinerZeile) {
     const std::string boese = "a\u009B31m\u202E\n01.01.2030 00:00:00  Fährt mit" + std::string(5000, 'x');
     HandyWelt w;
@@ -161,18 +150,6 @@ TEST(Angriff, nichtsUnsicheresLaeuftMitAllenRechten) {
         EXPECT_EQ(w.skripte.size(), w.tausche ? 1U : 0U);
         EXPECT_EQ(w.helfer, 0);
     }
-}
-
-TEST(Angriff, aufEinerVollenPlatteWirdKeinProxyGesetzt) {
-    HandyWelt w;
-    w.einstellungen.aufDerPlatte.emplace();
-    w.starte();
-    EXPECT_EQ(w.phaseBei(4),
-              Phase::proxyFehler("System-Proxy nicht gesetzt: Es lässt sich nicht merken (voll)"));
-    EXPECT_THAT(w.aufrufe, Not(Contains(HasSubstr("-setsocks"))));
-    w.einstellungen.aufDerPlatte.reset();
-    w.bediene([](Kabel& k) { k.proxyUmschalten(); });
-    EXPECT_TRUE(w.socksAn["Wi-Fi"]);
 }
 
 } // namespace

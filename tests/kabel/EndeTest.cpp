@@ -11,12 +11,13 @@ using namespace testing;
 namespace {
 
 /// The second and the third are in the middle of switching the proxy on, which is on by then.
-TEST(Ende, woDerProzessAuchStirbtDerNaechsteStartNimmtDenProxyVorDemErstenTakt) {
+TEST(Ende, woDerProzessAuchStirbtDerNaechsteStartNimmtAllesVorDemErstenTakt) {
     for (const std::string beim :
          {"adb devices -l", "networksetup -setsocksfirewallproxy Wi-Fi 127.0.0.1 1080",
           "networksetup -setsocksfirewallproxystate Wi-Fi on"}) {
         SCOPED_TRACE(beim);
         HandyWelt w;
+        w.einstellungen.werte = {{"volltunnel.erklaert", true}, {"volltunnel", true}};
         w.stattWerkzeug = [&](const std::string& aufruf) -> std::optional<Ergebnis> {
             if (aufruf == beim && aufruf.ends_with(" 1080")) {
                 w.socksAn["Wi-Fi"] = true;
@@ -28,11 +29,13 @@ TEST(Ende, woDerProzessAuchStirbtDerNaechsteStartNimmtDenProxyVorDemErstenTakt) 
         };
         w.starteBis(4);
         ASSERT_TRUE(w.socksAn["Wi-Fi"]);
+        ASSERT_EQ(w.helfer, beim.starts_with("adb") ? 1 : 0);
         w.stuerzeAb();
         w.stattWerkzeug = nullptr;
         w.starte();
-        w.welt.laufe(100ms);
+        w.welt.laufe(150ms);
         EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+        EXPECT_EQ(w.helfer, 0);
     }
 }
 

@@ -85,6 +85,7 @@ TEST(Erhebung, browserBeimErstenUndJedemZehntenTakt) {
     w.starteBis(0.5);
     EXPECT_THAT(w.zustand().browserOhne, ElementsAre(w.browser[1]));
     w.browser[0].fahrtwind = false;
+    w.bediene([](Kabel& k) { k.siehNach(); }); // a look is no tick
     w.laufeBisSekunde(29);
     EXPECT_EQ(w.zustand().browserOhne.size(), 1U);
     w.laufeBisSekunde(31);
