@@ -3,6 +3,7 @@
 
 #include "handy/Http.hpp"
 
+#include "plattform/Text.hpp"
 #include "tests/plattform/Deskriptoren.hpp"
 
 #include <asio/io_context.hpp>
@@ -20,6 +21,7 @@
 using namespace mobilsteg;
 using namespace std::string_literals;
 using asio::ip::tcp;
+using enum HttpAnfrage::Weg;
 using namespace testing;
 
 namespace {
@@ -72,7 +74,7 @@ std::string antwort(const std::string& kopf, const std::string& koerper = "") {
 const std::string amHandy = "nur-am-handy.invalid";
 
 /// The phone's proxy towards one client, up to the request itself; returns what the client asked it for.
-std::string vermittle(tcp::socket& socket, const std::string& leave = "\x05\x00"s) {
+std::string vermittle(tcp::socket& socket, const std::string& leave) {
     const auto lies = [&](std::size_t anzahl) {
         std::string bytes(anzahl, '\0');
         bytes.resize(asio::read(socket, asio::buffer(bytes), egal));
@@ -90,22 +92,20 @@ std::vector<std::string> anfragen; // what the last server has heard
 /// Asks a server that has these answers, for one request after the other: "status body", "-" without an
 /// answer.
 std::string hole(const std::vector<std::string>& antworten, const std::string& koerper = "",
-                 HttpAnfrage::Weg weg = HttpAnfrage::Weg::direkt) {
-    const bool direkt = weg == HttpAnfrage::Weg::direkt;
+                 HttpAnfrage::Weg weg = direkt, const std::string& leave = "\x05\x00"s) {
+    const bool zumServer = weg == direkt;
     anfragen.clear();
     const Server server(
         [&](tcp::socket& socket) {
             EXPECT_EQ(vererbbareSockets(::getpeername, socket.local_endpoint().port()), 0);
-            if (!direkt)
-                vermittle(socket);
-            anfragen.push_back(liesAnfrage(socket));
+            const auto ziel = zumServer ? "" : vermittle(socket, leave);
+            anfragen.push_back(ziel + liesAnfrage(socket));
             if (anfragen.size() <= antworten.size())
                 asio::write(socket, asio::buffer(antworten[anfragen.size() - 1]), egal);
         },
-        direkt ? 0 : 1080);
-    const std::string url =
-        "http://" +
-        (direkt ? "127.0.0.1:" + std::to_string(server.horcher.local_endpoint().port()) : amHandy);
+        zumServer ? 0 : 1080);
+    const auto port = server.horcher.local_endpoint().port();
+    const auto url = "http://" + (zumServer ? "127.0.0.1:" + std::to_string(port) : amHandy + ":8123");
     const auto ergebnis = http.hole(
         {weg, koerper.empty() ? "GET" : "POST", url + "/hin", {{"Content-Type", "text/plain"}}, koerper});
     return ergebnis ? std::to_string(ergebnis->status) + " " + ergebnis->koerper : "-";
@@ -114,14 +114,11 @@ std::string hole(const std::vector<std::string>& antworten, const std::string& k
 const std::string gut = antwort("200 OK", "da");
 
 TEST(CurlHttp, bringtWasDerServerSagtOderNichts) {
-    const auto hinter = [](std::size_t umwege) {
+    for (const std::size_t umwege : {20U, 21U}) {
         std::vector<std::string> alle(umwege, antwort("302 Found\r\nLocation: /her", "ein Umweg"));
         alle.push_back(gut);
-        return hole(alle, "", HttpAnfrage::Weg::durchProxy);
-    };
-    EXPECT_EQ(hinter(0), "200 da");
-    EXPECT_EQ(hinter(20), "200 da");
-    EXPECT_EQ(hinter(21), "-");
+        EXPECT_EQ(hole(alle, "", durchProxy), umwege == 20 ? "200 da" : "-");
+    }
     EXPECT_EQ(hole({antwort("503 Service Unavailable", "später")}), "503 später");
     EXPECT_EQ(hole({"HTTP/1.0 200 OK\r\n\r\nbis zum Ende"}), "200 bis zum Ende");
     const std::string vierMegabyte(4U << 20U, 'x');
@@ -130,9 +127,7 @@ TEST(CurlHttp, bringtWasDerServerSagtOderNichts) {
          {antwort("200 OK", vierMegabyte + "x"), "HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nhalb"s,
           "SSH-2.0-OpenSSH_9.2\r\n"s, ""s})
         EXPECT_EQ(hole({schlechte}), "-") << schlechte.substr(0, 80);
-    EXPECT_EQ(
-        hole({antwort("302 Found\r\nLocation: file:///etc/hostname")}, "", HttpAnfrage::Weg::durchProxy),
-        "-");
+    EXPECT_EQ(hole({antwort("302 Found\r\nLocation: file:///etc/hostname")}, "", durchProxy), "-");
 }
 
 /// What the phone is told is for it alone.
@@ -150,43 +145,29 @@ TEST(CurlHttp, sendetDenKoerperGanzUndKeinemAnderen) {
 }
 
 TEST(CurlHttp, fragtDenProxyDesHandysNachDemNamen) {
-    std::string gehoert;
-    const HttpAnfrage frage{HttpAnfrage::Weg::durchProxy, "GET", "http://" + amHandy + ":8123/ip", {}, ""};
-    for (const auto& leave : {"\x05\x00"s, "\x05\xFF"s}) {
-        const Server proxy(
-            [&](tcp::socket& s) {
-                gehoert += vermittle(s, leave);
-                gehoert += liesAnfrage(s);
-                asio::write(s, asio::buffer(antwort("200 OK", "203.0.113.7\n")), egal);
-            },
-            1080);
-        EXPECT_EQ(http.hole(frage).has_value(), leave.back() == 0);
-    }
-    EXPECT_THAT(gehoert, StartsWith("\x05\x01\x00\x03\x14nur-am-handy.invalid\x1F\xBBGET /ip HTTP/1.1\r\n"
-                                    "Host: nur-am-handy.invalid:8123\r\n"s));
-    EXPECT_FALSE(http.hole(frage)) << "nobody listens";
+    EXPECT_EQ(hole({gut}, "", durchProxy), "200 da");
+    EXPECT_THAT(anfragen.at(0),
+                StartsWith("\x05\x01\x00\x03\x14nur-am-handy.invalid\x1F\xBBGET /hin HTTP/1.1\r\n"
+                           "Host: nur-am-handy.invalid:8123\r\n"s));
+    EXPECT_EQ(hole({gut}, "", durchProxy, "\x05\xFF"), "-") << "it wants a password";
+    EXPECT_FALSE(http.hole({durchProxy, "GET", "http://" + amHandy, {}, ""})) << "nobody listens";
 }
 
 TEST(CurlHttp, kenntDenProxyAmGruss) {
     using Stuecke = std::vector<std::string>;
-    for (const auto& [stuecke, gruesst] :
-         std::initializer_list<std::pair<Stuecke, bool>>{{{"\x05\x00"s}, true},
-                                                         {{"\x05", "\x00"s}, true},
-                                                         {{"\x05\xFF"}, false},
-                                                         {{"SSH-2.0-OpenSSH_9.2\r\n"}, false},
-                                                         {{"\x05"}, false},
-                                                         {{}, false}}) {
+    for (const auto& stuecke :
+         {Stuecke{"\x05\x00"s}, {"\x05", "\x00"s}, {"\x05\xFF"}, {"SSH-2.0-OpenSSH_9.2\r\n"}, {"\x05"}, {}}) {
         const Server proxy(
-            [&, antworten = stuecke](tcp::socket& s) {
+            [&](tcp::socket& s) {
                 EXPECT_EQ(vererbbareSockets(::getpeername, s.local_endpoint().port()), 0);
                 std::string gruss(3, '\0');
                 asio::read(s, asio::buffer(gruss), egal);
-                for (const auto& stueck : antworten)
+                for (const auto& stueck : stuecke)
                     asio::write(s, asio::buffer(stueck), egal);
                 EXPECT_TRUE(gruss == "\x05\x01\x00"s);
             },
             1080);
-        EXPECT_EQ(http.proxyGruesst(), gruesst);
+        EXPECT_EQ(http.proxyGruesst(), verbunden(stuecke, "") == "\x05\x00"s);
     }
     EXPECT_FALSE(http.proxyGruesst()) << "nobody listens";
 }

@@ -65,40 +65,32 @@ TEST(Anzeige, status) {
     EXPECT_EQ(Anzeige().zeige(a, "Mac", 0s), std::nullopt);
 }
 
-TEST(Menueleiste, symbolFolgtProfilPhaseUndTunnel) {
-    const auto symbol = [](const char* profil, Phase::Art phase, bool tunnel, std::size_t gesicherte) {
-        Zustand z;
-        z.profil = profil;
-        z.phase = phase;
-        z.volltunnelLaeuft = tunnel;
-        z.vpnsGesichert.resize(gesicherte);
-        return menueleiste(z, 0).symbol;
-    };
-    EXPECT_EQ(symbol("reise", Phase::Art::faehrt, false, 0), "cable.connector");
-    EXPECT_EQ(symbol("reise", Phase::Art::faehrt, true, 1), "tram.tunnel.fill");
-    EXPECT_EQ(symbol("reise", Phase::Art::pruefung, true, 1), "cable.connector.slash");
-    EXPECT_EQ(symbol("vpn", Phase::Art::faehrt, true, 1), "lock.shield.fill");
-    EXPECT_EQ(symbol("vpn", Phase::Art::faehrt, true, 0), "shield");
-    EXPECT_EQ(symbol("vpn", Phase::Art::faehrt, false, 1), "shield.slash");
-}
-
-TEST(Menueleiste, kurzDrehtSichDurchDieStuecke) {
+TEST(Menueleiste, folgtProfilPhaseUndTunnelUndDrehtSichDurchDieStuecke) {
     Zustand z;
+    const auto leiste = [&z](std::uint64_t rotation) {
+        const auto bild = menueleiste(z, rotation);
+        return bild.symbol + " " + bild.kurz;
+    };
     z.klasse = "1. Klasse";
-    EXPECT_EQ(menueleiste(z, 3).kurz, "") << "only while it goes";
+    z.volltunnelLaeuft = true;
+    EXPECT_EQ(leiste(3), "cable.connector.slash ") << "only while it goes";
     z.phase = Phase::Art::faehrt;
-    EXPECT_EQ(menueleiste(z, 3).kurz, "1.");
     z.menge = "12,4 MB · 350 kB/s";
     z.gleise = {"WLAN · 42 ms", "Mobilfunk · 61 ms", "WLAN · weg"};
-    z.volltunnelLaeuft = true;
     std::vector<std::string> runde;
     for (std::uint64_t i = 4; i < 9; ++i)
-        runde.push_back(menueleiste(z, i).kurz);
-    EXPECT_THAT(runde, ElementsAre("1.", "350 kB/s", "W42 M61 W✕", "Volltunnel", "1."));
+        runde.push_back(leiste(i));
+    EXPECT_THAT(runde,
+                ElementsAre("tram.tunnel.fill 1.", "tram.tunnel.fill 350 kB/s", "tram.tunnel.fill W42 M61 W✕",
+                            "tram.tunnel.fill Volltunnel", "tram.tunnel.fill 1."));
     z.profil = "vpn";
-    EXPECT_EQ(menueleiste(z, 3).kurz, "kein VPN");
+    EXPECT_EQ(leiste(3), "shield kein VPN");
     z.vpnsGesichert = {"Firma"};
-    EXPECT_EQ(menueleiste(z, 3).kurz, "VPN gesichert");
+    EXPECT_EQ(leiste(3), "lock.shield.fill VPN gesichert");
+    z.volltunnelLaeuft = false;
+    EXPECT_EQ(leiste(3), "shield.slash 1.");
+    z.profil = "reise";
+    EXPECT_EQ(leiste(3), "cable.connector 1.");
 }
 
 } // namespace
