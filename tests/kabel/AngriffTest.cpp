@@ -10,77 +10,43 @@ using namespace testing;
 
 namespace {
 
-TEST(Angriff, werAnUnserenPortsHorchtGiltNichtAlsHandy) {
-    const std::pair<std::set<int>, std::string> faelle[] = {
-        {{1080}, "Port 1080 ist auf diesem Mac belegt"},
-        {{8080, 18080, 18081, 18082, 28080},
-         "Ports 8080, 18080, 18081, 18082 und 28080 sind auf diesem Mac belegt"}};
-    for (const auto& [ports, meldung] : faelle) {
-        HandyWelt w;
-        w.belegtePorts = ports;
-        w.fremdesHandy = true;
-        w.starteBis(1);
-        int geschrieben = 0;
-        w.einstellungen.vorAenderung = [&] { ++geschrieben; };
-        EXPECT_EQ(w.phaseBei(60), Phase::Art::weitergabeAus);
-        EXPECT_EQ(geschrieben, 0) << "it may last for days";
-        EXPECT_THAT(w.anmeldungen, IsEmpty());
-        EXPECT_FALSE(w.socksAn["Wi-Fi"]);
-        EXPECT_EQ(w.zustand().meldung, meldung);
-        w.belegtePorts.clear();
-        EXPECT_EQ(w.phaseBei(63), Phase::Art::faehrt);
-        EXPECT_EQ(w.zustand().meldung, "");
-        w.raeumeAuf();
-        EXPECT_FALSE(w.einstellungen.werte.contains("kabel.gastport"));
-    }
-}
-
 TEST(Angriff, einBewiesenerWegBleibtNichtVonSelbstBewiesen) {
-    const auto misslungen =
-        Phase::proxyFehler("Der Proxy des Handys antwortet nicht — Weitergabe wirklich an?");
     const Modellhandy fremdes{.serial = "192.0.2.5:5555", .austritt = "198.51.100.66"};
-    struct Fall {
-        const char* name;
-        std::function<void(KabelWelt&)> geschieht;
-        Phase phase;
-        std::string austritt;
-        std::size_t beweise;
-    };
-    const Fall faelle[] = {
-        {"forward verschwunden", [](auto& w) { w.forwards.erase(1080); }, Phase::Art::faehrt, "203.0.113.7",
-         2},
-        {"forward umgeleitet", [](auto& w) { w.forwards[1080] = "ANDERES"; }, Phase::Art::faehrt,
-         "203.0.113.7", 2},
-        {"Proxy des Handys kaputt", [](auto& w) { w.handys[0].gruesst = false; }, misslungen, "", 1},
+    const Modellhandy ohneNetz{.serial = "ANDERES", .austritt = std::nullopt};
+    using enum Phase::Art;
+    // What happens, and at the next tick the phase, the exit address and the number of proofs.
+    const std::tuple<const char*, std::function<void(KabelWelt&)>, Phase::Art, const char*, int> faelle[] = {
+        {"forward verschwunden", [](auto& w) { w.forwards.erase(1080); }, faehrt, "203.0.113.7", 2},
+        {"forward umgeleitet", [](auto& w) { w.forwards[1080] = "X"; }, faehrt, "203.0.113.7", 2},
+        {"Proxy des Handys kaputt", [](auto& w) { w.handys[0].gruesst = false; }, proxyFehler, "", 1},
         {"fremder SOCKS",
          [](auto& w) {
              w.forwards.erase(1080);
              w.belegtePorts = {1080};
              w.fremdesHandy = true;
          },
-         Phase::Art::weitergabeAus, "", 1},
-        {"anderes Handy ohne Netz",
-         [](auto& w) { w.handys = {Modellhandy{.serial = "ANDERES", .austritt = std::nullopt}}; }, misslungen,
-         "", 1},
-        {"anderes Handy", [&](auto& w) { w.handys = {fremdes}; }, Phase::Art::faehrt, "198.51.100.66", 2},
+         weitergabeAus, "", 1},
+        {"anderes Handy ohne Netz", [&](auto& w) { w.handys = {ohneNetz}; }, proxyFehler, "", 1},
+        {"anderes Handy", [&](auto& w) { w.handys = {fremdes}; }, faehrt, "198.51.100.66", 2},
         {"Netzgerät neben dem am Kabel",
          [&](auto& w) {
              w.handys.insert(w.handys.begin(), fremdes);
              w.handys[0].amKabel = false;
          },
-         Phase::Art::faehrt, "203.0.113.7", 1},
+         faehrt, "203.0.113.7", 1},
     };
-    for (const auto& fall : faelle) {
-        SCOPED_TRACE(fall.name);
+    for (const auto& [name, geschieht, phase, austritt, beweise] : faelle) {
+        SCOPED_TRACE(name);
         KabelWelt w;
         w.fahreLos();
-        fall.geschieht(w);
-        EXPECT_EQ(w.phaseBei(3.5), fall.phase);
-        EXPECT_EQ(w.zustand().austritt, fall.austritt);
-        EXPECT_EQ(w.socksAn["Wi-Fi"], fall.phase == Phase::Art::faehrt);
-        EXPECT_THAT(w.protokoll(), Contains(StartsWith("Beweis: draußen als ")).Times(fall.beweise));
-        EXPECT_THAT(w.protokoll(), Contains("System-Proxy entfernt von Wi-Fi")
-                                       .Times(fall.beweise == 1 && fall.phase == Phase::Art::faehrt ? 0 : 1));
+        geschieht(w);
+        EXPECT_EQ(w.phaseBei(3.5).art, phase);
+        EXPECT_EQ(w.zustand().austritt, austritt);
+        EXPECT_EQ(w.socksAn["Wi-Fi"], phase == faehrt);
+        EXPECT_THAT(w.protokoll(), Contains(StartsWith("Beweis: draußen als ")).Times(beweise));
+        EXPECT_THAT(
+            w.protokoll(),
+            Contains("System-Proxy entfernt von Wi-Fi").Times(beweise == 1 && phase == faehrt ? 0 : 1));
     }
 }
 
@@ -107,29 +73,19 @@ TEST(Angriff, wasVonAussenKommtBleibtKurzUndInEinerZeile) {
     EXPECT_TRUE(alles.find("\u009B") == alles.npos && alles.find("\u202E") == alles.npos);
 }
 
-/// Replaces the helper while the password dialog stands open.
-struct Tauschwelt : HandyWelt {
-    std::optional<Skriptfehler> fuehreAus(const std::string& quelle) override {
-        if (tausche)
-            tausche();
-        return KabelWelt::fuehreAus(quelle);
-    }
-    std::function<void()> tausche;
-};
-
 TEST(Angriff, nichtsUnsicheresLaeuftMitAllenRechten) {
     namespace fs = std::filesystem;
     const std::string logs = "/heim/Library/Logs", anwendung = "/heim/Library/Application Support/";
     const auto verknuepft = [](const std::string& pfad) {
-        return [pfad](Tauschwelt& w) {
+        return [pfad](KabelWelt& w) {
             fs::create_directories(fs::path(w.ordner.pfad() + pfad).parent_path());
             fs::create_symlink("/etc/nirgends", w.ordner.pfad() + pfad);
         };
     };
-    const auto helfer = [](const Tauschwelt& w) {
+    const auto helfer = [](const KabelWelt& w) {
         return w.ordner.pfad() + "/Resources/mobilsteg-volltunnel";
     };
-    const std::pair<std::function<void(Tauschwelt&)>, std::string> faelle[] = {
+    const std::pair<std::function<void(KabelWelt&)>, std::string> faelle[] = {
         {[](auto& w) { w.dienste = "(1) Annas 'WLAN'\n(Hardware Port: Wi-Fi, Device: en0)\n"; },
          "Namen mit Apostroph kann der Volltunnel nicht nehmen: Annas 'WLAN'"},
         {verknuepft(logs + "/MobilstegVolltunnel.log"), "Eine Verknüpfung nimmt der Volltunnel nicht: "},
@@ -137,17 +93,20 @@ TEST(Angriff, nichtsUnsicheresLaeuftMitAllenRechten) {
         {verknuepft(anwendung + "Mobilsteg Bordlotse/volltunnel.stopp.vpns.json"), "Eine Verknüpfung nimmt"},
         {[&](auto& w) { fs::permissions(helfer(w), fs::perms::group_write, fs::perm_options::add); },
          "Den Helfer mobilsteg-volltunnel könnten andere verändern"},
-        {[&](auto& w) { w.tausche = [&] { w.ordner.lege("/Resources/mobilsteg-volltunnel", "#!b", true); }; },
+        {[](auto& w) { w.tunnel.passwort = std::chrono::seconds(1); },
          "Der Helfer mobilsteg-volltunnel wurde während des Passwortdialogs ausgetauscht"},
     };
     for (const auto& [geschieht, grund] : faelle) {
         SCOPED_TRACE(grund);
-        Tauschwelt w;
+        HandyWelt w;
         w.einstellungen.werte = {{"volltunnel.erklaert", true}, {"volltunnel", true}};
         geschieht(w);
-        w.starteBis(4);
+        w.starteBis(0.5);
+        if (w.tunnel.passwort > Dauer{})
+            w.ordner.lege("/Resources/mobilsteg-volltunnel", "#!b", true);
+        w.laufeBisSekunde(4);
         EXPECT_THAT(w.protokoll(), Contains(StartsWith("Volltunnel nicht gestartet: " + grund)));
-        EXPECT_EQ(w.skripte.size(), w.tausche ? 1U : 0U);
+        EXPECT_EQ(w.skripte.size(), w.tunnel.passwort > Dauer{} ? 1U : 0U);
         EXPECT_EQ(w.helfer, 0);
     }
 }

@@ -63,20 +63,28 @@ TEST(Fahrt, einVerlustNimmtAllesZurueckUndHeilt) {
     EXPECT_NE(w.abgebrochen, "") << "an impossible number";
 }
 
-TEST(Fahrt, weichtBelegtenPortsAusUndSagtWelcheNichtGehen) {
+TEST(Fahrt, weichtBelegtenPortsAusUndWerDortHorchtGiltNichtAlsHandy) {
     const std::string belegt = "adb: error: cannot bind listener: Address already in use";
     const std::set<int> alle = {8080, 18080, 18081, 18082, 28080};
-    const std::tuple<std::set<int>, std::string, std::string, std::string> faelle[] = {
-        {{8080}, "", "8080 8080 18080 ", "Gästeseite lokal auf Port 18080 (8080 belegt)"},
-        {alle, "", "8080 8080 18080 18081 18082 28080 ", "adb forward scheitert: Gästeseite -- " + belegt},
-        {{1080}, "", "8080 ", "adb forward scheitert: 1080 -- " + belegt},
+    // The taken ports, adb's own failure, the ports tried for the guests' page, the log's line, the panel's.
+    const std::tuple<std::set<int>, std::string, std::string, std::string, std::string> faelle[] = {
+        {{8080}, "", "8080 8080 18080 ", "Gästeseite lokal auf Port 18080 (8080 belegt)", ""},
+        {alle, "", "8080 8080 18080 18081 18082 28080 ", "adb forward scheitert: Gästeseite -- " + belegt,
+         "Ports 8080, 18080, 18081, 18082 und 28080 sind auf diesem Mac belegt"},
+        {{1080},
+         "",
+         "8080 ",
+         "adb forward scheitert: 1080 -- " + belegt,
+         "Port 1080 ist auf diesem Mac belegt"},
         // Any other failure than a taken port ends the search.
-        {{}, "\n adb: closed \n", "8080 ", "adb forward scheitert: 1080 Gästeseite -- adb: closed"},
+        {{}, "\n adb: closed \n", "8080 ", "adb forward scheitert: 1080 Gästeseite -- adb: closed", ""},
     };
-    for (const auto& [ports, fehler, erwartet, zeile] : faelle) {
+    for (const auto& [ports, fehler, erwartet, zeile, meldung] : faelle) {
         SCOPED_TRACE(zeile);
+        const bool faehrt = zeile.starts_with("Gästeseite");
         HandyWelt w;
         w.belegtePorts = ports;
+        w.fremdesHandy = true;
         w.forwardFehler = fehler;
         w.starteBis(1);
         std::string versuche;
@@ -84,8 +92,20 @@ TEST(Fahrt, weichtBelegtenPortsAusUndSagtWelcheNichtGehen) {
             if (aufruf.ends_with(" tcp:8080"))
                 versuche += aufruf.substr(25, aufruf.size() - 34) + " ";
         EXPECT_EQ(versuche, erwartet);
-        EXPECT_EQ(w.zustand().phase == Phase::Art::faehrt, !zeile.starts_with("adb forward"));
         EXPECT_EQ(w.protokoll().at(1), zeile);
+        int geschrieben = 0;
+        w.einstellungen.vorAenderung = [&] { ++geschrieben; };
+        EXPECT_EQ(w.phaseBei(60), faehrt ? Phase::Art::faehrt : Phase::Art::weitergabeAus);
+        EXPECT_EQ(geschrieben, 0) << "it may last for days";
+        EXPECT_EQ(w.anmeldungen.empty(), !faehrt);
+        EXPECT_EQ(w.socksAn["Wi-Fi"], faehrt);
+        EXPECT_EQ(w.zustand().meldung, meldung);
+        w.belegtePorts.clear();
+        w.forwardFehler.clear();
+        EXPECT_EQ(w.phaseBei(63), Phase::Art::faehrt);
+        EXPECT_EQ(w.zustand().meldung, "");
+        w.raeumeAuf();
+        EXPECT_FALSE(w.einstellungen.werte.contains("kabel.gastport"));
     }
 }
 
