@@ -103,20 +103,4 @@ TEST(Ende, einAndererPortWirdNichtVergessenWennAdbHaengt) {
     }
 }
 
-/// The process is gone right after; nothing would stop a helper that comes up later.
-TEST(Ende, keinHelferKommtMehrHoch) {
-    for (std::uint64_t samen = 0; samen < 40; ++samen) {
-        KabelWelt w(samen);
-        w.einstellungen.werte["volltunnel.erklaert"] = true;
-        w.tunnel.bisLaeuft = 5s;
-        w.fahreLos();
-        w.haupt.sync([&] {
-            w.kabel->setzeVolltunnelAn(true);
-            w.q->async([&] { w.kabel->aufraeumen(); });
-        });
-        w.welt.laufe(500ms);
-        ASSERT_EQ(w.helfer, 0) << "Samen " << samen;
-    }
-}
-
 } // namespace

@@ -64,20 +64,19 @@ TEST(Fahrt, einVerlustNimmtAllesZurueckUndHeilt) {
 }
 
 TEST(Fahrt, weichtBelegtenPortsAusUndWerDortHorchtGiltNichtAlsHandy) {
-    const std::string belegt = "adb: error: cannot bind listener: Address already in use";
-    const std::set<int> alle = {8080, 18080, 18081, 18082, 28080};
+    const std::string belegt = " -- adb: error: cannot bind listener: Address already in use";
+    const std::string scheitert = "adb forward scheitert: ";
     // The taken ports, adb's own failure, the ports tried for the guests' page, the log's line, the panel's.
     const std::tuple<std::set<int>, std::string, std::string, std::string, std::string> faelle[] = {
         {{8080}, "", "8080 8080 18080 ", "Gästeseite lokal auf Port 18080 (8080 belegt)", ""},
-        {alle, "", "8080 8080 18080 18081 18082 28080 ", "adb forward scheitert: Gästeseite -- " + belegt,
-         "Ports 8080, 18080, 18081, 18082 und 28080 sind auf diesem Mac belegt"},
-        {{1080},
+        {{8080, 18080, 18081, 18082, 28080},
          "",
-         "8080 ",
-         "adb forward scheitert: 1080 -- " + belegt,
-         "Port 1080 ist auf diesem Mac belegt"},
+         "8080 8080 18080 18081 18082 28080 ",
+         scheitert + "Gästeseite" + belegt,
+         "Ports 8080, 18080, 18081, 18082 und 28080 sind auf diesem Mac belegt"},
+        {{1080}, "", "8080 ", scheitert + "1080" + belegt, "Port 1080 ist auf diesem Mac belegt"},
         // Any other failure than a taken port ends the search.
-        {{}, "\n adb: closed \n", "8080 ", "adb forward scheitert: 1080 Gästeseite -- adb: closed", ""},
+        {{}, "\n adb: closed \n", "8080 ", scheitert + "1080 Gästeseite -- adb: closed", ""},
     };
     for (const auto& [ports, fehler, erwartet, zeile, meldung] : faelle) {
         SCOPED_TRACE(zeile);

@@ -1,6 +1,5 @@
 // The full tunnel through the whole controller: wish, start, loss, and everything that can go wrong with it.
 
-#include "plattform/Dateien.hpp"
 #include "tests/hilfe/KabelWelt.hpp"
 
 #include <gmock/gmock.h>
@@ -11,29 +10,22 @@ using namespace testing;
 
 namespace {
 
+const std::string stopp = "/heim/Library/Application Support/Mobilsteg Bordlotse/volltunnel.stopp";
+
 /// A Mac whose user knows the explanation and wants the tunnel, with a willing phone on the cable.
 struct TunnelWelt : HandyWelt {
-    explicit TunnelWelt(std::uint64_t samen = 1) : HandyWelt(samen) {
-        einstellungen.werte = {{"volltunnel.erklaert", true}, {"volltunnel", true}};
-    }
+    TunnelWelt() { einstellungen.werte = {{"volltunnel.erklaert", true}, {"volltunnel", true}}; }
     void starteMitTunnel() {
         starteBis(2.5);
         ASSERT_TRUE(zustand().volltunnelLaeuft);
-    }
-    void schalte(bool an) {
-        haupt.sync([&] { kabel->setzeVolltunnelAn(an); });
-    }
-    void lege(const char* endung, const std::string& inhalt) {
-        legeElternordnerAn(stoppPfad());
-        schreibeAtomar(stoppPfad() + endung, inhalt, Haltbarkeit::fluechtig);
     }
     [[nodiscard]] std::optional<bool> gespeichert() const { return einstellungen.flagge("volltunnel"); }
 };
 
 TEST(Volltunnel, folgtDemWunschUndDerVerbindung) {
     TunnelWelt w;
-    w.lege(".fehler", "von gestern");
-    w.lege("", "");
+    w.ordner.lege(stopp + ".fehler", "von gestern");
+    w.ordner.lege(stopp, "");
     w.starteMitTunnel();
     EXPECT_THAT(w.skripte, ElementsAre(HasSubstr("-dienst 'Wi-Fi' ")));
     EXPECT_THAT(
@@ -59,13 +51,13 @@ TEST(Volltunnel, erklaertSichEinmal) {
     w.einstellungen.werte.clear();
     w.starteBis(1);
     w.antworten = {1, 0}; // one more question would fail the test
-    w.schalte(true);
+    w.bediene([](Kabel& k) { k.setzeVolltunnelAn(true); });
     EXPECT_FALSE(w.zustand().volltunnelAn);
     EXPECT_EQ(w.gespeichert(), false);
     w.laufeBisSekunde(4);
     EXPECT_TRUE(w.skripte.empty());
     for (double sekunde = 4; const bool an : {true, false, true}) {
-        w.schalte(an);
+        w.bediene([an](Kabel& k) { k.setzeVolltunnelAn(an); });
         EXPECT_EQ(w.gespeichert(), an);
         w.laufeBisSekunde(sekunde += 3);
         EXPECT_EQ(w.zustand().volltunnelLaeuft, an);
@@ -134,7 +126,7 @@ TEST(Volltunnel, wartetVierzigSekundenUndEinLeererGrundIstKeiner) {
         TunnelWelt w;
         w.tunnel.bisLaeuft = bisLaeuft;
         w.starteBis(5);
-        w.lege(".fehler", "");
+        w.ordner.lege(stopp + ".fehler", "");
         w.laufeBisSekunde(41.5);
         EXPECT_EQ(w.zustand().volltunnelLaeuft, rechtzeitig);
         w.laufeBisSekunde(45);

@@ -75,9 +75,8 @@ struct Lauf {
 
     Ergebnis spiele(const std::string& programm, const std::vector<std::string>& worte, double sekunden) {
         const auto lauf = programm + "|" + verbunden(worte, "|") + "|" + std::to_string(int(sekunden));
-        const bool vorgesehen = naechster < skript.size();
-        EXPECT_EQ(lauf, vorgesehen ? skript[naechster].first : "nothing more");
-        return vorgesehen ? skript[naechster++].second : Ergebnis{};
+        EXPECT_EQ(lauf, naechster < skript.size() ? skript[naechster].first : "nothing more");
+        return naechster < skript.size() ? skript[naechster++].second : Ergebnis{};
     }
 
     Skript skript;
