@@ -15,26 +15,27 @@ TEST(Angriff, einBewiesenerWegBleibtNichtVonSelbstBewiesen) {
     const Modellhandy ohneNetz{.serial = "ANDERES", .austritt = std::nullopt};
     using enum Phase::Art;
     // What happens, and at the next tick the phase, the exit address and the number of proofs.
-    const std::tuple<const char*, std::function<void(KabelWelt&)>, Phase::Art, const char*, int> faelle[] = {
-        {"forward verschwunden", [](auto& w) { w.forwards.erase(1080); }, faehrt, "203.0.113.7", 2},
-        {"forward umgeleitet", [](auto& w) { w.forwards[1080] = "X"; }, faehrt, "203.0.113.7", 2},
-        {"Proxy des Handys kaputt", [](auto& w) { w.handys[0].gruesst = false; }, proxyFehler, "", 1},
-        {"fremder SOCKS",
-         [](auto& w) {
-             w.forwards.erase(1080);
-             w.belegtePorts = {1080};
-             w.fremdesHandy = true;
-         },
-         weitergabeAus, "", 1},
-        {"anderes Handy ohne Netz", [&](auto& w) { w.handys = {ohneNetz}; }, proxyFehler, "", 1},
-        {"anderes Handy", [&](auto& w) { w.handys = {fremdes}; }, faehrt, "198.51.100.66", 2},
-        {"Netzgerät neben dem am Kabel",
-         [&](auto& w) {
-             w.handys.insert(w.handys.begin(), fremdes);
-             w.handys[0].amKabel = false;
-         },
-         faehrt, "203.0.113.7", 1},
-    };
+    const std::tuple<const char*, std::function<void(KabelWelt&)>, Phase::Art, const char*, std::size_t>
+        faelle[] = {
+            {"forward verschwunden", [](auto& w) { w.forwards.erase(1080); }, faehrt, "203.0.113.7", 2},
+            {"forward umgeleitet", [](auto& w) { w.forwards[1080] = "X"; }, faehrt, "203.0.113.7", 2},
+            {"Proxy des Handys kaputt", [](auto& w) { w.handys[0].gruesst = false; }, proxyFehler, "", 1},
+            {"fremder SOCKS",
+             [](auto& w) {
+                 w.forwards.erase(1080);
+                 w.belegtePorts = {1080};
+                 w.fremdesHandy = true;
+             },
+             weitergabeAus, "", 1},
+            {"anderes Handy ohne Netz", [&](auto& w) { w.handys = {ohneNetz}; }, proxyFehler, "", 1},
+            {"anderes Handy", [&](auto& w) { w.handys = {fremdes}; }, faehrt, "198.51.100.66", 2},
+            {"Netzgerät neben dem am Kabel",
+             [&](auto& w) {
+                 w.handys.insert(w.handys.begin(), fremdes);
+                 w.handys[0].amKabel = false;
+             },
+             faehrt, "203.0.113.7", 1},
+        };
     for (const auto& [name, geschieht, phase, austritt, beweise] : faelle) {
         SCOPED_TRACE(name);
         KabelWelt w;

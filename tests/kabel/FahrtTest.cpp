@@ -17,16 +17,16 @@ TEST(Fahrt, kommtSchrittFuerSchrittAnsZiel) {
     EXPECT_EQ(w.phaseBei(0.1), Phase::Art::start) << "the first tick comes 0.2 s after the start";
     EXPECT_EQ(w.phaseBei(0.3), Phase::Art::keinAdb);
     w.ordner.lege("/wurzel/usr/local/bin/adb", "#!", true); // each tick looks for it anew
-    const std::vector<Modellhandy> folge[] = {{},
-                                              {{.zustand = "unauthorized"}},
-                                              {{.teilt = false}},
-                                              {{.entscheid = "fragt"}},
-                                              {{.entscheid = "abgelehnt"}},
-                                              {Modellhandy{}}};
-    for (double sekunde = 0.3; const auto& handys : folge) {
-        w.handys = handys;
+    w.laufeBisSekunde(3.3);
+    for (double sekunde = 3.3; const auto& handy : {Modellhandy{.zustand = "unauthorized"},
+                                                    {.teilt = false},
+                                                    {.entscheid = "fragt"},
+                                                    {.entscheid = "abgelehnt"},
+                                                    {}}) {
+        w.handys = {handy};
         w.laufeBisSekunde(sekunde += 3);
     }
+    EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
     EXPECT_THAT(w.protokoll(),
                 ElementsAre("Mobilsteg Bordlotse 1.0 (1)",
                             "adb nicht gefunden — Android-Platform-Tools installieren (brew install --cask "

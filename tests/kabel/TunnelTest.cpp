@@ -106,7 +106,7 @@ TEST(Volltunnel, selbstrueckbauWirdBemerktUndBleibtAus) {
         TunnelWelt w;
         w.tunnel.bisLaeuft = 100ms;
         w.starteBis(0.21);
-        w.q->async([&] { w.welt.uhr().schlafe(bevorWirVonIhmHoeren ? 5s : 0s); });
+        w.q->async([&, dauer = bevorWirVonIhmHoeren ? 5s : 0s] { w.welt.uhr().schlafe(dauer); });
         w.laufeBisSekunde(2);
         EXPECT_EQ(w.zustand().volltunnelLaeuft, !bevorWirVonIhmHoeren);
         w.helferBautZurueck(geschrieben);
@@ -185,14 +185,18 @@ TEST(Volltunnel, derNeustartKommtAuchNachEinemHelferDerSichZeitLaesst) {
 }
 
 TEST(Volltunnel, wasSichImPasswortdialogAendertGiltDanach) {
-    for (const bool aus : {true, false}) {
+    const std::tuple<std::function<void(KabelWelt&)>, std::size_t, int> faelle[] = {
+        {[](auto& w) { w.haupt.async([&w] { w.kabel->setzeVolltunnelAn(false); }); }, 1, 0},
+        {[](auto& w) { w.haupt.async([&w] { w.kabel->setzeNurVPN(true); }); }, 2, 1},
+        {[](auto& w) { w.raeumeAuf(); }, 1, 0}};
+    for (const auto& [geschieht, skripte, helfer] : faelle) {
         TunnelWelt w;
         w.tunnel.passwort = 5s;
         w.starteBis(3);
-        w.haupt.async([&] { aus ? w.kabel->setzeVolltunnelAn(false) : w.kabel->setzeNurVPN(true); });
+        geschieht(w);
         w.welt.laufe(20s);
-        EXPECT_EQ(w.helfer, aus ? 0 : 1);
-        EXPECT_EQ(w.skripte.size(), aus ? 1U : 2U);
+        EXPECT_EQ(w.helfer, helfer);
+        EXPECT_EQ(w.skripte.size(), skripte);
         EXPECT_EQ(w.meisteHelfer, 1);
     }
 }
