@@ -1,9 +1,9 @@
 // The shipped helper with a real tunnel, in a network of the test's own, and a SOCKS server of the test.
 
-#include "plattform/Kindprozess.hpp"
 #include "plattform/Lauf.hpp"
 #include "plattform/Tunnelgeraet.hpp"
 #include "tests/hilfe/Ordner.hpp"
+#include "tests/hilfe/Programm.hpp"
 #include "tests/volltunnel/Pakete.hpp"
 
 #include <asio/io_context.hpp>
@@ -26,15 +26,6 @@ using asio::ip::tcp;
 using std::chrono::milliseconds;
 
 namespace {
-
-template <typename Bedingung>
-bool warteBis(Bedingung bedingung, std::chrono::seconds frist = std::chrono::seconds(20)) {
-    for (const auto bis = std::chrono::steady_clock::now() + frist; !bedingung();
-         std::this_thread::sleep_for(milliseconds(20)))
-        if (std::chrono::steady_clock::now() > bis)
-            return false;
-    return true;
-}
 
 std::string sh(const std::string& befehl) {
     return laufBefristet({"/bin/sh", "-c", befehl + " 2>&1"}, 10).ausgabe;
@@ -127,8 +118,7 @@ protected:
         vorher = netz();
     }
     void TearDown() override {
-        if (helfer)
-            beende(SIGTERM);
+        helfer.reset();
         sh("ip link del w0");
     }
 
@@ -138,32 +128,21 @@ protected:
                ordner.lies("/dns") + sh("ls '" + ordner.pfad() + "/var/db'");
     }
 
-    Kindprozess starte(const std::string& flagge = "", int wache = ::getpid()) const {
-        std::vector<std::string> worte{"-c",      "exec \"$@\" >>'" + ordner.pfad() + "/log' 2>&1",
-                                       "sh",      HELFER,
-                                       "-proxy",  "127.0.0.1:" + std::to_string(welt().port()),
-                                       "-stopp",  stopp,
-                                       "-dienst", "Büro",
-                                       "-wache",  std::to_string(wache),
-                                       "-wurzel", ordner.pfad()};
-        if (!flagge.empty())
-            worte.push_back(flagge);
-        return std::move(*starteProzess("/bin/sh", worte).kind);
+    /// The helper with the further words; of an option that is there twice the last one holds.
+    [[nodiscard]] std::unique_ptr<Programm> starte(const std::vector<std::string>& dazu = {}) const {
+        std::vector<std::string> worte{HELFER, "-proxy", "127.0.0.1:" + std::to_string(welt().port())};
+        worte.insert(worte.end(), {"-stopp", stopp, "-dienst", "Büro", "-wurzel", ordner.pfad()});
+        worte.insert(worte.end(), {"-wache", std::to_string(::getpid())});
+        worte.insert(worte.end(), dazu.begin(), dazu.end());
+        return std::make_unique<Programm>(worte, ordner.pfad() + "/log");
     }
-    void laufe(const std::string& flagge = "", int wache = ::getpid()) {
-        helfer = starte(flagge, wache);
+    void laufe(const std::vector<std::string>& dazu = {}) {
+        helfer = starte(dazu);
         ASSERT_TRUE(warteBis([&] { return existiert(stopp + ".laeuft"); }))
             << ordner.lies("/log") << ordner.lies("/heim/v.stopp.fehler");
     }
-    int beende(int signal) {
-        if (signal != 0)
-            ::kill(helfer->nummer, signal);
-        const int status = helfer->warteUndErnte();
-        helfer.reset();
-        return status;
-    }
     [[nodiscard]] std::string kind() const {
-        const std::string nummer = std::to_string(helfer->nummer);
+        const std::string nummer = std::to_string(helfer->nummer());
         return sh("tr -d ' \\n' </proc/" + nummer + "/task/" + nummer + "/children");
     }
 
@@ -187,7 +166,7 @@ protected:
     std::string heim = ordner.pfad() + "/heim";
     std::string stopp = heim + "/v.stopp";
     std::string vorher;
-    std::optional<Kindprozess> helfer;
+    std::unique_ptr<Programm> helfer;
 };
 
 TEST_F(Fahrt, traegtAllesUndNichtsDavonVeraendert) {
@@ -234,34 +213,29 @@ TEST_F(Fahrt, traegtAllesUndNichtsDavonVeraendert) {
 }
 
 TEST_F(Fahrt, jedesEndeLaesstAllesWieVorher) {
-    const auto signal = [&](int nummer) { return [this, nummer] { ::kill(helfer->nummer, nummer); }; };
-    pid_t wache = ::getpid();
+    const auto signal = [&](int nummer) { return [this, nummer] { helfer->sende(nummer); }; };
+    std::unique_ptr<Programm> wache;
     for (const auto& [was, tue, grund] :
          std::vector<std::tuple<std::string, std::function<void()>, std::string>>{
              {"stop file", [&] { std::filesystem::create_symlink("/nirgends", stopp); }, ""},
-             {"watched process", [&] { ::kill(wache, SIGKILL); }, ""},
+             {"watched process", [&] { wache.reset(); }, ""},
              {"SIGTERM", signal(SIGTERM), ""},
              {"SIGHUP", signal(SIGHUP), ""},
              {"child shot", [&] { ::kill(std::stoi(kind()), SIGKILL); }, "der Tunnel ist abgestürzt\n"},
              {"helper shot", signal(SIGKILL), "der Helfer wurde beendet"}}) {
-        const auto schlaf = starteProzess("/bin/sleep", {"1000"});
-        wache = schlaf.kind->nummer;
+        wache = std::make_unique<Programm>(std::vector<std::string>{"sleep", "1000"}, "/dev/null");
         std::filesystem::remove(stopp + ".fehler");
-        laufe("", wache);
+        laufe({"-wache", std::to_string(wache->nummer())});
         EXPECT_NE(netz(), vorher) << was;
-        std::thread ernte(
-            [&] { (void)Kindprozess(std::move(*const_cast<Startversuch&>(schlaf).kind)).warteUndErnte(); });
         tue();
-        beende(0);
+        helfer->warteAufEnde();
         EXPECT_TRUE(warteBis([&] { return !existiert(stopp + ".laeuft"); })) << was;
         EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), grund) << was;
-        ::kill(wache, SIGKILL);
-        ernte.join();
         if (was == "helper shot") { // the next one takes back what stayed
             EXPECT_EQ(ordner.lies("/dns"), "1.1.1.1\n9.9.9.9\n");
             ordner.lege("/heim/v.stopp", "");
             helfer = starte();
-            EXPECT_EQ(beende(0), 0);
+            EXPECT_EQ(helfer->warteAufEnde(), 0);
         }
         std::filesystem::remove(stopp);
         std::filesystem::remove(ordner.pfad() + "/var/db/mobilsteg-volltunnel.rueckbau.sperre");
@@ -273,7 +247,7 @@ TEST_F(Fahrt, nurVpnLaesstDieStandardrouteUndMeldetWasDurchgeht) {
     ordner.lege("/heim/fremd", "unberührt");
     for (const char* endung : {".vpns.json", ".laeuft", ".laeuft.neu"})
         std::filesystem::create_symlink(heim + "/fremd", stopp + endung);
-    laufe("-nur-vpn");
+    laufe({"-nur-vpn"});
     EXPECT_TRUE(warteBis([&] { return !std::filesystem::is_symlink(stopp + ".laeuft"); }));
     EXPECT_THAT(sh("ip route"), AllOf(HasSubstr("203.0.113.6 dev mobilsteg0"), Not(HasSubstr("0.0.0.0/1"))));
     EXPECT_EQ(ordner.lies("/dns"), "There aren't any DNS Servers set on Büro.\n");
@@ -285,8 +259,7 @@ TEST_F(Fahrt, nurVpnLaesstDieStandardrouteUndMeldetWasDurchgeht) {
                R"({"vpns":[{"dienst":"Firma","server":"203.0.113.6"}]})";
     }));
     EXPECT_EQ(ordner.lies("/heim/fremd"), "unberührt");
-    Kindprozess zweiter = starte();
-    EXPECT_EQ(zweiter.warteUndErnte(), 1);
+    EXPECT_EQ(starte()->warteAufEnde(), 1);
     EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), "es läuft schon ein Helfer\n");
     EXPECT_TRUE(existiert(stopp + ".laeuft"));
 }
@@ -294,12 +267,12 @@ TEST_F(Fahrt, nurVpnLaesstDieStandardrouteUndMeldetWasDurchgeht) {
 TEST_F(Fahrt, ohneNetzGehtEsGarNichtErstAn) {
     welt().lehntAb = true;
     helfer = starte();
-    EXPECT_EQ(beende(0), 1);
+    EXPECT_EQ(helfer->warteAufEnde(), 1);
     EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), "kein Netz durch den Tunnel: der Proxy lehnt ab\n");
     std::filesystem::create_symlink(heim, ordner.pfad() + "/umweg");
     stopp = ordner.pfad() + "/umweg/v.stopp";
     helfer = starte();
-    EXPECT_EQ(beende(0), 1);
+    EXPECT_EQ(helfer->warteAufEnde(), 1);
     EXPECT_THAT(ordner.lies("/log"), HasSubstr("Der Ordner der Stoppdatei fehlt: " + stopp));
     EXPECT_THAT(ordner.lies("/log"), Not(HasSubstr("Wege über")));
 }
