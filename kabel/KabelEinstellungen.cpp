@@ -1,6 +1,7 @@
 // The controller's making, and the settings that its user changes.
 
 #include "kabel/Kabel.hpp"
+#include "kabel/Stand.hpp"
 #include "plattform/Einstellungen.hpp"
 #include "plattform/Text.hpp"
 

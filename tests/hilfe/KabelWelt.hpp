@@ -147,7 +147,7 @@ private:
 
 /// The same, with a willing phone on its cable.
 struct HandyWelt : KabelWelt {
-    explicit HandyWelt(std::uint64_t samen = 1) : KabelWelt(samen) { handys = {Modellhandy{}}; }
+    HandyWelt() { handys = {Modellhandy{}}; }
 };
 
 } // namespace mobilsteg
