@@ -99,6 +99,31 @@ TEST(Stand, erzaehltDieFahrtInDateiUndDienst) {
     EXPECT_EQ(soll.size(), 15U) << "an answer counts only in its own tick";
 }
 
+TEST(Stand, wirdEineZeileUndAmEndeBeendet) {
+    const Ordner ordner;
+    const std::string ganzes =
+        R"({"phase":"Fährt\nmit","faehrt":true,"klasse":2,"adb":"/x","kabel_bytes":12400000,"austritt":"1.1.1.1",
+            "gleise":[{"name":"wifi","gesund":true,"rtt_ms":42.9},{"name":"cellular","gesund":false,"rtt_ms":1},
+                      {"name":"x","gesund":true},{"gesund":true},{"name":1},7]})";
+    const std::string rest =
+        R"("austritt":"","faehrt":false,"phase":"Beendet","proxy_gesetzt":true,"volltunnel":false})";
+    const std::string tief =
+        R"({"phase":"a","x":)" + std::string(200'000, '[') + std::string(200'000, ']') + "}";
+    for (const auto& [dokument, zeile, danach] : std::vector<std::array<std::string, 3>>{
+             {ganzes, "Fährt mit · 2. Klasse · WLAN 42 ms · Mobilfunk weg · x weg · 12,4 MB",
+              R"({"adb":"/x",)" + rest},
+             {R"({"phase":1,"kabel_bytes":1})", "", "{" + rest},
+             {R"({"phase":"a","kabel_bytes":""})", "a", "{" + rest},
+             {R"({"faehrt":true})", "", R"({"faehrt":true})"},
+             {tief, "a", R"({"x":[[[[[[[]]]]]]],)" + rest}, // all of it would exhaust the stack
+             {"[", "", "["}}) {
+        EXPECT_EQ(standzeile(dokument), zeile);
+        beendeStand(ordner.lege("/stand.json", dokument), true);
+        EXPECT_EQ(json::parse(ordner.lies("/stand.json"), nullptr, false).dump(),
+                  json::parse(danach, nullptr, false).dump());
+    }
+}
+
 TEST(Stand, bleibtJsonMitJedemText) {
     Standangaben angaben;
     angaben.phase = Phase::proxyFehler("\"Zitat\"\n\x01 kaputt: \xC3( \xFF");
