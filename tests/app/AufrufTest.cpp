@@ -1,0 +1,146 @@
+// What the shipped program says to one option and does not change: the clean-up by hand, the self-test, the
+// words.
+
+#include "tests/fahrt/Fahrtbank.hpp"
+
+#include <gmock/gmock.h>
+
+using namespace mobilsteg;
+using namespace testing;
+
+namespace {
+
+/// What is wrong with the words, stands in the way, or was left: what is done to the simulated Mac before,
+/// what is asked, what is said — of wrong words on standard error — and with which status. proxy, merke and
+/// skript stand for the Mac's settings, our own, and a tool's stand-in. Each begins with a fresh Mac, without
+/// adb unless told otherwise, and a fresh home.
+const std::tuple<std::string, std::string, const char*, int> lagen[] = {
+    {"", "--aufraeumen", "Weiterleitungen … adb ist nicht da, also gibt es keine\nNichts zu tun: ", 0},
+    {"proxy Wi-Fi 127.0.0.1 1080; echo '{ kaputt' >$unsere", "--aufraeumen", "„Wi-Fi“ … ausgeschaltet\n", 0},
+    {"proxy Wi-Fi 127.0.0.1 1080; proxy 'USB 10/100/1000 LAN' 127.0.0.1 1080", "--aufraeumen",
+     "LAN“ … ausgeschaltet\nSystem-Proxy „Thunderbolt Bridge“ … zeigt nicht auf 127.0.0.1:1080\n"
+     "System-Proxy „Wi-Fi“ … ausgeschaltet\n",
+     0},
+    {"proxy Wi-Fi 127.0.0.1 1080; merke Wi-Fi; touch zustand/ohne-admin", "--aufraeumen",
+     "„Wi-Fi“ … nicht ausgeschaltet: ** Error: Command requires admin privileges.\nSystem-Proxy „Firmen", 1},
+    {"merke Wi-Fi; rm $ns", "--aufraeumen", "„Wi-Fi“ … nicht ausgeschaltet: ", 1},
+    {"merke Wi-Fi; rm $ns", "--selbsttest", "✗ Werkzeug", 1},
+    {"skript $ns 'kill -TERM $$'", "--aufraeumen",
+     "Netzwerkdienste … lassen sich nicht befragen: networksetup: Rückgabe 15\nVolltunnel", 1},
+    {R"(mv $ns $ns.echt; skript $ns 'case $* in -getsocks*Wi-Fi) exit 4 ;; esac; exec "$0.echt" "$@"')",
+     "--aufraeumen", "„Wi-Fi“ … lässt sich nicht befragen\n", 1},
+    {"merke Alt", "--aufraeumen", "„Alt“ … den Netzwerkdienst gibt es nicht mehr, vergessen\n", 0},
+    {"proxy Wi-Fi 10.0.0.5 1080", "--aufraeumen", "Nichts zu tun", 0},
+    {"skript $adb 'echo kein Server >&2; exit 4'", "--aufraeumen",
+     "Weiterleitungen … lassen sich nicht befragen: kein Server\n", 1},
+    {"skript $adb 'exec sleep 60'", "--aufraeumen", "nicht befragen: adb antwortet nicht\n", 1},
+    {"skript $adb '[ $# = 2 ] && exec echo A tcp:1080 tcp:1080; echo fort >&2; exit 1'", "--aufraeumen",
+     "Weiterleitungen … tcp:1080 nicht entfernt: fort\n", 1},
+    {"", "--selbsttest", "✗ adb              fehlt — brew install", 1},
+    {"skript $adb 'kill -TERM $$'", "--selbsttest", "adb antwortet nicht — ", 1},
+    {"skript $adb 'echo List'", "--selbsttest", "✗ Handy            keines — Kabel einstecken", 1},
+    {"handy", "--selbsttest", "Nichts steht im Weg.", 0},
+    {"handy; proxy Wi-Fi 127.0.0.1 1080", "--selbsttest", "127.0.0.1:1080 — das war ein früherer Lauf", 1},
+    {"handy; proxy Wi-Fi 10.0.0.5 80", "--selbsttest", "„Wi-Fi“: 10.0.0.5:80 — ", 1},
+    {"", "--hilfe", "Internet weg?", 0},
+    {"", "--version", "mobilsteg-bordlotse 1.", 0},
+    {"", "--anmelden aus", "Startet nicht mehr", 0},
+    {"", "--anmelden vielleicht", "So geht die Option: --anmelden an|aus", 2},
+    {"", "--json", "--json gilt nur neben --stand", 2},
+    {"", "--unsinn", "Unbekannte Option: --unsinn", 2},
+    {"", "--heim", "--heim braucht einen Ordner", 2},
+    {"", "--heim --version", "--heim braucht einen Ordner", 2},
+    {"", "--heim=", "--heim braucht einen Ordner", 2},
+    {"", "--hilfe=ja", "--hilfe nimmt keinen Wert", 2},
+    {"", "--hilfe --aufraeumen", "--hilfe und --aufraeumen schließen sich aus", 2},
+    {"", "--terminal --version", "--terminal und --version schließen sich aus", 2},
+    {"rm -r ../heim; mkdir ../heim; echo x >../heim/Library", "--selbsttest", "✗ Protokoll", 1},
+    {"", "--stand", "Läuft nicht\n", 1},
+};
+const char* const vorbereitung = R"(
+    rm -rf "$0"; "$1" "$0" >/dev/null; cd "$0"
+    unsere=$2 ns=usr/sbin/networksetup adb=opt/homebrew/bin/adb; rm -f $adb
+    proxy() { $ns -setsocksfirewallproxy "$@"; }
+    merke() { echo "{\"proxy.dienst\":\"$1\"}" >"$unsere"; }
+    skript() { printf '#!/bin/sh\n%s\n' "$2" >$1; chmod +x $1; }
+    handy() { skript $adb 'echo List; echo R1 device model:SM_S911B'; }
+    echo '{"profil":"reise"}' >"$unsere"
+)";
+
+TEST(Aufruf, sagtWasBliebUndWasImWegSteht) {
+    const Fahrtbank bank;
+    for (const auto& [davor, option, gesagt, status] : lagen) {
+        const auto vorbereitet =
+            lauf("/bin/sh",
+                 {"-c", vorbereitung + davor, bank.ordner.pfad() + "/mac", QUELL_ORDNER "/probe/mac/aufbauen",
+                  bank.ordner.pfad() + einstellungsdatei},
+                 60);
+        const auto vorher = bank.ordner.lies(einstellungsdatei);
+        const auto worte = teile(option, ' ');
+        const auto ergebnis = bank.rufe({worte.begin(), worte.end()});
+        SCOPED_TRACE(option + " nach " + davor + vorbereitet.fehler + ergebnis.ausgabe);
+        EXPECT_EQ(ergebnis.status, status);
+        EXPECT_THAT(status == 2 ? ergebnis.fehler : ergebnis.ausgabe, HasSubstr(gesagt));
+        const auto hatte = [&davor = davor](const char* stueck) {
+            return davor.find(stueck) != std::string::npos;
+        };
+        const auto unsere = bank.ordner.lies(einstellungsdatei);
+        EXPECT_TRUE(unsere == vorher || hatte("merke")) << "not even what nobody understands is overwritten";
+        if (option != "--aufraeumen")
+            continue;
+        EXPECT_EQ(ergebnis.ausgabe.find("\nVon Hand: ") != std::string::npos, status == 1);
+        EXPECT_EQ(bank.ordner.lies("/mac/zustand/socks").find("on\t127.") != std::string::npos,
+                  hatte("ohne-admin"));
+        EXPECT_EQ(unsere.find("Wi-Fi") != std::string::npos, status == 1 && hatte("merke Wi-Fi"))
+            << "the next one can try again, but not for ever";
+    }
+}
+
+TEST(Aufruf, sagtWasSieSiehtUndAendertNichts) {
+    const Fahrtbank bank;
+    const auto vorher = bank.ordner.lies(einstellungsdatei);
+    bank.ordner.lege("/mac/Applications/Google Chrome.app/Contents/Info.plist", "");
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        ::unsetenv(variable);
+    const auto ohneFenster = bank.rufe({});
+    EXPECT_EQ(ohneFenster.status, 1);
+    EXPECT_THAT(ohneFenster.fehler, HasSubstr("Im Terminal läuft das Programm mit --terminal"));
+    for (const auto zeile : teile(bank.rufe({"--hilfe"}).ausgabe, '\n'))
+        EXPECT_LE(zeichenzahl(zeile), 80U) << zeile;
+    EXPECT_EQ(bank.rufe({"--heim=" + bank.ordner.pfad() + "/anderswo", "--anmelden", "an"}).status, 0);
+    EXPECT_THAT(bank.ordner.lies("/anderswo/.config/autostart/de.mobilsteg.bordlotse.desktop"),
+                HasSubstr("\nExec=\"" + bank.ordner.pfad() + "/bin/mobilsteg-bordlotse\"\n"));
+    EXPECT_THAT(bank.rufe({"--selbsttest"}).ausgabe,
+                AllOf(HasSubstr(" Mobilsteg Bordlotse 1."), HasSubstr("de.mobilsteg.bordlotse"),
+                      HasSubstr("✓ Netzwerkdienst   Wi-Fi\n"), HasSubstr("✓ Beim Anmelden    startet nichts"),
+                      HasSubstr("/mac/opt/homebrew/bin/adb"), HasSubstr("Chrome ohne fahrtwind")));
+    EXPECT_EQ(bank.ordner.lies(einstellungsdatei), vorher);
+    EXPECT_TRUE(portFrei(5643)) << "an adb server that was not there before";
+    EXPECT_FALSE(existiert(bank.ordner.pfad() + "/heim/Library/Logs"));
+}
+
+TEST(Aufruf, ergaenztInDerBashWasPasst) {
+    const Ordner ordner;
+    ordner.lege("/mit blank/datei", "");
+    const std::pair<std::string, std::string> faelle[] = {
+        {"--te", "--terminal;"},
+        {"--waech", ""}, // the program's own are shown to nobody
+        {"--terminal --", "--heim;--wurzel;"},
+        {"--aufraeumen --t", "--trotzdem;"},
+        {"--anmelden a", "an;aus;"},
+        {"--heim " + ordner.pfad() + "/m", ordner.pfad() + "/mit blank;"},
+        {"--heim = " + ordner.pfad() + "/m", ordner.pfad() + "/mit blank;"}, // "--heim=…": three words to it
+    };
+    for (const auto& [getippt, soll] : faelle) {
+        const auto ergebnis =
+            lauf("/bin/bash",
+                 {"-c",
+                  R"(. "$0"; COMP_WORDS=(x $1); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _mobilsteg_bordlotse
+                     printf '%s' "${COMPREPLY[@]/%/;}")",
+                  BIN_ORDNER "/../anleitung/mobilsteg-bordlotse.bash", getippt},
+                 60);
+        EXPECT_EQ(ergebnis.ausgabe, soll) << getippt << ergebnis.fehler;
+    }
+}
+
+} // namespace
