@@ -39,7 +39,7 @@ TEST(Volltunnel, nimmtZurueckWasEinGetoeteterHelferHinterliess) {
     for (const auto& [geschieht, grund] : faelle) {
         Tunnelwelt w;
         const auto notiz = w.ordner.lege(rueckbaunotiz("/wurzel"), "[]");
-        w.beimDialog = [&]() -> std::optional<Skriptfehler> {
+        w.beimDialog = [&, geschieht = geschieht, grund = grund]() -> std::optional<Skriptfehler> {
             EXPECT_TRUE(w.gebeten) << "it must not start a tunnel";
             if (grund == "Abgebrochen")
                 return Skriptfehler{false, -128, {}};
