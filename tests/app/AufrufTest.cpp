@@ -105,7 +105,8 @@ TEST(Aufruf, sagtWasSieSiehtUndAendertNichts) {
     const auto ohneFenster = bank.rufe({});
     EXPECT_EQ(ohneFenster.status, 1);
     EXPECT_THAT(ohneFenster.fehler, HasSubstr("Im Terminal läuft das Programm mit --terminal"));
-    for (const auto zeile : teile(bank.rufe({"--hilfe"}).ausgabe, '\n'))
+    const auto hilfe = bank.rufe({"--hilfe"}).ausgabe;
+    for (const auto zeile : teile(hilfe, '\n'))
         EXPECT_LE(zeichenzahl(zeile), 80U) << zeile;
     EXPECT_EQ(bank.rufe({"--heim=" + bank.ordner.pfad() + "/anderswo", "--anmelden", "an"}).status, 0);
     EXPECT_THAT(bank.ordner.lies("/anderswo/.config/autostart/de.mobilsteg.bordlotse.desktop"),
