@@ -129,7 +129,6 @@ Startversuch starteProzess(const std::string& programm, const std::vector<std::s
         return misslungen(programm, errno);
 
     std::vector<char*> worte;
-    worte.reserve(argumente.size() + 2);
     worte.push_back(const_cast<char*>(programm.c_str())); // posix_spawn takes them as char*, but changes none
     for (const auto& argument : argumente)
         worte.push_back(const_cast<char*>(argument.c_str()));

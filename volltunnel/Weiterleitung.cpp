@@ -72,7 +72,7 @@ private:
             const std::size_t n = von.socket.read_some(
                 asio::buffer(w_.puffer_.data(), w_.ausstehend_ > vielAusstehend ? kleinerBlock : ganzerBlock),
                 fehler);
-            if (fehler == asio::error::would_block || fehler == asio::error::try_again)
+            if (fehler == asio::error::would_block)
                 break;
             if (fehler == asio::error::eof)
                 return endeVon(von, nach);
@@ -95,7 +95,7 @@ private:
     bool schreibe(Seite& nach, std::string_view bytes) {
         std::error_code fehler;
         const std::size_t n = nach.socket.write_some(asio::buffer(bytes), fehler);
-        if (fehler && fehler != asio::error::would_block && fehler != asio::error::try_again) {
+        if (fehler && fehler != asio::error::would_block) {
             reisseAb();
             return false;
         }
