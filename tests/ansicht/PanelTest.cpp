@@ -1,6 +1,7 @@
 // The panel as a window: what stands in it, and what stays while it changes.
 
 #include "ansicht/Inhalt.hpp"
+#include "ansicht/qt/Gestalt.hpp"
 #include "ansicht/qt/Panelfenster.hpp"
 #include "ansicht/qt/QtBetrieb.hpp"
 #include "ansicht/qt/Text.hpp"
@@ -11,6 +12,7 @@
 #include <QVBoxLayout>
 #include <gmock/gmock.h>
 
+#include <cmath>
 #include <cstdlib>
 
 using namespace mobilsteg;
@@ -63,7 +65,8 @@ struct Panel : testing::Test {
     Zustand z;
 };
 
-// One window through all of them, so that it changes in place.
+// One window through all of them, so that it changes in place. Nothing lies over anything else, or in the
+// edges.
 TEST_F(Panel, zeigtJedenBaumWieDasTerminal) {
     const std::pair<const char*, bool> faelle[] = {
         {"reise", false}, {"vpn", false}, {"vpn", true}, {"reise", true}, {"reise", false}};
@@ -71,10 +74,19 @@ TEST_F(Panel, zeigtJedenBaumWieDasTerminal) {
         const Baum baum = zeichne(profil, experte);
         QApplication::processEvents();
         QString gelesen;
+        QRegion belegt;
         const auto* stapel = panel.findChild<QVBoxLayout*>();
         for (int i = 0; i < stapel->count(); ++i)
-            for (auto* stueck : stapel->itemAt(i)->widget()->findChildren<QWidget*>())
-                gelesen += stueck->isVisible() ? gezeigt(stueck) : "";
+            for (auto* stueck : stapel->itemAt(i)->widget()->findChildren<QWidget*>()) {
+                const QString text = stueck->isVisible() ? gezeigt(stueck) : "";
+                gelesen += text;
+                if (text.isEmpty())
+                    continue;
+                const QRect ort(stueck->mapTo(stapel->parentWidget(), QPoint()), stueck->size());
+                EXPECT_TRUE(stapel->contentsRect().contains(ort) && !belegt.intersects(ort))
+                    << text.toStdString();
+                belegt += ort;
+            }
         const std::string gedruckt = alsText(baum);
         EXPECT_EQ(bloss(gelesen), bloss(QString::fromStdString(gedruckt.substr(0, gedruckt.find("\n>")))));
     }
@@ -112,6 +124,34 @@ TEST_F(Panel, jedesBedienelementBleibtWasEsIst) {
     for (auto* profil : panel.findChild<QWidget*>("wahl.profil")->findChildren<QAbstractButton*>())
         profil->click(); // the chosen one does nothing
     EXPECT_EQ(getan, (std::vector<Aktion>{{Bedienung::profil, "vpn"}}));
+}
+
+/// About as WCAG counts it, with what the colour lets through mixed in.
+double helligkeit(const QColor& farbe, const QColor& grund) {
+    double summe = 0;
+    for (const auto& [oben, unten, gewicht] : {std::tuple{farbe.redF(), grund.redF(), 0.2126},
+                                               {farbe.greenF(), grund.greenF(), 0.7152},
+                                               {farbe.blueF(), grund.blueF(), 0.0722}})
+        summe += gewicht * std::pow(farbe.alphaF() * oben + (1 - farbe.alphaF()) * unten, 2.2);
+    return summe;
+}
+
+TEST(Gestalt, jedeFarbeIstAufHellenUndDunklenFensternZuLesen) {
+    for (const QRgb rgb : {0xffffffU, 0xecececU, 0x323232U, 0x1e1e1eU}) {
+        const QColor grund(rgb);
+        const QPalette palette(grund, grund);
+        const auto kontrast = [&grund](const QColor& farbe) {
+            const auto [dunkler, heller] = std::minmax({helligkeit(farbe, grund), helligkeit(grund, grund)});
+            return (heller + 0.05) / (dunkler + 0.05);
+        };
+        EXPECT_GE(kontrast(akzent(palette)), 4.5);
+        for (const auto farbe :
+             {Farbe::normal, Farbe::sekundaer, Farbe::gruen, Farbe::gelb, Farbe::rot, Farbe::orange}) {
+            const QColor text = ton(farbe, palette);
+            EXPECT_GE(kontrast(text), 4.5) << static_cast<int>(farbe);
+            EXPECT_GE(helligkeit(leuchtton(farbe, palette), grund), helligkeit(text, grund)) << "areas shine";
+        }
+    }
 }
 
 } // namespace

@@ -40,6 +40,8 @@ const std::tuple<std::string, std::string, const char*, int> lagen[] = {
     {"skript $adb 'kill -TERM $$'", "--selbsttest", "adb antwortet nicht — ", 1},
     {"skript $adb 'echo List'", "--selbsttest", "✗ Handy            keines — Kabel einstecken", 1},
     {"handy", "--selbsttest", "Nichts steht im Weg.", 0},
+    {"skript usr/sbin/lsof 'echo y 2 x:18080 \\(LISTEN\\); echo x 1 u x:8080; echo nginx 77 x:8080 \\(LISTEN\\)'",
+     "--selbsttest", "✓ Port 8080        belegt von nginx (Prozess 77); der Bordlotse nimmt 18080\n", 1},
     {"handy; proxy Wi-Fi 127.0.0.1 1080", "--selbsttest", "127.0.0.1:1080 — das war ein früherer Lauf", 1},
     {"handy; proxy Wi-Fi 10.0.0.5 80", "--selbsttest", "„Wi-Fi“: 10.0.0.5:80 — ", 1},
     {"", "--hilfe", "Internet weg?", 0},
@@ -52,7 +54,6 @@ const std::tuple<std::string, std::string, const char*, int> lagen[] = {
     {"", "--heim --version", "--heim braucht einen Ordner", 2},
     {"", "--heim=", "--heim braucht einen Ordner", 2},
     {"", "--hilfe=ja", "--hilfe nimmt keinen Wert", 2},
-    {"", "--hilfe --aufraeumen", "--hilfe und --aufraeumen schließen sich aus", 2},
     {"", "--terminal --version", "--terminal und --version schließen sich aus", 2},
     {"rm -r ../heim; mkdir ../heim; echo x >../heim/Library", "--selbsttest", "✗ Protokoll", 1},
     {"", "--stand", "Läuft nicht\n", 1},
@@ -69,6 +70,10 @@ const char* const vorbereitung = R"(
 
 TEST(Aufruf, sagtWasBliebUndWasImWegSteht) {
     const Fahrtbank bank;
+    const Deskriptor fremder(::socket(AF_INET, SOCK_STREAM, 0));
+    const auto gastseite = loopback(8080);
+    EXPECT_EQ(::bind(fremder.nummer(), reinterpret_cast<const sockaddr*>(&gastseite), sizeof gastseite), 0);
+    EXPECT_EQ(::listen(fremder.nummer(), 99), 0);
     for (const auto& [davor, option, gesagt, status] : lagen) {
         const auto vorbereitet =
             lauf("/bin/sh",
@@ -141,6 +146,37 @@ TEST(Aufruf, ergaenztInDerBashWasPasst) {
                   BIN_ORDNER "/../anleitung/mobilsteg-bordlotse.bash", getippt},
                  60);
         EXPECT_EQ(ergebnis.ausgabe, soll) << getippt << ergebnis.fehler;
+    }
+}
+
+/// In the terminal, then without a menu bar, and killed: the watchman takes the proxy back.
+TEST(Aufruf, laeuftOhneAdbBisZuSeinemEnde) {
+    Fahrtbank bank;
+    std::filesystem::remove(bank.ordner.pfad() + "/mac/opt/homebrew/bin/adb");
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    for (const bool terminal : {true, false}) {
+        bank.ordner.lege(standdatei, "");
+        bank.starte("mobilsteg-bordlotse",
+                    {terminal ? "--terminal" : "--heim=" + bank.ordner.pfad() + "/heim"});
+        bank.erwartePhase("adb nicht gefunden");
+        const auto zweiter = bank.rufe({"--terminal"});
+        EXPECT_EQ(zweiter.status, 1);
+        EXPECT_EQ(zweiter.fehler, "mobilsteg-bordlotse: läuft schon (Prozess " +
+                                      std::to_string(bank.programm->nummer()) + ")\n");
+        if (terminal) {
+            bank.programm->tippe("unfug\n \nexperte an");
+            EXPECT_TRUE(bank.zeigt("Unbekannter Befehl: „unfug“\n") && bank.zeigt("[x] Expertenmodus"));
+            bank.programm->tippe("beenden");
+            EXPECT_EQ(bank.programm->warteAufEnde(), 0);
+        } else {
+            (void)lauf(bank.ordner.pfad() + "/mac/usr/sbin/networksetup",
+                       {"-setsocksfirewallproxy", "Wi-Fi", "127.0.0.1", "1080"}, 60);
+            bank.programm->sende(SIGKILL);
+            EXPECT_TRUE(
+                bank.kommt(protokolldatei, "  Der Bordlotse ist unerwartet beendet worden — aufgeräumt\n"));
+        }
+        EXPECT_TRUE(warteBis([&] { return bank.verlassen(); })) << "no watchman is left";
+        EXPECT_FALSE(bank.proxyAn());
     }
 }
 
