@@ -26,41 +26,35 @@ std::vector<std::string> worte(std::string_view zeile) {
 }
 
 TEST(Befehlszeile, liestWasDasProgrammSchreibtUndSonstNichts) {
-    const std::string gute = "-proxy 127.0.0.1:1080 -stopp /a/volltunnel.stopp -dienst Wi-Fi -wache 42";
+    const std::string gute = "-proxy 127.0.0.1:65535 -stopp /a/volltunnel.stopp -dienst Wi-Fi -wache 42";
     std::string fehler;
     const auto a = liesBefehlszeile(worte(gute + " -nur-vpn -wurzel /w"), fehler);
     ASSERT_TRUE(a) << fehler;
-    EXPECT_EQ(a->proxy, stelle("127.0.0.1", 1080));
+    EXPECT_EQ(a->proxy, stelle("127.0.0.1", 65535));
     EXPECT_EQ(a->stopp + a->dienst + a->wurzel + std::to_string(a->wache), "/a/volltunnel.stoppWi-Fi/w42");
-    EXPECT_TRUE(a->nurVPN && !a->vpnDurch);
-    for (const auto& [was, stattdessen] :
-         std::vector<std::pair<std::string, std::string>>{{"127.0.0.1:1080", "10.0.0.1:1080"},
-                                                          {"127.0.0.1:1080", "127.0.0.1"},
-                                                          {"127.0.0.1:1080", "127.0.0.1:65536"},
-                                                          {"127.0.0.1:1080", ""},
-                                                          {"127.0.0.1:1080", "127.0.0.1:"},
-                                                          {"/a/", "a/"},
-                                                          {"/a/volltunnel.stopp", "/a/"},
-                                                          {"42", "42x"},
-                                                          {"42", "0"},
-                                                          {"42", "-1"},
-                                                          {"-wache 42", "-wache"},
-                                                          {"-wache", "-wach"},
-                                                          {"-wache 42", "-vpn-durch"}}) {
-        std::string zeile = gute;
-        zeile.replace(zeile.find(was), was.size(), stattdessen);
-        std::string grund;
-        EXPECT_FALSE(liesBefehlszeile(worte(zeile), grund)) << zeile;
-        EXPECT_NE(grund, "") << zeile;
-    }
+    EXPECT_TRUE(a->nurVPN && !a->vpnDurch && liesBefehlszeile(worte(gute + " -vpn-durch"), fehler)->vpnDurch);
+    for (const auto& [was, alle] : std::map<std::string, std::string>{
+             {"127.0.0.1:65535", "10.0.0.1:1080 127.0.0.1 127.0.0.1:65536 127.0.0.1: :1080"},
+             {"/a/volltunnel.stopp", "a/b /a/ /a"},
+             {"42", "42x 0 -1"},
+             {"-wache", "-wach"},
+             {"-wache 42", "-wache -vpn-durch"}})
+        for (const auto& stattdessen : worte(alle)) {
+            std::string zeile = gute;
+            zeile.replace(zeile.find(was), was.size(), stattdessen);
+            std::string grund;
+            EXPECT_FALSE(liesBefehlszeile(worte(zeile), grund)) << zeile;
+            EXPECT_NE(grund, "") << zeile;
+        }
 }
 
-// One question for "a.b", type A; with EDNS for `laenge`.
+// One question for "a.b", type A; with EDNS for `laenge` behind another record.
 std::string frage(int laenge) {
     std::string f("\x12\x34\1\0\0\1\0\0\0\0\0\0\1a\1b\0\0\1\0\1", 21);
     if (laenge > 0) {
-        f[11] = 1;
-        f += "\0\0\x29"s + static_cast<char>(laenge >> 8) + static_cast<char>(laenge) + std::string(6, '\0');
+        f[11] = 2;
+        f += "\1c\0\0\1\0\1\0\0\0\0\0\4abcd\0\0\x29"s + static_cast<char>(laenge >> 8) +
+             static_cast<char>(laenge) + std::string(6, '\0');
     }
     return f;
 }
@@ -69,10 +63,11 @@ TEST(Namen, antwortenSoLangWieDerFragendeSieNimmt) {
     EXPECT_EQ(hoechstlaenge(frage(0)), 512U);
     EXPECT_EQ(hoechstlaenge(frage(1232)), 1232U);
     EXPECT_EQ(hoechstlaenge(frage(100)), 512U);
-    EXPECT_EQ(hoechstlaenge(frage(1232).substr(0, 25)), 512U);
-    EXPECT_FALSE(istFrage("\x12\x34\x81\0\0\1\0\0\0\0\0\0\0"s)) << "an answer";
-    EXPECT_EQ(servfail(frage(1232)), "\x12\x34\x81\x82\0\1\0\0\0\0\0\0\1a\1b\0\0\1\0\1"s);
-    EXPECT_EQ(servfail(frage(0).substr(0, 14)), "\x12\x34\x81\x82\0\0\0\0\0\0\0\0"s)
+    EXPECT_EQ(hoechstlaenge(frage(1232).substr(0, 42)), 512U);
+    EXPECT_TRUE(istFrage(frage(0)) && !istFrage(frage(0).substr(0, 12)));
+    EXPECT_FALSE(istFrage(frage(0).replace(2, 1, 1, '\x81')) || istFrage(frage(0).replace(5, 1, 1, '\0')));
+    EXPECT_EQ(servfail(frage(0)), "\x12\x34\x81\x82\0\1\0\0\0\0\0\0\1a\1b\0\0\1\0\1"s);
+    EXPECT_EQ(servfail(frage(0).substr(0, 20)), "\x12\x34\x81\x82\0\0\0\0\0\0\0\0"s)
         << "only a header is sure";
     std::string antwort = frage(0) + std::string(500, 'x');
     antwort.replace(2, 6, "\x81\x80\0\1\0\1"s);
@@ -81,25 +76,19 @@ TEST(Namen, antwortenSoLangWieDerFragendeSieNimmt) {
 }
 
 TEST(Ausfall, zaehltNurWasVersuchtWurde) {
-    struct Fall {
-        const char* was;
-        std::vector<std::tuple<Ausgang, int, int>> versuche; ///< began and ended at second
-        bool zurueck;                                        ///< at the last one
-    };
-    constexpr auto ja = Ausgang::verbunden, nein = Ausgang::nein, kaputt = Ausgang::kaputt,
-                   stumm = Ausgang::stumm, haengt = Ausgang::haengt;
-    for (const auto& [was, versuche, zurueck] : std::vector<Fall>{
-             {"one refusal", {{kaputt, 100, 100}}, false},
-             {"refusals for 14 s", {{kaputt, 100, 100}, {kaputt, 114, 114}}, false},
-             {"refusals for 15 s", {{kaputt, 100, 100}, {kaputt, 108, 108}, {kaputt, 115, 115}}, true},
-             {"silence for 15 s", {{stumm, 100, 115}}, true},
-             {"a success between", {{kaputt, 100, 100}, {ja, 107, 108}, {kaputt, 116, 116}}, false},
-             {"begun before the success", {{ja, 100, 110}, {stumm, 99, 114}}, false},
-             {"a refusing target is reached",
-              {{kaputt, 100, 100}, {nein, 107, 108}, {kaputt, 116, 116}},
-              false},
-             {"idle between", {{kaputt, 100, 100}, {kaputt, 117, 117}}, false},
-             {"a radio gap", {{haengt, 100, 190}, {haengt, 101, 191}}, false}}) {
+    using enum Ausgang;
+    // What was tried, from which second to which; whether the last one ends it all.
+    for (const auto& [was, versuche, zurueck] :
+         std::vector<std::tuple<const char*, std::vector<std::tuple<Ausgang, int, int>>, bool>>{
+             {"one refusal", {{kaputt, 20, 20}}, false},
+             {"refusals for 14 s", {{kaputt, 20, 20}, {kaputt, 34, 34}}, false},
+             {"refusals for 15 s", {{kaputt, 20, 20}, {kaputt, 28, 28}, {kaputt, 35, 35}}, true},
+             {"silence for 15 s", {{stumm, 20, 35}}, true},
+             {"a success", {{kaputt, 1, 1}, {verbunden, 5, 6}, {kaputt, 11, 11}, {kaputt, 17, 17}}, false},
+             {"begun before the success", {{verbunden, 20, 30}, {stumm, 19, 34}}, false},
+             {"the target refuses", {{kaputt, 20, 20}, {nein, 27, 28}, {kaputt, 36, 36}}, false},
+             {"idle between", {{kaputt, 20, 20}, {kaputt, 37, 37}}, false},
+             {"a radio gap", {{haengt, 20, 110}, {haengt, 21, 111}}, false}}) {
         Ausfall ausfall;
         bool zuletzt = false;
         for (const auto& [ausgang, von, bis] : versuche)
@@ -135,10 +124,9 @@ TEST(Wege, sagenJedemWerkzeugDasSeine) {
               wlan);
     EXPECT_EQ(mac.liesAusweg("    gateway: link#14\n  interface: utun3\n"), (Ausweg{"", "utun3"}));
     EXPECT_EQ(mac.liesAusweg("route: writing to routing socket: not in table\n"), std::nullopt);
-    EXPECT_THAT(liesDnsserver("10.0.0.1\nfd00::1\n"), ElementsAre("10.0.0.1", "fd00::1"));
-    EXPECT_THAT(liesDnsserver("There aren't any DNS Servers set on Wi-Fi.\n"), IsEmpty());
-    EXPECT_THAT(liesDnsserver("resolver #1\n  nameserver[0] : 8.8.8.8\n  flags : A\nnameserver[\n"),
-                ElementsAre("8.8.8.8"));
+    EXPECT_THAT(liesDnsserver("10.0.0.1\nThere aren't any DNS Servers set on Wi-Fi.\nfd00::1\n"
+                              "  nameserver[0] : 8.8.8.8\n  flags : A\nnameserver[\n"),
+                ElementsAre("10.0.0.1", "fd00::1", "8.8.8.8"));
 }
 
 // What must be there before it is done, and what comes of it when the tools fail.
@@ -156,68 +144,86 @@ TEST(Rueckbau, merktVorherUndNimmtInUmgekehrterFolgeZurueck) {
     {
         Rueckbau r(notiz);
         EXPECT_FALSE(r.tue({befehl("eins")[0], "eins-weg", "0"}, befehl("eins")));
-        EXPECT_TRUE(r.tue({befehl("zwei")[0], "zwei-weg", "3"}, befehl("zwei"))) << "it failed";
         EXPECT_FALSE(
             r.tue({befehl("networksetup")[0], "networksetup-weg", "0"}, befehl("networksetup", "4")));
         EXPECT_FALSE(r.tue({befehl("drei")[0], "drei-weg", "0"}, befehl("drei", "2")));
+        r.nimmZurueck(befehl("eins"));
+        EXPECT_TRUE(r.tue({befehl("zwei")[0], "zwei-weg", "3"}, befehl("zwei"))) << "it failed";
     } // a crash
     EXPECT_EQ(ordner.lies("/protokoll"),
-              "eins eins-weg 1\nzwei zwei-weg 1\nnetworksetup networksetup-weg 1\ndrei drei-weg 1\n");
+              "eins eins-weg 1\nnetworksetup networksetup-weg 1\ndrei drei-weg 1\neins eins-weg 1\n"
+              "zwei zwei-weg 1\n");
     std::filesystem::remove(protokoll);
     EXPECT_FALSE(Rueckbau(notiz).alles()) << "the name servers stay";
-    EXPECT_EQ(ordner.lies("/protokoll"),
-              "drei drei-weg 1\nnetworksetup networksetup-weg 1\neins eins-weg 1\n");
+    EXPECT_EQ(ordner.lies("/protokoll"), "drei drei-weg 1\nnetworksetup networksetup-weg 1\n");
     EXPECT_EQ(ordner.lies("/rueckbau"), nlohmann::json({befehl("networksetup", "4")}).dump());
     std::filesystem::permissions(notiz, std::filesystem::perms::all);
     EXPECT_TRUE(Rueckbau(notiz).leer()) << "anybody could have written it";
     Rueckbau ohnePlatz(ordner.pfad() + "/fehlt/rueckbau");
     std::filesystem::remove(protokoll);
-    EXPECT_TRUE(ohnePlatz.tue(befehl("eins"), befehl("eins")));
+    EXPECT_TRUE(ohnePlatz.tue(befehl("eins"), befehl("eins")) && ohnePlatz.leer());
     EXPECT_EQ(ordner.lies("/protokoll"), "") << "no note, no change";
 }
 
+Adresse a(const char* text) {
+    return asio::ip::make_address(text);
+}
+
 TEST(Vpnwege, einVerbundenesBehaeltSeinenWeg) {
-    const auto a = [](const char* text) { return asio::ip::make_address(text); };
-    const Adresse eigene = tunnelenden(false).hier;
     const Vpn ruhend{"Firma", {a("1.1.1.1")}, false};
     const Vpn verbunden{"Firma", {a("1.1.1.1")}, true};
     const Openvpn daneben{a("10.0.0.9"), a("2.2.2.2")};
-    const Openvpn durch{eigene, a("2.2.2.2")};
-    const std::set<std::string> beide{"1.1.1.1", "2.2.2.2"};
+    const Openvpn durch{tunnelenden(false).hier, a("2.2.2.2")};
+    const std::set<Adresse> keine, firma{a("1.1.1.1")}, beide{a("1.1.1.1"), a("2.2.2.2")};
+    const decltype(Vpnbefund::gesichert) alle{{"Firma", "1.1.1.1"}, {"OpenVPN", "2.2.2.2"}};
     struct Fall {
         bool nurVPN, vpnDurch;
         std::vector<Vpn> vpns;
         std::vector<Openvpn> openvpn;
-        std::set<std::string> lebende, wege, gesicherte;
+        std::set<Adresse> lebende, wege;
+        decltype(Vpnbefund::gesichert) gesichert;
     };
-    for (const Fall& f :
-         std::vector<Fall>{{false, false, {ruhend}, {}, {}, {"1.1.1.1"}, {}},
-                           {false, false, {verbunden}, {daneben}, {}, beide, {}},
-                           {false, false, {verbunden}, {durch}, beide, {}, {"Firma", "OpenVPN"}},
-                           {false, true, {ruhend}, {}, {}, {}, {}},
-                           {false, true, {verbunden}, {daneben}, {}, beide, {}},
-                           {true, false, {ruhend}, {}, {}, {"1.1.1.1"}, {}},
-                           {true, false, {verbunden}, {daneben}, {}, {}, {}},
-                           {true, false, {verbunden}, {durch}, beide, beide, {"Firma", "OpenVPN"}}}) {
-        Vpnwege wege(f.nurVPN, f.vpnDurch);
-        const auto b = wege.werte(f.vpns, f.openvpn,
-                                  [&](const Adresse& s) { return f.lebende.contains(s.to_string()); });
-        std::set<std::string> ist, namen;
-        for (const auto& server : b.wege)
-            ist.insert(server.to_string());
-        for (const auto& [name, server] : b.gesichert)
-            namen.insert(name);
-        EXPECT_EQ(ist, f.wege) << &f;
-        EXPECT_EQ(namen, f.gesicherte);
+    for (const Fall& f : std::vector<Fall>{{false, false, {ruhend}, {}, keine, firma, {}},
+                                           {false, false, {verbunden}, {daneben}, keine, beide, {}},
+                                           {false, false, {verbunden}, {durch}, beide, keine, alle},
+                                           {false, true, {ruhend}, {}, keine, keine, {}},
+                                           {false, true, {verbunden}, {daneben}, keine, beide, {}},
+                                           {true, false, {ruhend}, {}, keine, firma, {}},
+                                           {true, false, {verbunden}, {daneben}, keine, keine, {}},
+                                           {true, false, {verbunden}, {durch}, beide, beide, alle}}) {
+        const auto b = Vpnwege(f.nurVPN, f.vpnDurch).werte(f.vpns, f.openvpn, [&](const Adresse& server) {
+            return f.lebende.contains(server);
+        });
+        EXPECT_EQ(b.wege, f.wege) << &f;
+        EXPECT_EQ(b.gesichert, f.gesichert) << &f;
     }
     Vpnwege wege(true, false);
     EXPECT_THAT(wege.werte({}, {daneben}, [](const Adresse&) { return false; }).wege, IsEmpty());
     EXPECT_THAT(wege.werte({}, {}, [](const Adresse&) { return false; }).wege, ElementsAre(a("2.2.2.2")))
         << "it is gone: its next connection goes through the tunnel";
-    const auto gelesen = liesOpenvpn(
-        "openvpn p12 f3 n10.0.0.9:5->2.2.2.2:1194 n[fd00::1]:6->[2001:db8::1]:443 n127.0.0.1:7->127.0.0.1:8 n*:9 nx->y");
-    ASSERT_EQ(gelesen.size(), 2U);
-    EXPECT_EQ(gelesen[0].hier.to_string() + gelesen[1].server.to_string(), "10.0.0.92001:db8::1");
+}
+
+TEST(Umschau, fragtDieWerkzeugeDesSystems) {
+    const Ordner ordner;
+    ordner.lege("/usr/sbin/scutil", "#!/bin/sh\ncat \"$0 ${3-list}\"\n", true);
+    ordner.lege("/usr/sbin/scutil list", "Available network connection services:\n"
+                                         "* (Connected) 1 VPN \"Firma Süd\" [VPN]\n"
+                                         "* (Disconnected) 2 PPP \"Heim\" [PPP]\n"
+                                         "* (Connected) 3 VPN \"Tailscale\" [VPN]\n");
+    ordner.lege("/usr/sbin/scutil Firma Süd", "  Type : IPSec\n  CommRemoteAddress : 203.0.113.6 \n");
+    ordner.lege("/usr/sbin/scutil Heim", "ServerAddress : 2001:db8::6\nRemoteAddress : 1.1.1.1");
+    EXPECT_THAT(Vpnsuche(ordner.pfad()).sieh(),
+                ElementsAre(FieldsAre("Firma Süd", ElementsAre(a("203.0.113.6")), true),
+                            FieldsAre("Heim", ElementsAre(a("2001:db8::6")), false)));
+    ordner.lege("/usr/sbin/lsof",
+                "#!/bin/sh\necho 'p12\nf3\nn10.0.0.9:5->2.2.2.2:1194\nn[fd00::1]:6->[2001:db8::1]:443\n"
+                "n127.0.0.1:7->127.0.0.1:8\nn*:9\nnx->3.3.3.3:9'\n",
+                true);
+    EXPECT_EQ(frageOpenvpn(ordner.pfad()), "") << "none runs";
+    ordner.lege("/usr/bin/pgrep", "#!/bin/sh\n", true);
+    EXPECT_THAT(
+        liesOpenvpn("openvpn" + frageOpenvpn(ordner.pfad())),
+        ElementsAre(FieldsAre(a("10.0.0.9"), a("2.2.2.2")), FieldsAre(a("fd00::1"), a("2001:db8::1"))));
 }
 
 } // namespace
