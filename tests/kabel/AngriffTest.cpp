@@ -28,7 +28,8 @@ TEST(Angriff, einBewiesenerWegBleibtNichtVonSelbstBewiesen) {
              },
              weitergabeAus, "", 1},
             {"anderes Handy ohne Netz", [&](auto& w) { w.handys = {ohneNetz}; }, proxyFehler, "", 1},
-            {"anderes Handy", [&](auto& w) { w.handys = {fremdes}; }, faehrt, "198.51.100.66", 2},
+            {"anderes Handy übers Netz", [&](auto& w) { (w.handys = {fremdes})[0].amKabel = false; }, faehrt,
+             "198.51.100.66", 2},
             {"Netzgerät neben dem am Kabel",
              [&](auto& w) {
                  w.handys.insert(w.handys.begin(), fremdes);
