@@ -113,9 +113,12 @@ TEST(Aufruf, sagtWasSieSiehtUndAendertNichts) {
     const auto hilfe = bank.rufe({"--hilfe"}).ausgabe;
     for (const auto zeile : teile(hilfe, '\n'))
         EXPECT_LE(zeichenzahl(zeile), 80U) << zeile;
-    EXPECT_EQ(bank.rufe({"--heim=" + bank.ordner.pfad() + "/anderswo", "--anmelden", "an"}).status, 0);
+    const std::string anderswo = bank.ordner.pfad() + "/anderswo";
+    EXPECT_EQ(bank.rufe({"--heim=" + anderswo, "--anmelden", "an"}).status, 0);
     EXPECT_THAT(bank.ordner.lies("/anderswo/.config/autostart/de.mobilsteg.bordlotse.desktop"),
                 HasSubstr("\nExec=\"" + bank.ordner.pfad() + "/bin/mobilsteg-bordlotse\"\n"));
+    EXPECT_EQ(bank.rufe({"--heim=" + anderswo, "--anmelden", "aus"}).status, 0);
+    EXPECT_TRUE(std::filesystem::is_empty(anderswo + "/.config/autostart"));
     EXPECT_THAT(bank.rufe({"--selbsttest"}).ausgabe,
                 AllOf(HasSubstr(" Mobilsteg Bordlotse 1."), HasSubstr("de.mobilsteg.bordlotse"),
                       HasSubstr("✓ Netzwerkdienst   Wi-Fi\n"), HasSubstr("✓ Beim Anmelden    startet nichts"),
