@@ -149,17 +149,17 @@ protected:
     static std::string hole(const Stelle& ziel, const std::string& bytes) {
         asio::io_context kontext;
         tcp::socket s(kontext);
-        std::error_code fehler;
+        std::error_code fehler, schreibfehler; // a reset is told once: to who writes or to who reads
         s.connect(ziel, fehler);
         std::thread schreiber([&] {
-            std::error_code egal;
-            asio::write(s, asio::buffer(bytes), egal);
-            s.shutdown(tcp::socket::shutdown_send, egal);
+            asio::write(s, asio::buffer(bytes), schreibfehler);
+            if (!schreibfehler)
+                s.shutdown(tcp::socket::shutdown_send, schreibfehler);
         });
         std::string antwort;
         asio::read(s, asio::dynamic_buffer(antwort), fehler);
         schreiber.join();
-        return fehler == asio::error::eof ? antwort : "abgerissen";
+        return fehler == asio::error::eof && !schreibfehler ? antwort : "abgerissen";
     }
 
     Ordner ordner;
