@@ -1,5 +1,5 @@
-// What the shipped program says to one option and does not change: the clean-up by hand, the self-test, the
-// words.
+// The shipped program without a phone: what it says to one option (the clean-up by hand, the self-test, the
+// words), and a run without adb.
 
 #include "tests/fahrt/Fahrtbank.hpp"
 
@@ -152,33 +152,20 @@ TEST(Aufruf, ergaenztInDerBashWasPasst) {
     }
 }
 
-/// Ended by its user, then killed: the watchman takes the proxy back.
 TEST(Aufruf, laeuftOhneAdbBisZuSeinemEnde) {
     Fahrtbank bank;
     std::filesystem::remove(bank.ordner.pfad() + "/mac/opt/homebrew/bin/adb");
-    for (const bool getoetet : {false, true}) {
-        bank.ordner.lege(standdatei, "");
-        bank.starte();
-        bank.erwartePhase("adb nicht gefunden");
-        const auto zweiter = bank.rufe({"--terminal"});
-        EXPECT_EQ(zweiter.status, 1);
-        EXPECT_EQ(zweiter.fehler, "mobilsteg-bordlotse: läuft schon (Prozess " +
-                                      std::to_string(bank.programm->nummer()) + ")\n");
-        if (!getoetet) {
-            bank.programm->tippe("unfug\n \nexperte an");
-            EXPECT_TRUE(bank.zeigt("Unbekannter Befehl: „unfug“\n") && bank.zeigt("[x] Expertenmodus"));
-            bank.programm->tippe("beenden");
-            EXPECT_EQ(bank.programm->warteAufEnde(), 0);
-        } else {
-            (void)lauf(bank.ordner.pfad() + "/mac/usr/sbin/networksetup",
-                       {"-setsocksfirewallproxy", "Wi-Fi", "127.0.0.1", "1080"}, 60);
-            bank.programm->sende(SIGKILL);
-            EXPECT_TRUE(
-                bank.kommt(protokolldatei, "  Der Bordlotse ist unerwartet beendet worden — aufgeräumt\n"));
-        }
-        EXPECT_TRUE(warteBis([&] { return bank.verlassen(); })) << "no watchman is left";
-        EXPECT_FALSE(bank.proxyAn());
-    }
+    bank.starte();
+    bank.erwartePhase("adb nicht gefunden");
+    const auto zweiter = bank.rufe({"--terminal"});
+    EXPECT_EQ(zweiter.status, 1);
+    EXPECT_EQ(zweiter.fehler,
+              "mobilsteg-bordlotse: läuft schon (Prozess " + std::to_string(bank.programm->nummer()) + ")\n");
+    bank.programm->tippe("unfug\n \nexperte an");
+    EXPECT_TRUE(bank.zeigt("Unbekannter Befehl: „unfug“\n") && bank.zeigt("[x] Expertenmodus"));
+    bank.programm->tippe("beenden");
+    EXPECT_EQ(bank.programm->warteAufEnde(), 0);
+    EXPECT_TRUE(warteBis([&] { return bank.verlassen(); })) << "no watchman is left";
 }
 
 } // namespace
