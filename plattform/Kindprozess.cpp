@@ -15,6 +15,8 @@ extern "C" { // glibc 2.36 forgot it in its header
 }
 #endif
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
 #include <system_error>
@@ -115,6 +117,9 @@ Startversuch misslungen(const std::string& programm, int nummer) {
     return {std::nullopt, programm + ": " + fehlerbeschreibung(nummer)};
 }
 
+/// They reach every process of a group at once.
+constexpr std::array gruppensignale = {SIGTERM, SIGINT, SIGHUP, SIGQUIT};
+
 int alsStatus(int lage) {
     return WIFSIGNALED(lage) ? WTERMSIG(lage) : WEXITSTATUS(lage);
 }
@@ -152,6 +157,13 @@ bool Kindprozess::istBeendet() const {
     siginfo_t lage{};
     return ::waitid(P_PID, static_cast<id_t>(nummer), &lage, WEXITED | WNOHANG | WNOWAIT) != 0 ||
            lage.si_pid != 0;
+}
+
+bool Kindprozess::starbAnGruppensignal() const {
+    siginfo_t lage{};
+    return ::waitid(P_PID, static_cast<id_t>(nummer), &lage, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           lage.si_pid != 0 && lage.si_code == CLD_KILLED &&
+           std::count(gruppensignale.begin(), gruppensignale.end(), lage.si_status) > 0;
 }
 
 void Kindprozess::bitteUmEnde() const {

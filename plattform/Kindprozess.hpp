@@ -24,6 +24,10 @@ struct Kindprozess {
     /// Whether it has ended. It stays unreaped, so its number cannot have gone to another process yet.
     [[nodiscard]] bool istBeendet() const;
 
+    /// Whether one of the signals that a terminal or a user sends to a whole process group has ended it. Only
+    /// while it is unreaped.
+    [[nodiscard]] bool starbAnGruppensignal() const;
+
     /// Sends SIGTERM, and SIGCONT to one that is stopped. Only while it is unreaped.
     void bitteUmEnde() const;
 

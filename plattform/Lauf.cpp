@@ -63,9 +63,11 @@ bool bisEnde(Kindprozess& kind, Ergebnis& ergebnis, std::chrono::duration<double
     return true;
 }
 
-/// With `befristet` nobody who keeps the outputs open is waited for.
+/// With `befristet` nobody who keeps the outputs open is waited for. A tool is in our process group for the
+/// first microseconds: a signal that the whole group gets just then ends it before it has begun, and it is
+/// started once more with `nochmal`.
 Ergebnis fuehreAus(const std::string& programm, const std::vector<std::string>& argumente, double sekunden,
-                   bool befristet) {
+                   bool befristet, bool nochmal = true) {
     Startversuch versuch = starteProzess(programm, argumente);
     if (!versuch.kind)
         return {-1, "", versuch.grund};
@@ -80,9 +82,12 @@ Ergebnis fuehreAus(const std::string& programm, const std::vector<std::string>& 
     while ((kind.ausgabe || kind.fehler) && !(befristet && Zeit::now() > frist))
         warte(kind, ergebnis, -1, befristet ? nachfrageMs : -1);
     bisEnde(kind, ergebnis, nachlauf);
+    const bool nieBegonnen = nochmal && !ergebnis.abgelaufen && ergebnis.ausgabe.empty() &&
+                             ergebnis.fehler.empty() && kind.starbAnGruppensignal();
     // Still running with both outputs closed: it was asked to go and will.
-    return {kind.ernte().value_or(SIGTERM), alsUtf8(ergebnis.ausgabe), alsUtf8(ergebnis.fehler),
-            ergebnis.abgelaufen};
+    ergebnis = {kind.ernte().value_or(SIGTERM), alsUtf8(ergebnis.ausgabe), alsUtf8(ergebnis.fehler),
+                ergebnis.abgelaufen};
+    return nieBegonnen ? fuehreAus(programm, argumente, sekunden, befristet, false) : ergebnis;
 }
 
 } // namespace

@@ -28,6 +28,8 @@ using Laeufer = std::function<Ergebnis(const std::string& programm, const std::v
 /// tool has ended and both its outputs are closed; never call it on the main queue. At the limit the tool
 /// gets SIGTERM and 2.0 s more, but no SIGKILL: one that ignores it and keeps its outputs open keeps the
 /// caller waiting, because a tool shot in the middle of changing the system does more harm than a late one.
+/// One that SIGTERM, SIGINT, SIGHUP or SIGQUIT ended before it wrote anything is run once more: the signal
+/// was most likely meant for our process group, and SIGHUP's number is a tool's most usual exit code.
 [[nodiscard]] Ergebnis lauf(const std::string& programm, const std::vector<std::string>& argumente,
                             double sekunden);
 

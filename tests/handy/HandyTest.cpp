@@ -200,6 +200,21 @@ TEST(Lauf, gibtDemWerkzeugDieUeblichenSignaleZurueck) {
     ::pthread_sigmask(SIG_SETMASK, &vorher, nullptr);
 }
 
+TEST(Lauf, beginntNochmalWennEinSignalDerGruppeDenAnfangTraf) {
+    const Ordner ordner;
+    for (const auto& [erstes, soll] :
+         std::map<std::string, Ergebnis>{{"kill -HUP $$", {0, "zweites\n", ""}},
+                                         {"kill -KILL $$", {SIGKILL, "", ""}},
+                                         {"echo da; kill -HUP $$", {1, "da\n", ""}},
+                                         {"exit 1", {1, "", ""}}})
+        EXPECT_EQ(lauf("/bin/sh",
+                       {"-c", R"([ -e "$0" ] && exec echo zweites; : >"$0"; eval "$1")",
+                        ordner.pfad() + "/" + erstes, erstes},
+                       20),
+                  soll)
+            << erstes;
+}
+
 TEST(Lauf, kommtMitDescriptormangelZurecht) {
     const Ergebnis mangel{-1, "", "/bin/sh: Zu viele offene Dateien"};
     for (std::size_t frei = 0; frei <= 5; ++frei)
