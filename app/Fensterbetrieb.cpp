@@ -46,7 +46,6 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
     const bool bundleB2B = kabel.variante().bundleB2B();
     std::optional<Menueleistenstueck> stueck;
     const auto zeige = [&](const Zustand& z) { stueck->zeichne(inhalt(z, bundleB2B), z.symbol, z.kurz); };
-    Zustandsspeicher::Beobachtung beobachtung;
 
     Delegate delegate(app.einstellungen(), qt.dialog(), beendeProzess);
     endender = &delegate;
@@ -58,7 +57,7 @@ int fensterbetrieb(const Befehlszeile& zeile, const std::string& kennung, int& a
             qt.schlange().async([&, aktion] { fuehreAus(aktion, kabel, [&] { qt.beende(); }); });
         });
         zeige(kabel.speicher().zustand());
-        beobachtung = kabel.speicher().beobachte(zeige);
+        kabel.speicher().beobachte(zeige);
         stueck->erscheine();
     });
     // At once, not by way of the event loop: the system's request to quit, which comes next, Qt refuses even

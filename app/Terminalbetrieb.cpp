@@ -48,7 +48,6 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
     const bool bundleB2B = kabel.variante().bundleB2B();
 
     const auto zeige = [&](const Zustand& z) { terminal.zeichne(inhalt(z, bundleB2B)); };
-    Zustandsspeicher::Beobachtung beobachtung;
     befehl = [&](const std::string& befehlszeile) {
         if (beschnitten(befehlszeile).empty())
             return;
@@ -72,7 +71,7 @@ int terminalbetrieb(const Befehlszeile& zeile, const std::string& kennung) {
     haupt.async([&] {
         delegate->applicationDidFinishLaunching();
         zeige(kabel.speicher().zustand());
-        beobachtung = kabel.speicher().beobachte(zeige);
+        kabel.speicher().beobachte(zeige);
     });
     eingabe.beginne(schirm);
     haupt.laufe();

@@ -4,8 +4,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <list>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -105,8 +103,6 @@ class Zustandsspeicher {
 public:
     using Beobachter = std::function<void(const Zustand&)>;
     using Aenderung = std::function<void(Zustand&)>;
-    /// Ends the observation when it goes away.
-    using Beobachtung = std::shared_ptr<Beobachter>;
 
     Zustandsspeicher(Schlange& haupt, Zustand anfang) : haupt_(haupt), zustand_(std::move(anfang)) {}
 
@@ -120,8 +116,8 @@ public:
     [[nodiscard]] const Zustand& zustand() const { return zustand_; }
 
     /// Main queue only. `beobachter` runs there after changes, once for all that had come together by then;
-    /// the state may equal the one before.
-    [[nodiscard]] Beobachtung beobachte(Beobachter beobachter);
+    /// the state may equal the one before. There is one: the next takes its place.
+    void beobachte(Beobachter beobachter) { beobachter_ = std::move(beobachter); }
 
 private:
     void melde();
@@ -129,7 +125,7 @@ private:
     Schlange& haupt_;
     Zustand zustand_;
     bool meldungBestellt_ = false;
-    std::list<std::weak_ptr<Beobachter>> beobachter_;
+    Beobachter beobachter_;
 };
 
 /// What stands in the menu bar: a symbol and a short text beside it.

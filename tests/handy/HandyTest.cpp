@@ -28,11 +28,18 @@ TEST(Adb, nenntDasHandyWieEsVerkauftWird) {
                   (std::vector<Adb::Geraet>{{"X", "device", soll, true}}));
 }
 
-TEST(Adb, ziehtDasMitgelieferteVor) {
+TEST(Adb, suchtDerReiheNach) {
     const Ordner ordner;
-    ordner.lege("/opt/homebrew/bin/adb", "", true);
-    const std::string mitgeliefert = ordner.lege("/Resources/adb", "", true);
-    EXPECT_EQ(Adb(nullptr, {"", ordner.pfad()}, ordner.pfad() + "/Resources").finden(), mitgeliefert);
+    const Adb adb(nullptr, {ordner.pfad() + "/heim", ordner.pfad()}, ordner.pfad() + "/Resources");
+    const auto pfade = {"/Resources/adb", "/opt/homebrew/bin/adb",
+                        "/heim/Library/Android/sdk/platform-tools/adb", "/usr/local/bin/adb",
+                        "/opt/homebrew/share/android-commandlinetools/platform-tools/adb"};
+    for (const auto* pfad : pfade)
+        ordner.lege(pfad, "", true);
+    for (const auto* pfad : pfade) {
+        EXPECT_EQ(adb.finden(), ordner.pfad() + pfad);
+        std::filesystem::remove(ordner.pfad() + pfad);
+    }
 }
 
 const std::string voll = R"({"app":"mobilsteg","proxy_port":1080,"zustand":"erlaubt","mehr":[{"x":null}],

@@ -10,6 +10,8 @@ using namespace testing;
 
 namespace {
 
+const std::string standdatei = "/heim/Library/Application Support/Mobilsteg Bordlotse/stand.json";
+
 /// The second and the third are in the middle of switching the proxy on, which is on by then.
 TEST(Ende, woDerProzessAuchStirbtDerNaechsteStartNimmtAllesVorDemErstenTakt) {
     for (const std::string beim :
@@ -72,10 +74,27 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
     w.welt.laufe(10s);
     EXPECT_EQ(w.aufrufe.size(), 3U);
     EXPECT_EQ(w.protokoll().back(), "Beendet");
-    EXPECT_THAT(w.ordner.lies("/heim/Library/Application Support/Mobilsteg Bordlotse/stand.json"),
+    EXPECT_THAT(w.ordner.lies(standdatei),
                 AllOf(HasSubstr(R"("faehrt": false)"), HasSubstr(R"("phase": "Beendet")"),
                       HasSubstr(R"("proxy_gesetzt": false)")));
     EXPECT_THAT(w.skripte, IsEmpty());
+}
+
+/// Its own queue may hang in a tool for ever.
+TEST(Ende, imNotfallGehtDerProxyAuchOhneDenRestWeg) {
+    HandyWelt w;
+    w.einstellungen.werte["proxy.ungewiss"] = "USB LAN\n";
+    w.starteBis(1);
+    w.socksAn["USB LAN"] = true;
+    w.socksZiel["USB LAN"] = {"127.0.0.1", 1080};
+    w.kabel->nimmProxyNotfallsWeg();
+    EXPECT_FALSE(w.socksAn["USB LAN"] || w.socksAn["Wi-Fi"]);
+    const auto zeilen = w.protokoll();
+    EXPECT_THAT(std::vector(zeilen.end() - 3, zeilen.end()),
+                ElementsAre("Das Aufräumen kommt nicht voran -- schalte nur den System-Proxy aus",
+                            "System-Proxy entfernt von Wi-Fi", "Beendet"));
+    EXPECT_THAT(w.ordner.lies(standdatei),
+                AllOf(HasSubstr(R"("phase": "Beendet")"), HasSubstr(R"("proxy_gesetzt": false)")));
 }
 
 /// A call that was cut off at its limit may have done its work, or none.
