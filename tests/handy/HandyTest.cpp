@@ -3,6 +3,7 @@
 #include "handy/Handy.hpp"
 
 #include "handy/Adb.hpp"
+#include "handy/Adbserver.hpp"
 #include "tests/hilfe/Gegenstelle.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/plattform/Deskriptoren.hpp"
@@ -40,6 +41,28 @@ TEST(Adb, suchtDerReiheNach) {
         EXPECT_EQ(adb.finden(), ordner.pfad() + pfad);
         std::filesystem::remove(ordner.pfad() + pfad);
     }
+}
+
+TEST(Adb, kenntDenPortSeinesServers) {
+    const auto port = [](const char* eigener, const char* andere = "") {
+        const char* namen[] = {"ANDROID_ADB_SERVER_PORT", "ADB_SERVER_SOCKET", "ANDROID_ADB_SERVER_ADDRESS"};
+        for (const char* name : namen)
+            ::unsetenv(name);
+        if (eigener != nullptr)
+            ::setenv(namen[0], eigener, 1);
+        if (*andere != '\0')
+            ::setenv(andere, "woanders", 1);
+        const auto gelesen = adbServerport();
+        for (const char* name : namen)
+            ::unsetenv(name);
+        return gelesen.value_or(0);
+    };
+    EXPECT_EQ(port(nullptr), 5037);
+    EXPECT_EQ(port(""), 5037);
+    EXPECT_EQ(port("15037"), 15037);
+    EXPECT_EQ(port("65536") + port("15037x") + port("x"), 0) << "adb would not use it either";
+    EXPECT_EQ(port("15037", "ADB_SERVER_SOCKET") + port("15037", "ANDROID_ADB_SERVER_ADDRESS"), 0)
+        << "not a port of this Mac";
 }
 
 const std::string voll = R"({"app":"mobilsteg","proxy_port":1080,"zustand":"erlaubt","mehr":[{"x":null}],
@@ -100,6 +123,17 @@ TEST(Antwort, einFalschesFeldVerdirbtDasGanze) {
     for (const std::size_t tiefe : {510U, 511U})
         EXPECT_EQ(gilt("{\"x\":null}->" + std::string(tiefe, '[') + std::string(tiefe, ']')), tiefe == 510);
     EXPECT_FALSE(Antwort::ausJson("[]"));
+}
+
+TEST(Antwort, nimmtNichtMehrAlsDasPanelZeigenKann) {
+    const std::string pfad = R"({"iface":")" + std::string(201, 'w') + R"(","healthy":true,"rtt_ms":1},)";
+    std::string pfade;
+    for (int i = 0; i < 17; ++i)
+        pfade += pfad;
+    pfade.back() = ']';
+    EXPECT_THAT(Antwort::ausJson(R"({"app":"","proxy_port":0,"kabel":{},"status":{"paths":[)" + pfade + "}}")
+                    ->status->paths,
+                AllOf(SizeIs(16), Each(Field(&Pfad::iface, SizeIs(200)))));
 }
 
 struct HandyTest : Test {
