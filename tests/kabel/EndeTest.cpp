@@ -76,7 +76,7 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
     EXPECT_EQ(w.protokoll().back(), "Beendet");
     EXPECT_THAT(w.ordner.lies(standdatei),
                 AllOf(HasSubstr(R"("faehrt": false)"), HasSubstr(R"("phase": "Beendet")"),
-                      HasSubstr(R"("proxy_gesetzt": false)")));
+                      HasSubstr(R"("proxy_gesetzt": false)"), HasSubstr(R"("austritt": "")")));
     EXPECT_THAT(w.skripte, IsEmpty());
 }
 

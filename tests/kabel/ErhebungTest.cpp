@@ -73,7 +73,12 @@ TEST(Erhebung, nurWannSieGebrauchtWird) {
         HandyWelt w;
         w.einstellungen.werte = {
             {"profil", profil}, {"volltunnel", false}, {"experte", experte}, {"proxy.automatisch", proxy}};
+        w.ausgaben["lsof"] = "Mail 1 anna 8u IPv4 0x1 0t0 TCP 192.0.2.1:5->198.51.100.1:993 (ESTABLISHED)\n"
+                             "Mail 1 anna 8u IPv4 0x1 0t0 TCP 192.0.2.1:6->127.0.0.1:1080 (ESTABLISHED)\n";
         w.starteBis(0.2 + 29 * 3 + 1);
+        EXPECT_EQ(w.zustand().durch.size() + w.zustand().vorbei.size(), lsof > 0 ? 2U : 0U);
+        w.bediene([](Kabel& k) { k.proxyUmschalten(); });
+        EXPECT_TRUE(w.zustand().durch.empty() && w.zustand().vorbei.empty()) << "they speak of the proxy";
         EXPECT_THAT(w.aufrufe, Contains(StartsWith("lsof")).Times(lsof)) << profil << experte;
         EXPECT_THAT(w.aufrufe, Contains(StartsWith("scutil")).Times(scutil)) << profil << experte;
     }

@@ -38,6 +38,8 @@ TEST(Fahrt, kommtSchrittFuerSchrittAnsZiel) {
                             "Prüfe den Weg durch das Handy …", "Beweis: draußen als 203.0.113.7",
                             "System-Proxy gesetzt auf Wi-Fi: 127.0.0.1:1080", "Fährt mit"));
     EXPECT_EQ(w.zustand().handy, "Samsung Galaxy S23");
+    w.bediene([](Kabel& k) { k.protokollZeigen(); });
+    EXPECT_THAT(w.aufrufe.back(), AllOf(StartsWith("open "), EndsWith("/MobilstegBordlotse.log")));
     EXPECT_EQ(w.anmeldungen.back(), R"({"id":")" + w.kabel->id() + R"(","name":"Testmac","vpn":[]})");
 }
 
@@ -60,7 +62,9 @@ TEST(Fahrt, einVerlustNimmtAllesZurueckUndHeilt) {
     EXPECT_TRUE(w.socksAn["Wi-Fi"]);
     w.handys[0].status = R"({"guests":[{"IP":"kabel:Testmac","BytesUp":9223372036854775807,"BytesDown":1}]})";
     w.laufeBisSekunde(9.5);
-    EXPECT_NE(w.abgebrochen, "") << "an impossible number";
+    EXPECT_EQ(w.abgebrochen, "Das Handy meldet unmögliche Zahlen");
+    EXPECT_FALSE(w.socksAn["Wi-Fi"]);
+    EXPECT_THAT(w.protokoll(), Contains("Programmierfehler: " + w.abgebrochen));
 }
 
 TEST(Fahrt, weichtBelegtenPortsAusUndWerDortHorchtGiltNichtAlsHandy) {

@@ -28,9 +28,9 @@ TEST(Volltunnel, folgtDemWunschUndDerVerbindung) {
     w.ordner.lege(stopp, "");
     w.starteMitTunnel();
     EXPECT_THAT(w.skripte, ElementsAre(HasSubstr("-dienst 'Wi-Fi' ")));
-    EXPECT_THAT(
-        w.protokoll(),
-        Contains("Volltunnel läuft: Standardroute des Mac geht durchs Handy (Tailscale/VPNs direkt)"));
+    EXPECT_THAT(w.protokoll().back(),
+                "Volltunnel läuft: Standardroute des Mac geht durchs Handy (Tailscale/VPNs direkt)");
+    EXPECT_THAT(w.protokoll(), Contains("Volltunnel: starte (Admin-Passwort)…"));
     w.handys.clear();
     w.laufeBisSekunde(5);
     EXPECT_EQ(w.helfer, 0);
@@ -94,6 +94,11 @@ TEST(Volltunnel, misslungenerStartSchaltetAusAberVergisstDenWunschNicht) {
         EXPECT_EQ(w.gespeichert(), true);
         EXPECT_EQ(w.zustand().phase, Phase::Art::faehrt);
         EXPECT_LE(w.skripte.size(), 1U) << "not tried again by itself";
+        w.tunnel = {};
+        w.ordner.lege("/Resources/mobilsteg-volltunnel", "#!", true);
+        w.bediene([](Kabel& k) { k.setzeVolltunnelAn(true); });
+        w.welt.laufe(3s);
+        EXPECT_TRUE(w.zustand().volltunnelLaeuft && w.zustand().meldung.empty());
     }
 }
 
