@@ -1,7 +1,7 @@
 // The shipped program without a phone: what it says to one option (the clean-up by hand, the self-test, the
 // words), and a run without adb.
 
-#include "tests/fahrt/Fahrtbank.hpp"
+#include "tests/hilfe/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>
 

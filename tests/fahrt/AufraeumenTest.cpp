@@ -1,6 +1,6 @@
 // What the options do beside a running program: the clean-up by hand ("my internet is gone"), the self-test.
 
-#include "tests/fahrt/Fahrtbank.hpp"
+#include "tests/hilfe/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // Every way in which the program ends, and what it may leave behind: nothing.
 
-#include "tests/fahrt/Fahrtbank.hpp"
+#include "tests/hilfe/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>
 

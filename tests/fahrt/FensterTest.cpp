@@ -1,6 +1,6 @@
 // The menu-bar program on a virtual display: a real click on the item, a real click on a checkbox.
 
-#include "tests/fahrt/Fahrtbank.hpp"
+#include "tests/hilfe/Fahrtbank.hpp"
 
 #include <gtest/gtest.h>
 

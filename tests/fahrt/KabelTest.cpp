@@ -1,6 +1,6 @@
 // The trip with the shipped program and the real adb: the cable's ups and downs, the surveys, the reports.
 
-#include "tests/fahrt/Fahrtbank.hpp"
+#include "tests/hilfe/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // The full tunnel with the shipped program: the welcome, the password dialog, a killed helper.
 
-#include "tests/fahrt/Fahrtbank.hpp"
+#include "tests/hilfe/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>
 
