@@ -72,7 +72,9 @@ TEST(Text, einzeiligBleibtNurWasEinTerminalZeigt) {
                 {"\u0080|\u0800|\uD7FF|\U00010000|\U0010FFFF", " |\u0800|\uD7FF|\U00010000|\U0010FFFF"}})
         EXPECT_EQ(einzeilig(roh), soll);
     EXPECT_EQ(einzeilig("äöü", 2), "äö");
-    EXPECT_EQ(zeichenzahl(einzeilig("\xE0\x9F\xED\xA0\xF0\x8F\xF4\x90\xC1\xF5\xFF\xC2")), 12U);
+    EXPECT_EQ(einzeilig("ä\x80\xE0\x9F\xED\xA0\xF0\x8F\xF4\x90\xC1\xF5\xFF\xC2"), "ä�������������");
+    EXPECT_EQ(inGrossbuchstaben("`az{ä") + inKleinbuchstaben("@AZ[Ä"), "`AZ{ä@az[Ä");
+    EXPECT_EQ(klammertiefe(R"(]}[{"\"[[":[]},{}])"), 3U);
     EXPECT_EQ(einzeilig(std::string(9999, '\x80')).size(), 500 * std::string("\uFFFD").size());
 }
 
