@@ -74,7 +74,7 @@ private:
         std::vector<char> block(100'000);
         while (!fehler) {
             const std::size_t n = s.read_some(asio::buffer(block), fehler);
-            if (port == 53 && legtAuf.exchange(false))
+            if (port == 53 && n > 4 && legtAuf.exchange(false))
                 return;
             if (port == 53 && n > 4)
                 block[4] = static_cast<char>(block[4] | 0x80); // an answer
@@ -205,10 +205,10 @@ TEST_F(Fahrt, traegtAllesUndNichtsDavonVeraendert) {
         stau.non_blocking(true);
         std::size_t genommen = 0;
         std::error_code voll;
-        for (int leer = 0; leer < 20;
+        for (int leer = 0; leer < 20 && genommen < 150'000'000U;
              leer = voll ? leer + 1 : 0, std::this_thread::sleep_for(milliseconds(voll ? 20 : 0)))
             genommen += stau.write_some(asio::buffer(bytes), voll);
-        EXPECT_LT(genommen, 40'000'000U);
+        EXPECT_LT(genommen, 150'000'000U); // some systems' buffers grow to 33 MB each
     }
     EXPECT_EQ(hole(stelle("100.127.255.254", 7), "x"), "abgerissen") << "Tailscale's, which does not run";
     const std::string lage = sh("cat /proc/" + kind() + "/status");
