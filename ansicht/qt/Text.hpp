@@ -39,7 +39,7 @@ protected:
     void mouseReleaseEvent(QMouseEvent* ereignis) override;
 
 private:
-    [[nodiscard]] bool waehlbar() const { return textInteractionFlags() != Qt::NoTextInteraction; }
+    [[nodiscard]] bool waehlbar() const { return textInteractionFlags().testFlag(Qt::TextSelectableByMouse); }
     void faerbe();
     void kopiere() const;
 
