@@ -23,8 +23,8 @@ std::vector<std::string> kurzform(const Baum& baum) {
     std::vector<std::string> zeilen;
     const std::string text = alsText(baum);
     for (const auto zeile : teile(std::string_view(text).substr(0, text.find("\n>")), '\n'))
-        if (!zeile.starts_with("──"))
-            zeilen.emplace_back(ersteZeichen(zeile, 32));
+        zeilen.emplace_back(ersteZeichen(zeile, zeile.starts_with("──") ? 1 : 32));
+    zeilen.pop_back(); // the rule above the commands
     return zeilen;
 }
 
@@ -43,10 +43,10 @@ TEST_F(Inhalt, reise) {
     z.meldung = "zwei\nZeilen \x1b[31m";
     z.browserOhne = {{"Edge", "e", false, "/b"}};
     EXPECT_THAT(kurzform(inhalt(z, false)),
-                ElementsAre("● Mobilsteg Bordlotse", "Fährt mit", "Handy         Pixel",
+                ElementsAre("● Mobilsteg Bordlotse", "Fährt mit", "─", "Handy         Pixel",
                             "Klasse        1. Klasse · Notlag", "Gleis 1       WLAN · 42 ms",
                             "Gleis 2       Mobilfunk · weg", "Durchs Handy  12,4 MB", "✓ 1 Funkloch",
-                            "Volltunnel    aktiv — alles fähr", "zwei Zeilen  [31m",
+                            "Volltunnel    aktiv — alles fähr", "zwei Zeilen  [31m", "─",
                             "fahrtwind fehlt im Browser — die", "[In Edge hinzufügen]   [×]",
                             "[ ] Expertenmodus   [Beenden]"));
     z.browserHinweisWeg = true;
@@ -62,8 +62,8 @@ TEST_F(Inhalt, experte) {
     z.durch = {"Safari (3)", "curl (1)"};
     z.vorbei = {"Mail (2)"};
     const auto zeilen = kurzform(inhalt(z, false));
-    EXPECT_THAT(std::vector(zeilen.begin() + 5, zeilen.end()),
-                ElementsAre("Proxy am Mac     127.0.0.1:1080 ", "Draußen als      203.0.113.7",
+    EXPECT_THAT(std::vector(zeilen.begin() + 6, zeilen.end()),
+                ElementsAre("─", "Proxy am Mac     127.0.0.1:1080 ", "Draußen als      203.0.113.7",
                             "Durch Proxy      Safari (3), cur", "Am Proxy vorbei  Mail (2)",
                             "Diese Programme beachten den Sys", "[x] System-Proxy automatisch set",
                             "[Proxy entfernen]", "[ ] Volltunnel: alles vom Mac du",
@@ -78,10 +78,10 @@ TEST_F(Inhalt, vpn) {
     z.nurVPN = true;
     z.browserOhne = {{"Edge", "e", false, "/b"}};
     EXPECT_THAT(kurzform(inhalt(z, true)),
-                ElementsAre("● Mobilsteg VPN-Lotse", "Ihr VPN übersteht Funklöcher", "Starte …",
-                            "Kein VPN verbunden.", "Handy         —", "Klasse        —", "Durchs Handy  —",
-                            "[ ] Funkloch-Schutz (Volltunnel,", "[x] Nur den VPN durchs Handy — a",
-                            "[ ] Expertenmodus   [Beenden]"));
+                ElementsAre("● Mobilsteg VPN-Lotse", "Ihr VPN übersteht Funklöcher", "Starte …", "─",
+                            "Kein VPN verbunden.", "─", "Handy         —", "Klasse        —",
+                            "Durchs Handy  —", "[ ] Funkloch-Schutz (Volltunnel,",
+                            "[x] Nur den VPN durchs Handy — a", "[ ] Expertenmodus   [Beenden]"));
 }
 
 TEST_F(Inhalt, jederVpnStehtEinmalDaUndWieErGesichertIst) {
