@@ -5,6 +5,7 @@
 #include "ansicht/terminal/Befehle.hpp"
 #include "ansicht/terminal/Eingabe.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
+#include "plattform/AsioSchlange.hpp"
 #include "plattform/Text.hpp"
 #include "tests/hilfe/KabelWelt.hpp"
 
@@ -155,6 +156,23 @@ TEST(Befehle, verstehenNurWasDasPanelZeigt) {
         for (const auto& angebot : angebote(baum))
             EXPECT_EQ(verstehe(befehl(angebot.aktion), baum).aktion, angebot.aktion) << angebot.text;
     }
+}
+
+TEST(Eingabe, bringtJedeZeileUndDannDasEnde) {
+    int rohr[2];
+    ASSERT_EQ(::pipe(rohr), 0);
+    ::dup2(rohr[0], STDIN_FILENO);
+    std::string getippt, gehoert;
+    for (int i = 0; i < 3000; ++i) // more than may wait
+        getippt += std::to_string(i) + "\n";
+    ASSERT_EQ(::write(rohr[1], getippt.data(), getippt.size() - 1), std::ssize(getippt) - 1);
+    ::close(rohr[1]);
+    AsioSchlange haupt("haupt", AsioSchlange::Faden::rufer);
+    Eingabe eingabe(
+        haupt, [&](const std::string& zeile) { gehoert += zeile + "\n"; }, [&] { haupt.halt(); });
+    eingabe.beginne(nullptr);
+    haupt.laufe();
+    EXPECT_EQ(gehoert, getippt);
 }
 
 TEST(Terminaldialog, fragtBisZurAntwortOderZumEndeDerEingabe) {

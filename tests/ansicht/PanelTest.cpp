@@ -2,14 +2,21 @@
 
 #include "ansicht/Inhalt.hpp"
 #include "ansicht/qt/Gestalt.hpp"
-#include "ansicht/qt/Panelfenster.hpp"
+#include "ansicht/qt/Menueleistenstueck.hpp"
 #include "ansicht/qt/QtBetrieb.hpp"
+#include "ansicht/qt/Symbole.hpp"
 #include "ansicht/qt/Text.hpp"
+#include "tests/ansicht/Muster.hpp"
 #include "tests/hilfe/Ordner.hpp"
 
 #include <QAbstractButton>
+#include <QClipboard>
 #include <QContextMenuEvent>
+#include <QKeyEvent>
 #include <QMenu>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTimer>
 #include <gmock/gmock.h>
 
 #include <cmath>
@@ -43,9 +50,38 @@ std::string abbild(const QWidget& panel) {
     return alles.replace(QChar(0x200b), "¦").remove("(||)").toStdString();
 }
 
+/// How many pixels of each row and of each column are drawn on, in base 36, and the colour that is not the
+/// ground's most often.
+std::string abdruck(const QImage& bild, const QRect& ort) {
+    std::string zeilen(static_cast<std::size_t>(ort.height()), '0'),
+        spalten(static_cast<std::size_t>(ort.width()), '0');
+    std::map<QRgb, int> farben;
+    const auto zaehle = [](char& ziffer) { ziffer = ziffer == '9' ? 'a' : static_cast<char>(ziffer + 1); };
+    for (int y = 0; y < ort.height(); ++y)
+        for (int x = 0; x < ort.width(); ++x) {
+            const QRgb farbe = bild.pixel(ort.topLeft() + QPoint(x, y)), grund = bild.pixel(1, 1);
+            if (std::abs(qGray(farbe) - qGray(grund)) + std::abs(qAlpha(farbe) - qAlpha(grund)) < 24)
+                continue;
+            ++farben[farbe];
+            zaehle(zeilen[static_cast<std::size_t>(y)]);
+            zaehle(spalten[static_cast<std::size_t>(x)]);
+        }
+    if (farben.empty())
+        return "leer";
+    const auto meiste = std::max_element(farben.begin(), farben.end(),
+                                         [](const auto& a, const auto& b) { return a.second < b.second; });
+    return zeilen + " " + spalten + " " + QColor::fromRgba(meiste->first).name(QColor::HexArgb).toStdString();
+}
+
 struct Panel : testing::Test {
     Panel() {
         z.handy = "Pixel";
+        z.gleise = {"WLAN · 42 ms", "Mobilfunk · weg"};
+        z.rettung = "1 Funkloch überstanden";
+        z.vpnsGesichert = {"Firma · 10.1.2.3"};
+        z.vpnsOffen = {"Firma · 10.1.2.3", "OpenVPN"};
+        z.durch = z.vorbei = {"Mail (2)"};
+        z.meldung = "Volltunnel: & <b>kein</b> Markup";
         z.browserOhne = {{"Chrome", "c", false, "/a"}, {"Edge", "e", false, "/b"}};
         QApplication::setStyle("fusion");
         panel.show();
@@ -53,16 +89,22 @@ struct Panel : testing::Test {
 
     ~Panel() override { QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); } // no loop runs
 
-    void zeichne(const char* profil, bool experte) {
+    Baum zeichne(const char* profil, bool experte) {
         z.profil = profil;
         z.experte = z.volltunnelAn = experte;
         panel.zeichne(inhalt(z, false));
+        return inhalt(z, false);
     }
     QAbstractButton* knopf(const char* schluessel) {
         return panel.findChild<QWidget*>(schluessel)->findChild<QAbstractButton*>();
     }
     Text* wert(const char* schluessel) {
         return panel.findChild<QWidget*>(schluessel)->findChildren<Text*>().value(1);
+    }
+
+    static bool fremdeSchriften() {
+        const QFontMetrics mass(QApplication::font());
+        return mass.horizontalAdvance('i') != mass.horizontalAdvance('W');
     }
 
     /// Without any font Qt draws squares as large as a letter: the same on each machine.
@@ -79,29 +121,10 @@ struct Panel : testing::Test {
     Zustand z;
 };
 
-TEST_F(Panel, zeigtJedesElementAnSeinemOrt) {
-    if (const QFontMetrics mass(QApplication::font());
-        mass.horizontalAdvance('i') != mass.horizontalAdvance('W'))
+TEST_F(Panel, zeigtJedesElementAnSeinemOrtUndMeldetSeinenKlick) {
+    if (fremdeSchriften())
         GTEST_SKIP() << "fonts that no fontconfig names";
-    const auto knopf = [](const char* wert, const char* text, const char* app) {
-        return Element{wert, Knopf{{Bedienung::browser, wert}, text, "", app, true}};
-    };
-    const Knopf weg{{Bedienung::hinweisWeg, ""}, "×", "Weg damit", "", true, Farbe::sekundaer};
-    const Satz satz{"Satz", Schrift::kleinste, Farbe::rot, Aktion{Bedienung::protokoll, ""}};
-    panel.zeichne({{"titel", Kopf{"Titel", Farbe::gelb}},
-                   {"satz", satz},
-                   {"strich", Trenner{}},
-                   {"zeile", Zeile{"Ort", "Heidelberg_Altstadt am Neckar, in dem Tal"}},
-                   {"offen", Symbolzeile{"shield.slash", Farbe::orange, "Firma", "offen"}},
-                   {"zu", Symbolzeile{"lock.shield.fill", Farbe::gruen, "Zu", ""}},
-                   {"an", Schalter{Bedienung::volltunnel, "Ein langer Schalter", true}},
-                   {"proxy", Knopf{{Bedienung::proxy, ""}, "Weg & da", "", ""}},
-                   {"wahl", Wahl{Bedienung::profil, "Wahl", {{"reise", "Eins"}, {"vpn", "Zwei"}}, "vpn"}},
-                   {"reihe", Reihe{{knopf("A", "In A", "/a"),
-                                    knopf("B", "In BBBB", "/b"),
-                                    knopf("C", "In C", ""),
-                                    knopf("D", "D", ""),
-                                    {"weg", weg}}}}});
+    panel.zeichne(muster());
     QApplication::processEvents();
     EXPECT_EQ(abbild(panel), R"(
 12,12 76x15 Titel(Titel||)  309,15 9x9(in Arbeit||)
@@ -115,11 +138,185 @@ TEST_F(Panel, zeigtJedesElementAnSeinemOrt) {
 12,212 100x15 Wahl(Wahl||)#9e000000  120,212 20x15 (Eins||)  140,212 178x15 Eins(Eins||)^  120,231 20x15 x(Zwei||)  140,231 178x15 Zwei(Zwei||)^
 12,254 81x18 In A(In A||)^  101,254 126x18 In BBBB(In BBBB||)^  235,254 60x17 In C(In C||)^
 12,280 15x17 D(D||)^  303,254 15x17 ×(Weg damit||Weg damit)^)");
-    for (auto* text : panel.findChildren<Text*>()) { // only a value can be copied
+    const QImage bild = panel.grab().toImage();
+    const std::pair<QRect, const char*> drucke[] = {
+        {{0, 0, 12, 12}, "c11111111111 c11111111111 #ffbfbfbf"},
+        {{309, 15, 9, 9}, "579999975 579999975 #fff5bf00"},
+        {{12, 53, 9, 3}, "090 111111111 #ffc9c9c9"},
+        {{12, 116, 13, 13}, "05a5555564870 0286676765a20 #ffdcc4b0"},
+        {{12, 158, 14, 15}, "e234547686642e0 e225766777422e #ff484848"},
+        {{120, 212, 14, 15}, "673244224433660 67324422443366 #ff494949"},
+        {{120, 231, 14, 15}, "67328a88a833660 67328a88a83366 #ff4b4b4b"},
+        {{12, 254, 31, 18}, "00acf7ff555555ka00 ac7868666666ca000000000b2222222 #ff5b90db"},
+        {{303, 254, 15, 17}, "000b222222222b000 00b222222222b00 #ff5b5b5b"}};
+    for (const auto& [ort, soll] : drucke)
+        EXPECT_EQ(abdruck(bild, ort), soll);
+
+    const std::pair<const char*, const char*> symbole[] = {
+        {"lock.shield.fill", "0048iigggggaaa888eca8420 000adefgc9deed9cgfeda000 #ff000000"},
+        {"nie gehört", "008cc88668aaaa86688cc800 008cc88668aaaa86688cc800 #ff000000"},
+        {"shield.slash", "006bfb7789999997667bd820 002bcd878999999866efd200 #ff000000"}};
+    for (const auto& [name, soll] : symbole) {
+        const auto png = QImage::fromData(QByteArray::fromStdString(symbolpng(name, 24)));
+        EXPECT_EQ(abdruck(png, png.rect()), soll);
+    }
+    EXPECT_EQ(leistenikone("shield", Qt::red).availableSizes().size(), 9);
+
+    const std::pair<QPointF, Qt::MouseButton> klicks[] = {
+        {{1, 1}, Qt::LeftButton}, {{1, 1}, Qt::RightButton}, {{-1, 1}, Qt::LeftButton}};
+    for (auto* text : panel.findChildren<QLabel*>())
+        for (const auto& [ort, taste] : klicks) {
+            QMouseEvent los(QEvent::MouseButtonRelease, ort, ort, taste, Qt::NoButton, Qt::NoModifier);
+            QApplication::sendEvent(text, &los);
+        }
+    const std::vector<Aktion> soll = {
+        {Bedienung::protokoll, ""}, {Bedienung::volltunnel, "aus"}, {Bedienung::profil, "reise"}};
+    EXPECT_EQ(getan, soll);
+}
+
+// One window through all of them, so that it changes in place.
+TEST_F(Panel, siehtGeaendertAusWieNeu) {
+    const std::pair<const char*, bool> faelle[] = {
+        {"reise", false}, {"vpn", false}, {"vpn", true}, {"reise", true}, {"reise", false}};
+    for (const auto& [profil, experte] : faelle) {
+        const Baum baum = zeichne(profil, experte);
+        panel.show(); // the other one has taken its place
+        QApplication::processEvents();
+        const auto geaendert = abbild(panel);
+        Panelfenster neu([](const Aktion&) {});
+        neu.zeichne(baum);
+        neu.show();
+        QApplication::processEvents();
+        EXPECT_EQ(geaendert, abbild(neu)) << profil << experte;
+    }
+}
+
+TEST_F(Panel, rolltWasZuHochIstUndSchliesstWieEinMenueOderGarNicht) {
+    zeichne("reise", true);
+    std::vector<std::string> gesehen;
+    const auto merke = [&](const std::string& was) {
+        QApplication::processEvents();
+        auto* rollen = panel.findChild<QScrollArea*>();
+        gesehen.push_back(was + (panel.isVisible() ? " offen " : " zu ") + std::to_string(panel.height()) +
+                          " " + std::to_string(panel.width() - rollen->viewport()->width()) +
+                          (rollen->verticalScrollBar()->isVisible() ? " rollt" : ""));
+    };
+    const auto taste = [&](int welche) {
+        QKeyEvent ereignis(QEvent::KeyPress, welche, Qt::NoModifier);
+        QApplication::sendEvent(&panel, &ereignis);
+        merke("Taste");
+    };
+    const auto verlasse = [&] {
+        QEvent ereignis(QEvent::WindowDeactivate);
+        QApplication::sendEvent(&panel, &ereignis);
+        merke("verlassen");
+        panel.show();
+    };
+    panel.beiNeuerHoehe([&] { merke("Hoehe"); });
+    panel.beimSchliessen([&] { merke("Schluss"); });
+    panel.setzeHoechsthoehe(panel.height());
+    panel.setzeHoechsthoehe(100);
+    merke("niedrig");
+    taste(Qt::Key_A);
+    taste(Qt::Key_Escape);
+    panel.show();
+    verlasse();
+    panel.setzeArt(Panelfenster::Art::fenster);
+    merke("Fenster");
+    panel.show();
+    verlasse();
+    taste(Qt::Key_Escape);
+    panel.close();
+    merke("geschlossen");
+    EXPECT_THAT(gesehen, testing::ElementsAre(
+                             "Hoehe offen 100 14 rollt", "niedrig offen 100 14 rollt",
+                             "Taste offen 100 14 rollt", "Schluss offen 100 14 rollt", "Taste zu 100 14",
+                             "Schluss offen 100 14 rollt", "verlassen zu 100 14", "Fenster zu 100 14",
+                             "verlassen offen 100 14 rollt", "Taste offen 100 14 rollt",
+                             "Schluss offen 100 14 rollt", "geschlossen offen 100 14 rollt"));
+}
+
+TEST_F(Panel, einWertLaesstSichKopierenUndEineBezeichnungNicht) {
+    z.handy = "Ein-sehr-langer-Name-ohne-Leerzeichen";
+    zeichne("reise", false);
+    auto* handy = wert("zeile.Handy");
+    for (auto* text : panel.findChild<QWidget*>("zeile.Handy")->findChildren<Text*>()) {
         QContextMenuEvent ereignis(QContextMenuEvent::Mouse, QPoint(), QPoint());
         QApplication::sendEvent(text, &ereignis);
-        EXPECT_EQ(text->findChild<QMenu*>() != nullptr, text == wert("zeile"));
+        EXPECT_EQ(text->findChild<QMenu*>() != nullptr, text == handy);
     }
+    QEvent verlassen(QEvent::WindowDeactivate);
+    QApplication::sendEvent(&panel, &verlassen);
+    EXPECT_TRUE(panel.isVisible()) << "a value's menu is the panel, too";
+    const auto eintraege = handy->findChild<QMenu*>()->actions();
+    EXPECT_FALSE(eintraege[0]->isEnabled()) << "nothing is selected yet";
+    eintraege[1]->trigger();
+    eintraege[0]->setEnabled(true); // as in a menu that opens now
+    for (const bool perTaste : {true, false}) {
+        QApplication::clipboard()->clear();
+        QKeyEvent kopiere(QEvent::KeyPress, Qt::Key_C, Qt::ControlModifier);
+        perTaste ? (void)QApplication::sendEvent(handy, &kopiere) : eintraege[0]->trigger();
+        EXPECT_EQ(QApplication::clipboard()->text().toStdString(), z.handy);
+    }
+}
+
+TEST_F(Panel, eineFrageHatDieAntwortIhresKnopfesUndGeschlossenKeine) {
+    const auto drueckt = [](QWidget* f, const char* knopf) {
+        f->findChild<QAbstractButton*>(knopf)->click();
+    };
+    const auto taste = [](QWidget* f, int welche) {
+        QKeyEvent ereignis(QEvent::KeyPress, welche, Qt::NoModifier);
+        QApplication::sendEvent(f, &ereignis);
+    };
+    const std::pair<std::function<void(QWidget*)>, int> faelle[] = {
+        {[&](QWidget* f) { drueckt(f, "frage.Ja & gern"); }, 0},
+        {[&](QWidget* f) { drueckt(f, "frage.Nein"); }, 1},
+        {[&](QWidget* f) { taste(f, Qt::Key_Return); }, 0},
+        {[&](QWidget* f) { taste(f, Qt::Key_Escape); }, -1},
+        {&QWidget::close, -1},
+        {[&](QWidget*) { qt.beende(); }, -1}}; // no further question is asked
+    QApplication::setApplicationName("Lotse");
+    for (const auto& [tue, soll] : faelle) {
+        std::string fenster;
+        QTimer::singleShot(0, qApp, [&, &tue = tue] {
+            auto* f = QApplication::activeModalWidget();
+            fenster = f->windowTitle().toStdString();
+            for (const auto* text : f->findChildren<QLabel*>())
+                fenster += "|" + text->text().toStdString() + (text->font().bold() ? "!" : "");
+            tue(f);
+        });
+        EXPECT_EQ(qt.dialog().frage({"<b>?", "Darum.", {"Ja & gern", "Nein"}}), soll);
+        EXPECT_EQ(fenster, "Lotse||<b>?!|Darum.");
+    }
+}
+
+// Where there is no menu bar, the panel is a window, and closing it ends the program.
+TEST_F(Panel, ohneMenueleisteIstEsEinFensterNichtHoeherAlsDerSchirm) {
+    if (fremdeSchriften())
+        GTEST_SKIP() << "fonts that no fontconfig names";
+    panel.hide();
+    Menueleistenstueck stueck([this](const Aktion& a) { getan.push_back(a); });
+    QWidget* fenster = nullptr;
+    QMenu* menue = nullptr;
+    for (auto* eines : QApplication::topLevelWidgets()) {
+        menue = qobject_cast<QMenu*>(eines) ? qobject_cast<QMenu*>(eines) : menue;
+        fenster = eines->objectName() == "panel" && eines != &panel ? eines : fenster;
+    }
+    stueck.zeichne(muster(), "shield", "1,2 MB");
+    EXPECT_EQ(fenster->pos(), QPoint(0, 5)) << "below the item, and on the screen";
+    stueck.zeichne(zeichne("reise", true), "shield", "1,2 MB");
+    const int schirm = fenster->screen()->availableSize().height();
+    EXPECT_EQ(fenster->geometry(), QRect(0, 0, Masse::breite, schirm));
+    EXPECT_FALSE(fenster->isVisible());
+    stueck.erscheine();
+    EXPECT_EQ(fenster->height(), schirm - 60) << "room for the frame";
+    EXPECT_FALSE(fenster->close()) << "it stays until the program has ended";
+    fenster->hide();
+    for (auto* eintrag : menue->actions())
+        eintrag->trigger();
+    EXPECT_TRUE(fenster->isVisible() && fenster->focusWidget() == fenster) << "no key switches anything";
+    const Aktion beenden{Bedienung::beenden, ""};
+    EXPECT_THAT(getan, testing::ElementsAre(beenden, Aktion{Bedienung::protokoll, ""}, beenden));
 }
 
 TEST_F(Panel, einAnderesBildLaesstFokusUndAuswahlStehen) {

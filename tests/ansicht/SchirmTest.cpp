@@ -2,9 +2,9 @@
 
 #include "ansicht/terminal/Schirm.hpp"
 
-#include "ansicht/Inhalt.hpp"
 #include "ansicht/terminal/Terminaltafel.hpp"
 #include "plattform/Text.hpp"
+#include "tests/ansicht/Muster.hpp"
 
 #include <gmock/gmock.h>
 
@@ -30,15 +30,56 @@ extern "C" const char* __lsan_default_suppressions() {
 
 namespace {
 
+/// With ^ for what begins a terminal's command, and lines as they are.
+std::string lesbar(std::string text) {
+    std::erase(text, '\r');
+    for (auto i = text.find("\x1b["); i != std::string::npos; i = text.find("\x1b[", i))
+        text.replace(i, 2, "^");
+    return text;
+}
+
 TEST(Schirm, bildPasstInBreiteUndHoehe) {
-    Zustand z;
-    z.experte = true;
-    const std::string schmal = alsText(inhalt(z, false), {false, 40});
-    for (const auto zeile : teile(schmal, '\n'))
-        EXPECT_LE(zeichenzahl(zeile), 40U) << zeile;
-    EXPECT_THAT(
-        schmal,
-        HasSubstr("\n> volltunnel an    Volltunnel: alles vom\n                   Mac durchs Handy\n"));
+    EXPECT_EQ("\n" + lesbar(alsText(muster(), {true, 40})), R"(
+^33m◐ ^0mTitel
+^31mSatz^0m
+^2m────────────────────────────────────────^0m
+^2mOrt  ^0mHeidelberg_Altstadt am Neckar, in
+     dem Tal
+^33m○ ^0mFirma · offen
+^32m● ^0mZu
+[x] Ein langer Schalter
+[Weg & da]
+Wahl:
+( ) Eins
+(•) Zwei
+[In A]   [In BBBB]   [In C]   [D]   [×]
+^2m────────────────────────────────────────^0m
+^2m> volltunnel aus  ^0m^2mEin langer Schalter^0m
+^2m> proxy           ^0m^2mWeg & da^0m
+^2m> profil reise    ^0m^2mWahl: Eins^0m
+^2m> browser A       ^0m^2mIn A^0m
+^2m> browser B       ^0m^2mIn BBBB^0m
+^2m> browser C       ^0m^2mIn C^0m
+^2m> browser D       ^0m^2mD^0m
+^2m> hinweis weg     ^0m^2mWeg damit^0m
+)");
+    const Frage frage{"Darf das sein, oder nicht?", "Darum.\n\nUnd darum.", {"Ja, gern", "Nein"}};
+    EXPECT_EQ("\n" + alsText(frage, {false, 20}) + alsText(frage, {}), R"(
+Darf das sein, oder
+nicht?
+────────────────────
+Darum.
+
+Und darum.
+1) Ja, gern
+2) Nein
+Darf das sein, oder nicht?
+Darum.
+
+Und darum.
+1) Ja, gern
+2) Nein
+)");
 
     const std::string text = "Kopf\nPhase\n──\na\nb\nc\nd\n";
     const auto bild = [&](std::size_t hoehe, std::size_t ab) {
@@ -116,6 +157,16 @@ TEST(Schirm, getipptesUeberstehtDasNeueBildUndAmEndeIstAllesZurueckgestellt) {
                 AllOf(HasSubstr("Bild 40\r"), HasSubstr("\x1b[2mSo geht das Handy: stecken, erlauben,")));
     schirm->zeige([](Schriftbild) { return "zwei\n"; }, {"experte an", "experte aus", "Tür"});
     EXPECT_THAT(t.bis("> EX"), HasSubstr("zwei"));
+    schirm->zeige([](Schriftbild) { return "Kopf\n──\n1\n2\n3\n4\n5\n6\n7\n8\n9\nX\n"; },
+                  {"experte an", "experte aus", "Tür"});
+    t.bis("weitere");
+    for (const auto& [taste, bild] :
+         {std::pair{"\x1b[6~", "^KKopf\n^K5\n^K6\n^K7\n^K8\n^K9\n^KX\n^K… Bild ↑: 5, Bild ↓: 0 weitere"},
+          {"\x1b[5~", "^KKopf\n^K──\n^K1\n^K2\n^K3\n^K4\n^K5\n^K… Bild ↑: 0, Bild ↓: 5 weitere"}}) {
+        t.tippe(taste);
+        t.bis("\x1b[H");
+        EXPECT_EQ(lesbar(t.bis("weitere")), bild);
+    }
     t.tippe("\t");
     t.bis("> experte a\x1b");
     t.tippe("\t");

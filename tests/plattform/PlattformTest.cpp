@@ -12,8 +12,10 @@
 #include <nlohmann/json.hpp>
 
 #include <pwd.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <future>
 
@@ -60,6 +62,21 @@ TEST(Dateien, werdenGanzErsetztOderGarNicht) {
     const std::string rest = ordner.lege("/stand.json.neu-a1B2c3", ""); // of a run that was killed
     fegeReste(ziel);
     EXPECT_TRUE(existiert(ziel) && !existiert(rest));
+}
+
+/// A full disk takes the first bytes and no more.
+TEST(Dateien, nehmenDenAnfangEinerZeileZurueck) {
+    const Ordner ordner;
+    const std::string ziel = ordner.lege("/log", "Zeile\n");
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit grenze{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &grenze), 0);
+    const rlimit voll{10, grenze.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &voll), 0);
+    EXPECT_FALSE(haengeAn(ziel, "noch eine\n"));
+    EXPECT_EQ(liesDatei(ziel), "Zeile\n");
+    EXPECT_TRUE(haengeAn(ziel, "gut\n"));
+    ::setrlimit(RLIMIT_FSIZE, &grenze);
 }
 
 TEST(Text, einzeiligBleibtNurWasEinTerminalZeigt) {
