@@ -63,6 +63,9 @@ Wahl:
 ^2m> browser D       ^0m^2mD^0m
 ^2m> hinweis weg     ^0m^2mWeg damit^0m
 )");
+    const Schalter lang{Bedienung::volltunnel, "Volltunnel: alles vom Mac durchs Handy", false};
+    EXPECT_THAT(alsText({{"an", lang}}, {false, 40}),
+                EndsWith("\n> volltunnel an  Volltunnel: alles vom\n                 Mac durchs Handy\n"));
     const Frage frage{"Darf das sein, oder nicht?", "Darum.\n\nUnd darum.", {"Ja, gern", "Nein"}};
     EXPECT_EQ("\n" + alsText(frage, {false, 20}) + alsText(frage, {}), R"(
 Darf das sein, oder

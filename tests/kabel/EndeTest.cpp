@@ -42,12 +42,17 @@ TEST(Ende, woDerProzessAuchStirbtDerNaechsteStartNimmtAllesVorDemErstenTakt) {
 }
 
 /// The tool of a run that died may end its work only after our first look.
+struct SpaeteWelt : HandyWelt {
+    SpaeteWelt() {
+        einstellungen.werte["proxy.ungewiss"] = "USB LAN\n";
+        starteBis(1);
+        socksAn["USB LAN"] = true;
+        socksZiel["USB LAN"] = {"127.0.0.1", 1080};
+    }
+};
+
 TEST(Ende, derZweiteBlickSagtWasErNichtWegnehmenKann) {
-    HandyWelt w;
-    w.einstellungen.werte["proxy.ungewiss"] = "USB LAN\n";
-    w.starteBis(1);
-    w.socksAn["USB LAN"] = true;
-    w.socksZiel["USB LAN"] = {"127.0.0.1", 1080};
+    SpaeteWelt w;
     w.networksetupFehler = "gesperrt";
     w.laufeBisSekunde(7);
     EXPECT_THAT(w.protokoll(), Contains("System-Proxy nicht entfernt von USB LAN: gesperrt").Times(1));
@@ -82,11 +87,7 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
 
 /// Its own queue may hang in a tool for ever.
 TEST(Ende, imNotfallGehtDerProxyAuchOhneDenRestWeg) {
-    HandyWelt w;
-    w.einstellungen.werte["proxy.ungewiss"] = "USB LAN\n";
-    w.starteBis(1);
-    w.socksAn["USB LAN"] = true;
-    w.socksZiel["USB LAN"] = {"127.0.0.1", 1080};
+    SpaeteWelt w;
     w.kabel->nimmProxyNotfallsWeg();
     EXPECT_FALSE(w.socksAn["USB LAN"] || w.socksAn["Wi-Fi"]);
     const auto zeilen = w.protokoll();
