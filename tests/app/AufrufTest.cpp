@@ -1,6 +1,7 @@
 // The shipped program without a phone: what it says to one option (the clean-up by hand, the self-test, the
 // words), and a run without adb.
 
+#include "plattform/Orte.hpp"
 #include "tests/hilfe/Fahrtbank.hpp"
 
 #include <gmock/gmock.h>
@@ -24,7 +25,6 @@ const std::tuple<std::string, std::string, const char*, int> lagen[] = {
     {"proxy Wi-Fi 127.0.0.1 1080; merke Wi-Fi; touch zustand/ohne-admin", "--aufraeumen",
      "„Wi-Fi“ … nicht ausgeschaltet: ** Error: Command requires admin privileges.\nSystem-Proxy „Firmen", 1},
     {"merke Wi-Fi; rm $ns", "--aufraeumen", "„Wi-Fi“ … nicht ausgeschaltet: ", 1},
-    {"merke Wi-Fi; rm $ns", "--selbsttest", "✗ Werkzeug", 1},
     {"skript $ns 'kill -TERM $$'", "--aufraeumen",
      "Netzwerkdienste … lassen sich nicht befragen: networksetup: Rückgabe 15\nVolltunnel", 1},
     {R"(mv $ns $ns.echt; skript $ns 'case $* in -getsocks*Wi-Fi) exit 4 ;; esac; exec "$0.echt" "$@"')",
@@ -34,16 +34,11 @@ const std::tuple<std::string, std::string, const char*, int> lagen[] = {
     {"skript $adb 'echo kein Server >&2; exit 4'", "--aufraeumen",
      "Weiterleitungen … lassen sich nicht befragen: kein Server\n", 1},
     {"skript $adb 'exec sleep 60'", "--aufraeumen", "nicht befragen: adb antwortet nicht\n", 1},
-    {"skript $adb '[ $# = 2 ] && exec echo A tcp:1080 tcp:1080; echo fort >&2; exit 1'", "--aufraeumen",
-     "Weiterleitungen … tcp:1080 nicht entfernt: fort\n", 1},
     {"", "--selbsttest", "✗ adb              fehlt — brew install", 1},
     {"skript $adb 'kill -TERM $$'", "--selbsttest", "adb antwortet nicht — ", 1},
     {"skript $adb 'echo List'", "--selbsttest", "✗ Handy            keines — Kabel einstecken", 1},
-    {"handy", "--selbsttest", "Nichts steht im Weg.", 0},
     {"skript usr/sbin/lsof 'echo y 2 x:18080 \\(LISTEN\\); echo x 1 u x:8080; echo nginx 77 x:8080 \\(LISTEN\\)'",
      "--selbsttest", "✓ Port 8080        belegt von nginx (Prozess 77); der Bordlotse nimmt 18080\n", 1},
-    {"handy; proxy Wi-Fi 127.0.0.1 1080", "--selbsttest", "127.0.0.1:1080 — das war ein früherer Lauf", 1},
-    {"handy; proxy Wi-Fi 10.0.0.5 80", "--selbsttest", "„Wi-Fi“: 10.0.0.5:80 — ", 1},
     {"", "--hilfe", "Internet weg?", 0},
     {"", "--version", "mobilsteg-bordlotse 1.", 0},
     {"", "--anmelden aus", "Startet nicht mehr", 0},
@@ -59,8 +54,8 @@ const std::tuple<std::string, std::string, const char*, int> lagen[] = {
     {"", "--stand", "Läuft nicht\n", 1},
 };
 const char* const vorbereitung = R"(
-    rm -rf "$0"; "$1" "$0" >/dev/null; cd "$0"
-    unsere=$2 ns=usr/sbin/networksetup adb=opt/homebrew/bin/adb; rm -f $adb
+    cd "${0%/mac}"; rm -rf mac heim; mkdir -p mac heim/Library/Preferences; cd mac; "$1" . >/dev/null
+    unsere=$2 app=$3 ns=usr/sbin/networksetup adb=opt/homebrew/bin/adb; rm -f $adb
     proxy() { $ns -setsocksfirewallproxy "$@"; }
     merke() { echo "{\"proxy.dienst\":\"$1\"}" >"$unsere"; }
     skript() { printf '#!/bin/sh\n%s\n' "$2" >$1; chmod +x $1; }
@@ -68,22 +63,121 @@ const char* const vorbereitung = R"(
     echo '{"profil":"reise"}' >"$unsere"
 )";
 
+/// The same, with all that is said; "~" stands for the trip's folder, "RECHNER" for this machine's name.
+const std::tuple<std::string, std::string, std::string, int> ganze[] = {
+    {R"(handy; mkdir -p 'Applications/Google Chrome.app/Contents'
+        touch 'Applications/Google Chrome.app/Contents/Info.plist')",
+     "--selbsttest",
+     R"(✓ Programm         Mobilsteg Bordlotse 1.0.0 (1) · de.mobilsteg.bordlotse
+✓ Rechnername      RECHNER
+✓ Bordlotse        läuft nicht
+✓ Beim Anmelden    startet nichts
+✓ Einstellungen    ~/heim/Library/Preferences/de.mobilsteg.bordlotse.json
+✓ Protokoll        ~/heim/Library/Logs/MobilstegBordlotse.log
+✓ Ordner           ~/heim/Library/Application Support/Mobilsteg Bordlotse
+✓ adb              ~/mac/opt/homebrew/bin/adb
+✓ Handy            R1 · Samsung Galaxy S23 · device
+✓ Port 1080        frei
+✓ Port 8080        belegt von einem anderen Programm; der Bordlotse nimmt 18080
+✓ Port 1081        frei
+✓ Netzwerkdienst   Wi-Fi
+✓ System-Proxy     „Wi-Fi“: aus
+✓ Volltunnel       ~/Resources/mobilsteg-volltunnel
+✓ Werkzeuge        /sbin/route /usr/sbin/networksetup /usr/sbin/scutil /usr/sbin/lsof /usr/sbin/netstat )"
+     R"(/usr/bin/pgrep /usr/bin/mdfind /usr/bin/open /usr/bin/osascript
+✓ Browser          Chrome ohne fahrtwind · ~/mac/Applications/Google Chrome.app
+
+Nichts steht im Weg.
+)",
+     0},
+    {R"(skript $adb 'echo List; echo R9 unauthorized; echo R8 offline model:X; echo L tcp:8080 tcp:8080'
+        proxy 'USB 10/100/1000 LAN' 127.0.0.1 1080; proxy Wi-Fi 10.0.0.5 80; merke Wi-Fi; rm usr/bin/open
+        cd ../heim; mkdir -p .config/autostart Library/Logs/MobilstegBordlotse.log "$app"
+        touch "$app/volltunnel.stopp.laeuft" .config/autostart/de.mobilsteg.bordlotse.desktop
+        chmod 666 "$unsere"; chmod 777 ../Resources/*)",
+     "--selbsttest",
+     R"(✓ Programm         Mobilsteg Bordlotse 1.0.0 (1) · de.mobilsteg.bordlotse
+✓ Rechnername      RECHNER
+✓ Bordlotse        läuft nicht
+✗ Beim Anmelden    startet ein anderes Programm: ~/heim/.config/autostart/de.mobilsteg.bordlotse.desktop )"
+     R"(— --anmelden an setzt dieses ein, --anmelden aus keines
+✓ Einstellungen    ~/heim/Library/Preferences/de.mobilsteg.bordlotse.json
+✗ Protokoll        ~/heim/Library/Logs/MobilstegBordlotse.log )"
+     R"(— nicht zu schreiben: Besitzer und Rechte der Ordner prüfen
+✓ Ordner           ~/heim/Library/Application Support/Mobilsteg Bordlotse
+✓ adb              ~/mac/opt/homebrew/bin/adb
+✗ Handy            R9 ·  · unauthorized — am Handy „USB-Debugging zulassen“ bestätigen
+✗ Handy            R8 · X · offline — Kabel ab- und wieder anstecken
+✗ Handy            L ·  · tcp:8080 — Kabel ab- und wieder anstecken
+✓ Port 1080        frei
+✓ Port 8080        Weiterleitung zum Handy
+✓ Port 1081        frei
+✓ Netzwerkdienst   Wi-Fi
+✗ System-Proxy     „USB 10/100/1000 LAN“: 127.0.0.1:1080 — das war ein früherer Lauf: --aufraeumen
+✗ System-Proxy     „Wi-Fi“: 10.0.0.5:80 — der Bordlotse ersetzt ihn und schaltet ihn am Ende aus
+✓ Gemerkt          Netzwerkdienst „Wi-Fi“
+✗ Volltunnel       ~/Resources/mobilsteg-volltunnel — andere könnten ihn verändern: Rechte prüfen
+✗ Volltunnel       läuft — das war ein früherer Lauf: --aufraeumen
+✗ Werkzeug         ~/mac/usr/bin/open fehlt — es gehört zu macOS
+✓ Werkzeuge        /sbin/route /usr/sbin/networksetup /usr/sbin/scutil /usr/sbin/lsof /usr/sbin/netstat )"
+     R"(/usr/bin/pgrep /usr/bin/mdfind /usr/bin/osascript
+
+10 Dinge stehen im Weg: siehe ✗.
+)",
+     1},
+    {R"(proxy Wi-Fi 127.0.0.1 1080
+        skript $adb 'case $* in
+            *list) printf "A tcp:1080 tcp:1080\nB tcp:18080 tcp:8080\nB tcp:8080 tcp:8080\n\n"
+                   printf "C tcp:9 tcp:8080\nC tcp:8080 tcp:1080\nC tcp:1080 tcp:8080\nC x\n" ;;
+            "-s B forward --remove tcp:"*) ;; *) echo "fort $*" >&2; exit 1 ;; esac')",
+     "--aufraeumen", R"(Netzwerkdienste … 4
+System-Proxy „USB 10/100/1000 LAN“ … zeigt nicht auf 127.0.0.1:1080
+System-Proxy „Thunderbolt Bridge“ … zeigt nicht auf 127.0.0.1:1080
+System-Proxy „Wi-Fi“ … ausgeschaltet
+System-Proxy „Firmen-VPN (Zürich)“ … zeigt nicht auf 127.0.0.1:1080
+Volltunnel … keiner läuft
+Weiterleitungen … 2 entfernt; tcp:1080 nicht entfernt: fort -s A forward --remove tcp:1080
+Nicht alles ließ sich zurücknehmen: die Weiterleitungen.
+Von Hand: „adb kill-server“ nimmt die Weiterleitungen mit.
+)",
+     1},
+};
+
+struct FremderAn8080 {
+    FremderAn8080() {
+        const auto gastseite = loopback(8080);
+        EXPECT_EQ(::bind(horcher.nummer(), reinterpret_cast<const sockaddr*>(&gastseite), sizeof gastseite),
+                  0);
+        EXPECT_EQ(::listen(horcher.nummer(), 99), 0);
+    }
+    Deskriptor horcher{::socket(AF_INET, SOCK_STREAM, 0)};
+};
+
+std::string ersetzt(std::string text, const std::string& was, const std::string& wodurch) {
+    for (auto stelle = text.find(was); stelle != std::string::npos; stelle = text.find(was, stelle))
+        text.replace(stelle, was.size(), wodurch);
+    return text;
+}
+
+/// A fresh Mac and home, with that done to them.
+void bereite(const Fahrtbank& bank, const std::string& davor) {
+    const auto ergebnis =
+        lauf("/bin/sh",
+             {"-c", vorbereitung + davor, bank.ordner.pfad() + "/mac", QUELL_ORDNER "/probe/mac/aufbauen",
+              bank.ordner.pfad() + einstellungsdatei, "Library/Application Support/Mobilsteg Bordlotse"},
+             60);
+    EXPECT_EQ(ergebnis.fehler, "") << davor;
+}
+
 TEST(Aufruf, sagtWasBliebUndWasImWegSteht) {
     const Fahrtbank bank;
-    const Deskriptor fremder(::socket(AF_INET, SOCK_STREAM, 0));
-    const auto gastseite = loopback(8080);
-    EXPECT_EQ(::bind(fremder.nummer(), reinterpret_cast<const sockaddr*>(&gastseite), sizeof gastseite), 0);
-    EXPECT_EQ(::listen(fremder.nummer(), 99), 0);
+    const FremderAn8080 fremder;
     for (const auto& [davor, option, gesagt, status] : lagen) {
-        const auto vorbereitet =
-            lauf("/bin/sh",
-                 {"-c", vorbereitung + davor, bank.ordner.pfad() + "/mac", QUELL_ORDNER "/probe/mac/aufbauen",
-                  bank.ordner.pfad() + einstellungsdatei},
-                 60);
+        bereite(bank, davor);
         const auto vorher = bank.ordner.lies(einstellungsdatei);
         const auto worte = teile(option, ' ');
         const auto ergebnis = bank.rufe({worte.begin(), worte.end()});
-        SCOPED_TRACE(option + " nach " + davor + vorbereitet.fehler + ergebnis.ausgabe);
+        SCOPED_TRACE(option + " nach " + davor + ergebnis.ausgabe);
         EXPECT_EQ(ergebnis.status, status);
         EXPECT_THAT(status == 2 ? ergebnis.fehler : ergebnis.ausgabe, HasSubstr(gesagt));
         const auto hatte = [&davor = davor](const char* stueck) {
@@ -98,6 +192,19 @@ TEST(Aufruf, sagtWasBliebUndWasImWegSteht) {
                   hatte("ohne-admin"));
         EXPECT_EQ(unsere.find("Wi-Fi") != std::string::npos, status == 1 && hatte("merke Wi-Fi"))
             << "the next one can try again, but not for ever";
+    }
+}
+
+TEST(Aufruf, sagtAllesWasSieSiehtUndTut) {
+    Fahrtbank bank;
+    bank.helfer = attrappe;
+    const FremderAn8080 fremder;
+    for (const auto& [davor, option, gesagt, status] : ganze) {
+        bereite(bank, davor);
+        const auto ergebnis = bank.rufe({option});
+        EXPECT_EQ(ersetzt(ergebnis.ausgabe, bank.ordner.pfad(), "~"),
+                  ersetzt(gesagt, "RECHNER", rechnername()));
+        EXPECT_EQ(ergebnis.status, status);
     }
 }
 
