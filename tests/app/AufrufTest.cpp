@@ -1,6 +1,7 @@
 // The shipped program without a phone: what it says to one option (the clean-up by hand, the self-test, the
 // words), and a run without adb.
 
+#include "kabel/Zustand.hpp"
 #include "plattform/Orte.hpp"
 #include "tests/hilfe/Fahrtbank.hpp"
 
@@ -42,6 +43,10 @@ const std::tuple<std::string, std::string, const char*, int> lagen[] = {
     {"", "--hilfe", "Internet weg?", 0},
     {"", "--version", "mobilsteg-bordlotse 1.", 0},
     {"", "--anmelden aus", "Startet nicht mehr", 0},
+    {"touch ../heim/.config", "--anmelden aus", "Startet nicht mehr", 0},
+    {"touch ../heim/.config", "--anmelden an", "desktop lässt sich nicht schreiben: ", 1},
+    {"mkdir -p ../heim/.config/autostart/de.mobilsteg.bordlotse.desktop/x", "--anmelden aus",
+     "desktop lässt sich nicht entfernen: ", 1},
     {"", "--anmelden vielleicht", "So geht die Option: --anmelden an|aus", 2},
     {"", "--json", "--json gilt nur neben --stand", 2},
     {"", "--unsinn", "Unbekannte Option: --unsinn", 2},
@@ -264,15 +269,46 @@ TEST(Aufruf, laeuftOhneAdbBisZuSeinemEnde) {
     std::filesystem::remove(bank.ordner.pfad() + "/mac/opt/homebrew/bin/adb");
     bank.starte();
     bank.erwartePhase("adb nicht gefunden");
-    const auto zweiter = bank.rufe({"--terminal"});
-    EXPECT_EQ(zweiter.status, 1);
-    EXPECT_EQ(zweiter.fehler,
-              "mobilsteg-bordlotse: läuft schon (Prozess " + std::to_string(bank.programm->nummer()) + ")\n");
+    const std::string wer = " (Prozess " + std::to_string(bank.programm->nummer()) + ")";
+    const std::string phase = Phase(Phase::Art::keinAdb).text() + "\n";
+    // What is asked beside it, the status, what is said on which stream.
+    const std::tuple<std::vector<std::string>, int, std::string, std::string> faelle[] = {
+        {{"--terminal"}, 1, "", "mobilsteg-bordlotse: läuft schon" + wer + "\n"},
+        {{"--stand"}, 0, phase, ""},
+        {{"--aufraeumen"},
+         1,
+         "Ein Bordlotse läuft" + wer + ", deshalb bleibt alles, wie es ist: erst beenden, oder --trotzdem.\n",
+         ""},
+        {{"--anmeldung"}, 0, "", ""},
+    };
+    for (const auto& [worte, status, ausgabe, fehler] : faelle) {
+        const auto ergebnis = bank.rufe(worte);
+        EXPECT_EQ(ergebnis.status, status);
+        EXPECT_EQ(ergebnis.ausgabe, ausgabe);
+        EXPECT_EQ(ergebnis.fehler, fehler);
+    }
+    EXPECT_THAT(bank.rufe({"--stand", "--json"}).ausgabe, HasSubstr("\"proxy_gesetzt\": false,"));
+    EXPECT_THAT(bank.rufe({"--aufraeumen", "--trotzdem"}).ausgabe,
+                StartsWith("Achtung: Ein Bordlotse läuft" + wer + " und setzt alles wieder, sobald"));
+    EXPECT_THAT(bank.rufe({"--selbsttest"}).ausgabe,
+                AllOf(HasSubstr("läuft: Prozess "), HasSubstr(" · Wächter "),
+                      HasSubstr("1081        der Bordlotse selbst")));
     bank.programm->tippe("unfug\n \nexperte an");
     EXPECT_TRUE(bank.zeigt("Unbekannter Befehl: „unfug“\n") && bank.zeigt("[x] Expertenmodus"));
     bank.programm->tippe("beenden");
     EXPECT_EQ(bank.programm->warteAufEnde(), 0);
     EXPECT_TRUE(warteBis([&] { return bank.verlassen(); })) << "no watchman is left";
+    bank.starte();
+    bank.erwartePhase("adb nicht gefunden");
+    bank.programm->sende(SIGTERM);
+    EXPECT_EQ(bank.programm->warteAufEnde(), 0);
+    EXPECT_THAT(bank.protokoll(), HasSubstr("Signal 15 -- räume auf und beende"));
+    bank.starte();
+    bank.erwartePhase("adb nicht gefunden");
+    bank.programm->sende(SIGKILL);
+    EXPECT_TRUE(bank.kommt(protokolldatei, "unerwartet beendet worden — aufgeräumt\n") &&
+                bank.imStand("\"phase\": \"Beendet\""));
+    EXPECT_TRUE(warteBis([&] { return bank.verlassen(); }));
 }
 
 } // namespace
