@@ -25,8 +25,6 @@ constexpr std::int64_t browserTakte = 10;
 // --- the clock -------------------------------------------------------------------------------------------
 
 void Kabel::start() {
-    if (anschluesse_.halteWaechter)
-        anschluesse_.halteWaechter();
     const auto& buendel = anschluesse_.buendel;
     protokoll(variante_.anzeigename() + " " + buendel.version.value_or("?") + " (" +
               buendel.bauversion.value_or("?") + ")");

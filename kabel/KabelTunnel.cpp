@@ -101,7 +101,6 @@ void Kabel::volltunnelGestartet(const Tunnelauftrag& auftrag, const std::optiona
                   "soll; beim nächsten Start fragt die App erneut"
                 : "Volltunnel: " + *grund;
         schalterIntern_.volltunnelAn = false; // until the main queue has switched it off, too
-        uebergib();
         // The stored wish stays: the next start of the program tries again.
         anschluesse_.haupt.async([this] { schalteVolltunnelAus(false); });
         return;

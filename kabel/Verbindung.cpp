@@ -68,7 +68,6 @@ Verbindung::Fund Verbindung::sucheHandy() {
 
 void Verbindung::vergissHandy() {
     serial_.reset();
-    forwards_ = false;
     belegtePorts_.clear();
 }
 
@@ -180,7 +179,7 @@ bool Verbindung::entferne(const std::string& serial, const std::string& lokal) c
 }
 
 void Verbindung::baueAb() {
-    if (!adbPfad_ || !forwardSerial_)
+    if (!forwardSerial_)
         return;
     (void)entferne(*forwardSerial_, tcp(socksPort));
     auto noten = andereGastPorts_.lies();

@@ -34,10 +34,13 @@ TEST(Ende, woDerProzessAuchStirbtDerNaechsteStartNimmtAllesVorDemErstenTakt) {
         ASSERT_EQ(w.helfer, beim.starts_with("adb") ? 1 : 0);
         w.stuerzeAb();
         w.stattWerkzeug = nullptr;
+        const auto rest = w.ordner.lege(standdatei + ".neu-x", "a file half written");
         w.starte();
         w.welt.laufe(150ms);
         EXPECT_FALSE(w.socksAn["Wi-Fi"]);
         EXPECT_EQ(w.helfer, 0);
+        w.welt.laufe(2s);
+        EXPECT_FALSE(std::filesystem::exists(rest));
     }
 }
 
@@ -68,6 +71,8 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
     w.fahreLos();
     w.aufrufe.clear();
     w.raeumeAuf();
+    w.raeumeAuf();
+    EXPECT_EQ(w.zustand().phase.text() + w.zustand().austritt + w.zustand().klasse, "Beendet");
     EXPECT_THAT(w.aufrufe, ElementsAre("networksetup -setsocksfirewallproxystate Wi-Fi off",
                                        "adb -s R5CT1 forward --remove tcp:1080",
                                        "adb -s R5CT1 forward --remove tcp:18080"));
@@ -89,6 +94,7 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
 TEST(Ende, imNotfallGehtDerProxyAuchOhneDenRestWeg) {
     SpaeteWelt w;
     w.kabel->nimmProxyNotfallsWeg();
+    EXPECT_EQ(w.einstellungen.text("proxy.ungewiss"), "USB LAN\n") << "its tool may be the one that hangs";
     EXPECT_FALSE(w.socksAn["USB LAN"] || w.socksAn["Wi-Fi"]);
     const auto zeilen = w.protokoll();
     EXPECT_THAT(std::vector(zeilen.end() - 3, zeilen.end()),

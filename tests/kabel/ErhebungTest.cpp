@@ -15,7 +15,7 @@ constexpr const char* nc = "* (Connected)    1 VPN (x) \"Firma (Zürich)\"  [VPN
                            "* (Connected)    2 VPN (x) \"Firma\"\n"
                            "* (Disconnected) 3 IPSec   \"Aus\"\n"
                            "* (Connected)    4 VPN (io.TAILSCALE.ipn) \"TS\"\n"
-                           "* (Connected)    5 ohne Namen\n* (Connected) 6 \"offen\n";
+                           "* (Connected)    5 ohne Namen\n* (Connected) 6 \"offen\n* (Connected) 7 \"\"\n";
 
 TEST(Erhebung, vpnsAusTunnelberichtUndSystem) {
     HandyWelt w;
@@ -37,8 +37,11 @@ TEST(Erhebung, vpnsAusTunnelberichtUndSystem) {
     helferNennt(R"J({"dienst":"OpenVPN (Büro)"})J");
     w.laufeBisSekunde(10);
     EXPECT_THAT(w.zustand().vpnsOffen, ElementsAre("Firma (Zürich)", "Firma"));
+    helferNennt(R"({"dienst":"X"},"Y")");
+    w.laufeBisSekunde(16);
+    EXPECT_THAT(w.zustand().vpnsGesichert, IsEmpty()) << "half a report is none";
     w.handys.clear();
-    w.laufeBisSekunde(12.5); // an odd tick: the survey comes with the next one
+    w.laufeBisSekunde(18.5); // an odd tick: the survey comes with the next one
     EXPECT_THAT(w.zustand().vpnsGesichert, IsEmpty());
 }
 

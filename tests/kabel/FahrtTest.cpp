@@ -103,9 +103,17 @@ TEST(Fahrt, weichtBelegtenPortsAusUndWerDortHorchtGiltNichtAlsHandy) {
         EXPECT_EQ(w.anmeldungen.empty(), !faehrt);
         EXPECT_EQ(w.socksAn["Wi-Fi"], faehrt);
         EXPECT_EQ(w.zustand().meldung, meldung);
+        const std::string andere = ports.size() > 1 ? "Erst muss das Handy freigeben." : "";
+        if (!andere.empty())
+            w.bediene([](Kabel& k) { k.proxyUmschalten(); });
+        const auto handys = std::exchange(w.handys, {});
+        w.laufeBisSekunde(63);
+        EXPECT_EQ(w.zustand().meldung, andere)
+            << "without a phone no port is wanted; any other message stays";
+        w.handys = handys;
         w.belegtePorts.clear();
         w.forwardFehler.clear();
-        EXPECT_EQ(w.phaseBei(63), Phase::Art::faehrt);
+        EXPECT_EQ(w.phaseBei(66), Phase::Art::faehrt);
         EXPECT_EQ(w.zustand().meldung, "");
         w.raeumeAuf();
         EXPECT_FALSE(w.einstellungen.werte.contains("kabel.gastport"));
@@ -162,6 +170,7 @@ TEST(Fahrt, jedesWerkzeugHatSeineFrist) {
     for (const auto& [aufruf, sekunden] : w.fristen)
         fristen.insert(aufruf.substr(0, aufruf.find(aufruf.starts_with("adb") ? " tcp" : " ")) + " " +
                        std::to_string(static_cast<int>(sekunden)));
+    EXPECT_FALSE(w.einstellungen.werte.contains("kabel.gastport")) << "adb knows no such forward";
     EXPECT_THAT(fristen, ElementsAre("adb -s R5CT1 forward --remove 5", "adb -s R5CT1 forward 10",
                                      "adb devices -l 10", "adb forward --list 5", "lsof 8", "mdfind 8",
                                      "netstat 5", "networksetup 10", "networksetup 5", "pgrep 3", "route 5",
@@ -197,6 +206,9 @@ TEST(Fahrt, eineMeldungVonAdbZiehtDenBlickVor) {
     EXPECT_FALSE(w.socksAn["Wi-Fi"]);
     EXPECT_THAT(w.aufrufe, Contains("adb devices -l").Times(1));
     EXPECT_EQ(gehalten, 2);
+    w.aufrufe.clear();
+    w.bediene([](Kabel& k) { k.siehNach(); });
+    EXPECT_THAT(w.aufrufe, Contains("adb devices -l")) << "the next one looks again";
     w.raeumeAuf();
     w.aufrufe.clear();
     w.kabel->siehNach();
@@ -280,6 +292,12 @@ TEST(Proxy, einVerungluecktesEntfernenWirdWiederholt) {
     w.handys = {Modellhandy{.austritt = std::nullopt}}; // there it is again, but without a path
     w.laufeBisSekunde(12.5);
     EXPECT_FALSE(w.socksAn["Wi-Fi"]) << "the remembered service lets the next tick try again";
+    w.handys = {Modellhandy{}};
+    w.laufeBisSekunde(15.5);
+    w.networksetupFehler = "kaputt";
+    w.handys.clear();
+    w.laufeBisSekunde(21.5);
+    EXPECT_THAT(w.protokoll(), Contains("System-Proxy nicht entfernt von Wi-Fi: kaputt").Times(2));
 }
 
 } // namespace

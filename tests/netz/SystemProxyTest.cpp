@@ -109,6 +109,7 @@ TEST(SystemProxy, ungewissesWirdGefragtUndDerEigeneProxyDesBenutzersBleibt) {
              {{{frage, zeigtWoandershin}}, false, ""},
              {{{frage, {0, "Enabled: No\nServer: 127.0.0.1\nPort: 1080\n", ""}}}, false, ""},
              {{{frage, {0, "Enabled: Yes\nServer: 127.0.0.1\n", ""}}}, true, unbefragt},
+             {{{frage, {0, "Enabled: Yes\nPort: 1080\n", ""}}}, true, unbefragt},
              {{{frage, {0, "Enabled: Yes\nServer: 127.0.0.1\nPort: 10", ""}}}, true, unbefragt}, // half of it
              {{{frage, unbekannterDienst},
                {liste, {0, "(1) Neu\n(2) Fremd", ""}}, // renamed, its proxy still on
@@ -154,6 +155,10 @@ TEST(SystemProxy, vergisstKeinenDienstDessenProxyNochAnSeinKann) {
     EXPECT_EQ(lauf.proxy.nimmWeg().value().grund, "X is not a recognized network service.");
     EXPECT_FALSE(e.text("proxy.dienst") || lauf.proxy.nimmWeg()) << "there is no such service any more";
     EXPECT_EQ(e.text("proxy.ungewiss"), "LAN\n");
+    e.werte = {{"proxy.dienst", std::string("LAN")}};
+    EXPECT_FALSE(Lauf(e, {{netz("setsocksfirewallproxystate|Neu|off|10"), gut}}).proxy.entfernen("Neu"));
+    EXPECT_EQ(e.text("proxy.ungewiss"), "LAN\n") << "the other one's note has moved";
+    EXPECT_FALSE(e.text("proxy.dienst"));
 }
 
 TEST(SystemProxy, dieNotizEinesFrueherenLaufsUeberdauertDenEigenenProxy) {
