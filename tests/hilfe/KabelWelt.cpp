@@ -166,11 +166,12 @@ std::optional<Skriptfehler> KabelWelt::fuehreAus(const std::string& quelle) {
     meisteHelfer = std::max(meisteHelfer, ++helfer);
     // A helper of its own looks at the files ten times a second, as the real one does.
     auto leben = [this, art = tunnel, bereitAb = welt.jetzt() + tunnel.bisLaeuft, platz = helferleben.size(),
-                  gebeten = std::optional<Dauer>()]() mutable {
+                  gebeten = std::optional<Dauer>(), oben = false]() mutable {
         const bool marke = existiert(stoppPfad() + ".laeuft");
+        oben = oben || marke;
         if (!gebeten && !art.taub && existiert(stoppPfad()))
             gebeten = welt.jetzt();
-        if (gebeten ? marke && welt.jetzt() - *gebeten < art.bisWeg : welt.jetzt() < bereitAb)
+        if (gebeten ? oben && welt.jetzt() - *gebeten < art.bisWeg : welt.jetzt() < bereitAb)
             return;
         if (gebeten || art.zurueckgebaut)
             beendeHelfer(platz, gebeten ? "" : *art.zurueckgebaut);
