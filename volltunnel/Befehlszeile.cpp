@@ -13,10 +13,9 @@ namespace {
 
 /// 0: no number from 1 to `hoechstens`.
 int alsZahl(std::string_view text, int hoechstens) {
-    int wert = 0;
-    const auto [ende, fehler] = std::from_chars(text.data(), text.data() + text.size(), wert);
-    return fehler == std::errc() && ende == text.data() + text.size() && wert > 0 && wert <= hoechstens ? wert
-                                                                                                        : 0;
+    int wert = 0; // and stays so when it is too long for an int
+    const char* const ende = text.data() + text.size();
+    return std::from_chars(text.data(), ende, wert).ptr == ende && wert > 0 && wert <= hoechstens ? wert : 0;
 }
 
 } // namespace

@@ -52,12 +52,9 @@ Deskriptor nimmSperre(const std::string& pfad) {
 /// A listener on our end of the tunnel. An address may take a moment until it is ours.
 Deskriptor horche(bool sechs) {
     const Stelle stelle(tunnelenden(sechs).hier, 0);
-    const int ja = 1;
     for (const auto frist = Uhrzeit::now() + horchfrist;; ::usleep(50'000)) {
         Deskriptor horcher(::socket(sechs ? AF_INET6 : AF_INET, SOCK_STREAM, 0));
         ::fcntl(horcher.nummer(), F_SETFD, FD_CLOEXEC);
-        if (sechs)
-            ::setsockopt(horcher.nummer(), IPPROTO_IPV6, IPV6_V6ONLY, &ja, sizeof ja);
         if (::bind(horcher.nummer(), stelle.data(), static_cast<socklen_t>(stelle.size())) == 0 &&
             ::listen(horcher.nummer(), 4096) == 0)
             return horcher;
@@ -170,8 +167,6 @@ private:
     Fehler liesKanal(Wegewart& wart) {
         char block[4096];
         const ssize_t n = ::recv(kind_->kanal.nummer(), block, sizeof block, MSG_DONTWAIT);
-        if (n < 0 && (errno == EAGAIN || errno == EINTR))
-            return std::nullopt;
         if (n <= 0 || eingang_.size() > hoechstensOffen)
             return "der Tunnel ist abgestürzt";
         eingang_.append(block, static_cast<std::size_t>(n));

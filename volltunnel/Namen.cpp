@@ -60,18 +60,13 @@ bool istFrage(std::string_view nachricht) {
 
 std::size_t hoechstlaenge(std::string_view frage) {
     constexpr std::size_t ohneWunsch = 512;
-    auto stelle = zahl(frage, 4) == 1 && zahl(frage, 6) + zahl(frage, 8) == 0 ? hinterNamen(frage, dnsKopf)
-                                                                              : std::nullopt;
-    if (!stelle)
-        return ohneWunsch;
-    *stelle += 4; // type and class of the question
-    for (std::size_t weitere = zahl(frage, 10); weitere > 0; --weitere) {
-        stelle = hinterNamen(frage, *stelle);
-        if (!stelle || *stelle + 10 > frage.size())
-            break;
+    auto stelle = zahl(frage, 4) == 1 ? hinterNamen(frage, dnsKopf) : std::nullopt;
+    if (stelle)
+        stelle = hinterNamen(frage, *stelle + 4); // type and class of the question
+    while (stelle && *stelle + 10 <= frage.size()) {
         if (zahl(frage, *stelle) == 41) // EDNS
             return std::max(ohneWunsch, zahl(frage, *stelle + 2));
-        *stelle += 10 + zahl(frage, *stelle + 8);
+        stelle = hinterNamen(frage, *stelle + 10 + zahl(frage, *stelle + 8));
     }
     return ohneWunsch;
 }

@@ -72,33 +72,21 @@ void bessere(std::uint8_t* stelle, std::uint64_t alt, std::uint64_t neu) {
     setzeWort(stelle, nicht(gefaltet(std::uint64_t{nicht(wort(stelle))} + nicht(gefaltet(alt)) + neu)));
 }
 
-/// What an IP header says, and whether it is one. The ports and what else the protocol adds come later.
-bool liesKopf(Bytes bytes, Paket& paket, std::uint8_t& protokoll) {
-    if (bytes.size() < kopf4)
-        return false;
-    const bool sechs = bytes[0] >> 4 == 6;
-    if (sechs) {
-        if (bytes.size() < kopf6)
-            return false;
-        paket.kopf = kopf6;
-        const std::size_t laenge = kopf6 + wort(&bytes[4]);
-        if (laenge > bytes.size())
-            return false;
-        paket.bytes = bytes.first(laenge);
-        protokoll = bytes[6];
-    } else {
-        paket.kopf = static_cast<std::size_t>(bytes[0] & 15U) * 4;
-        const std::size_t laenge = wort(&bytes[2]);
-        const bool bruchstueck = (wort(&bytes[6]) & 0x3FFFU) != 0;
-        if (bytes[0] >> 4 != 4 || paket.kopf < kopf4 || laenge < paket.kopf || laenge > bytes.size() ||
-            bruchstueck)
-            return false;
-        paket.bytes = bytes.first(laenge);
-        protokoll = bytes[9];
-    }
+/// What an IP header says, and its protocol; absent: it is none. The ports and what else the protocol adds
+/// come later.
+std::optional<std::uint8_t> liesKopf(Bytes bytes, Paket& paket) {
+    const bool sechs = !bytes.empty() && bytes[0] >> 4 == 6;
+    if (bytes.size() < (sechs ? kopf6 : kopf4))
+        return std::nullopt;
+    paket.kopf = sechs ? kopf6 : static_cast<std::size_t>(bytes[0] & 15U) * 4;
+    const std::size_t laenge = sechs ? kopf6 + wort(&bytes[4]) : wort(&bytes[2]);
+    const bool anderes = !sechs && (bytes[0] >> 4 != 4 || (wort(&bytes[6]) & 0x3FFFU) != 0); // or a fragment
+    if (anderes || paket.kopf < kopf4 || laenge < paket.kopf || laenge > bytes.size())
+        return std::nullopt;
+    paket.bytes = bytes.first(laenge);
     paket.von.address(adresse(&bytes[sechs ? 8 : 12], sechs));
     paket.nach.address(adresse(&bytes[sechs ? 24 : 16], sechs));
-    return true;
+    return bytes[sechs ? 6 : 9];
 }
 
 std::uint8_t* stellen(std::string& bytes) {
@@ -115,13 +103,14 @@ std::string baue(const Adresse& von, const Adresse& nach, std::uint8_t protokoll
     setzeWort(b + (sechs ? 4 : 2), sechs ? inhalt.size() : kopf4 + inhalt.size());
     b[sechs ? 6 : 9] = protokoll;
     b[sechs ? 7 : 8] = 64; // hops
-    setzeAdresse(b + (sechs ? 8 : 12), von);
+    const std::size_t adressen = sechs ? 8 : 12;
+    setzeAdresse(b + adressen, von);
     setzeAdresse(b + (sechs ? 24 : 16), nach);
     if (!sechs)
         setzeWort(b + 10, static_cast<std::uint16_t>(~gefaltet(summe(b, kopf4))));
     std::uint64_t s = summe(stellen(inhalt), inhalt.size());
     if (protokoll != protIcmp) // the others cover the addresses, too
-        s += summe(b + (sechs ? 8 : 12), sechs ? 32 : 8) + protokoll + inhalt.size();
+        s += summe(b + adressen, paket.size() - adressen) + protokoll + inhalt.size();
     const auto fertig = static_cast<std::uint16_t>(~gefaltet(s));
     setzeWort(stellen(inhalt) + stelle,
               protokoll == protUdp && fertig == 0 ? 0xFFFF : fertig); // 0: without a checksum
@@ -174,8 +163,8 @@ const Enden& tunnelenden(bool sechs) {
 
 std::optional<Paket> liesPaket(Bytes bytes) {
     Paket paket;
-    std::uint8_t protokoll = 0;
-    if (!liesKopf(bytes, paket, protokoll))
+    const auto protokoll = liesKopf(bytes, paket);
+    if (!protokoll)
         return std::nullopt;
     const Bytes rest = paket.bytes.subspan(paket.kopf);
     paket.last = paket.kopf;
@@ -194,7 +183,7 @@ std::optional<Paket> liesPaket(Bytes bytes) {
         paket.art = Art::udp;
         paket.last += 8;
     } else {
-        const bool sechs = paket.kopf == kopf6 && paket.bytes[0] >> 4 == 6;
+        const bool sechs = paket.von.address().is_v6();
         if (protokoll == (sechs ? protIcmp6 : protIcmp)) {
             if (rest.empty() || rest[0] != (sechs ? 128 : 8))
                 return std::nullopt;

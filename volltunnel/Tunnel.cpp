@@ -36,7 +36,7 @@ class Tunnel {
 public:
     Tunnel(const Tunnelteile& teile, const Auftrag& auftrag, const Nutzerordner& ordner)
         : auftrag_(auftrag), ordner_(ordner), geraet_(kontext_, teile.geraet),
-          kanal_(kontext_, asio::local::stream_protocol(), teile.kanal), puffer_(groesstesPaket() + 1024),
+          kanal_(kontext_, asio::local::stream_protocol(), teile.kanal), puffer_(groesstesPaket()),
           namen_(kontext_, {auftrag.proxy,
                             [this](const Stelle& server, const Stelle& fragender, std::string_view antwort) {
                                 if (const auto paket = udpPaket(server, fragender, antwort))
@@ -83,9 +83,7 @@ private:
     }
 
     void warteAufPaket() {
-        geraet_.async_wait(asio::posix::descriptor_base::wait_read, [this](std::error_code fehler) {
-            if (fehler)
-                return;
+        geraet_.async_wait(asio::posix::descriptor_base::wait_read, [this](std::error_code) {
             for (int i = 0; i < paketeAmStueck; ++i) {
                 const auto n = liesVomGeraet(geraet_.native_handle(), puffer_);
                 if (!n)
@@ -167,9 +165,7 @@ private:
         for (const bool sechs : {false, true})
             if (!familien_[sechs ? 1 : 0].bewiesen) {
                 auto socket = std::make_shared<tcp::socket>(kontext_);
-                socket->async_connect({tunnelenden(sechs).drueben, dns}, [this, socket](std::error_code) {
-                    proben_.push_back(socket); // stays open until the proxy has answered
-                });
+                socket->async_connect({tunnelenden(sechs).drueben, dns}, [socket](std::error_code) {});
             }
     }
 
@@ -188,7 +184,6 @@ private:
         if (!steht() || !befund_ || gemeldet_)
             return;
         gemeldet_ = true;
-        proben_.clear();
         protokolliere("Beweis: eine Verbindung kam durch den Tunnel");
         sende("bewiesen");
     }
@@ -271,9 +266,7 @@ private:
 
     void ticke() {
         takt_.expires_after(takt);
-        takt_.async_wait([this](std::error_code fehler) {
-            if (fehler)
-                return;
+        takt_.async_wait([this](std::error_code) {
             const Zeit jetzt = Uhrzeit::now();
             tabelle_.raeume(jetzt);
             namen_.raeume(jetzt);
@@ -321,7 +314,6 @@ private:
 
     Zeit anfang_ = Uhrzeit::now();
     std::size_t beweise_ = 0;
-    std::vector<std::shared_ptr<tcp::socket>> proben_;
     std::string beweisgrund_ = "der Proxy antwortet nicht";
     bool gemeldet_ = false;
     bool aufgegeben_ = false;

@@ -16,7 +16,7 @@ constexpr std::size_t langeZeile = 4096;
 /// The address in "10.0.0.1:443" or "[fd00::1]:443".
 std::optional<Adresse> ohnePort(std::string_view text) {
     text = text.substr(0, text.rfind(':'));
-    if (text.starts_with('[') && text.ends_with(']'))
+    if (text.starts_with('['))
         text = text.substr(1, text.size() - 2);
     std::error_code fehler;
     const auto adresse = asio::ip::make_address(std::string(text), fehler);
@@ -38,16 +38,15 @@ std::string liesServer(std::string_view text) {
 
 std::vector<Openvpn> liesOpenvpn(std::string_view text) {
     std::vector<Openvpn> verbindungen;
-    for (const auto zeile : teile(text, '\n'))
-        for (const auto wort : teile(zeile, ' ')) {
-            const auto pfeil = wort.find("->");
-            if (!wort.starts_with('n') || pfeil == std::string_view::npos)
-                continue;
-            const auto hier = ohnePort(wort.substr(1, pfeil - 1));
-            const auto dort = ohnePort(wort.substr(pfeil + 2));
-            if (hier && dort && !dort->is_loopback()) // its own control port
-                verbindungen.push_back({*hier, *dort});
-        }
+    for (const auto wort : teile(text, ' ')) {
+        const auto pfeil = wort.find("->");
+        if (pfeil == std::string_view::npos)
+            continue;
+        const auto hier = ohnePort(wort.substr(1, pfeil - 1));
+        const auto dort = ohnePort(wort.substr(pfeil + 2));
+        if (hier && dort && !dort->is_loopback()) // its own control port
+            verbindungen.push_back({*hier, *dort});
+    }
     return verbindungen;
 }
 
@@ -58,7 +57,7 @@ std::string frageOpenvpn(const std::string& wurzel) {
             {wurzel + "/usr/sbin/lsof", "-nP", "-a", "-c", "openvpn", "-iTCP", "-sTCP:ESTABLISHED", "-Fn"},
             lsoffrist);
         for (const auto wort : teile(lauf.ausgabe, '\n'))
-            if (wort.starts_with('n') && zeile.size() < langeZeile)
+            if (zeile.size() < langeZeile)
                 zeile.append(" ").append(wort);
     }
     return zeile;

@@ -48,7 +48,7 @@ private:
 /// other users; which of it counts is not decided here. Blocks on the tools.
 [[nodiscard]] std::string frageOpenvpn(const std::string& wurzel);
 
-/// The connections in `lsof -Fn`, blanks or line ends between them.
+/// The connections in `lsof -Fn`, blanks for its line ends.
 [[nodiscard]] std::vector<Openvpn> liesOpenvpn(std::string_view text);
 
 /// Looks for the system's VPNs with `scutil`, without Tailscale, which looks after itself. Blocks on tools

@@ -39,7 +39,7 @@ struct Wahl : std::enable_shared_from_this<Wahl>, asio::coroutine {
             ASIO_CORO_YIELD asio::async_write(socket, asio::buffer(auftrag), dann);
             ASIO_CORO_YIELD asio::async_read(socket, asio::buffer(puffer, 5), dann);
             if (puffer[0] != 5 || puffer[1] != 0)
-                return ende(puffer[0] == 5 && puffer[1] == 5 ? Ausgang::nein : Ausgang::kaputt);
+                return ende(puffer[1] == 5 ? Ausgang::nein : Ausgang::kaputt);
             // The address it connected from, whose length depends on its kind.
             ASIO_CORO_YIELD asio::async_read(socket,
                                              asio::buffer(puffer, puffer[3] == 1   ? 5

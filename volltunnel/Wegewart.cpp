@@ -38,7 +38,6 @@ Rueckbau::Rueckbau(std::string pfad) : pfad_(std::move(pfad)) {
     } catch (const nlohmann::json::exception&) {
         protokolliere("Nicht zu verstehen: " + pfad_);
     }
-    std::erase_if(offene_, [](const Befehl& b) { return b.empty(); });
 }
 
 bool Rueckbau::sichere() const {

@@ -149,9 +149,7 @@ private:
 Weiterleitung::Weiterleitung(asio::io_context& kontext, Tabelle& tabelle, Auftrag auftrag)
     : kontext_(kontext), tabelle_(tabelle), auftrag_(std::move(auftrag)), puffer_(ganzerBlock) {}
 
-Weiterleitung::~Weiterleitung() {
-    reisseAb();
-}
+Weiterleitung::~Weiterleitung() = default;
 
 void Weiterleitung::horche(tcp::acceptor annahme) {
     horcher_.push_back(std::make_unique<Horcher>(Horcher{std::move(annahme)}));
@@ -161,8 +159,6 @@ void Weiterleitung::horche(tcp::acceptor annahme) {
 void Weiterleitung::nimmAn(Horcher& h) {
     h.wartet = true;
     h.annahme.async_accept(h.wer, [this, &h](std::error_code fehler, tcp::socket app) {
-        if (fehler == asio::error::operation_aborted)
-            return;
         h.wartet = !fehler;
         if (fehler)
             return;
