@@ -19,6 +19,8 @@
 #include <fstream>
 #include <thread>
 
+#include "volltunnel/Namen.hpp"
+
 using namespace mobilsteg;
 using namespace mobilsteg::volltunnel;
 using namespace testing;
@@ -26,6 +28,8 @@ using asio::ip::tcp;
 using std::chrono::milliseconds;
 
 namespace {
+
+const std::string name("\x12\x34\1\0\0\1\0\0\0\0\0\0\1a\0\0\1\0\1", 19); ///< a question for one
 
 std::string sh(const std::string& befehl) {
     return laufBefristet({"/bin/sh", "-c", befehl + " 2>&1"}, 10).ausgabe;
@@ -154,6 +158,23 @@ protected:
             "ip route | sed 's/ *\\(proto\\|scope\\|linkdown\\).*//'; ip -6 route | grep /1 | cut -d' ' -f1-3");
     }
 
+    /// The log without times and the numbers of ports and processes.
+    [[nodiscard]] std::string log() const {
+        return sh(R"(sed -E 's/^[0-9.]+ [0-9:]+  //; s/(0\.1:|Wache )[0-9]+/\1N/g; /In dieser Minute/d' ')" +
+                  ordner.pfad() + "/log'");
+    }
+
+    static std::string frage(const Stelle& ziel, const std::string& was) {
+        asio::io_context kontext;
+        asio::ip::udp::socket s(kontext);
+        s.connect({ziel.address(), ziel.port()});
+        s.send(asio::buffer(was));
+        std::string antwort(2000, '\0');
+        std::error_code fehler;
+        antwort.resize(s.receive(asio::buffer(antwort), 0, fehler));
+        return fehler == asio::error::connection_refused ? "abgelehnt" : antwort;
+    }
+
     static std::string hole(const Stelle& ziel, const std::string& bytes) {
         asio::io_context kontext;
         tcp::socket s(kontext);
@@ -187,19 +208,10 @@ TEST_F(Fahrt, traegtAllesUndNichtsDavonVeraendert) {
         EXPECT_EQ(hole(stelle(ziel, 7), ""), "") << "half-closed at once";
         EXPECT_EQ(hole(stelle(ziel, 9), "x"), "abgerissen") << "refused";
         EXPECT_EQ(hole(stelle(ziel, 13), "x"), "abgerissen") << "reset";
+        for (int i = 0; i < 2; ++i) // the second one on the connection that is there
+            EXPECT_EQ(frage(stelle(ziel, 53), name), std::string(name).replace(2, 1, "\x81"));
+        EXPECT_EQ(frage(stelle(ziel, 443), "QUIC"), "abgelehnt");
         asio::io_context kontext;
-        const auto frage = [&](int port, const std::string& was) {
-            asio::ip::udp::socket s(kontext);
-            s.connect({asio::ip::make_address(ziel), static_cast<std::uint16_t>(port)});
-            s.send(asio::buffer(was));
-            std::string antwort(2000, '\0');
-            std::error_code fehler;
-            antwort.resize(s.receive(asio::buffer(antwort), 0, fehler));
-            return fehler == asio::error::connection_refused ? "abgelehnt" : antwort;
-        };
-        const std::string name("\x12\x34\1\0\0\1\0\0\0\0\0\0\1a\0\0\1\0\1", 19);
-        EXPECT_EQ(frage(53, name), std::string(name).replace(2, 1, "\x81"));
-        EXPECT_EQ(frage(443, "QUIC"), "abgelehnt");
         tcp::socket stau(kontext); // nobody reads: what was taken is what fits between
         stau.connect(stelle(ziel, 19));
         stau.non_blocking(true);
@@ -229,14 +241,31 @@ TEST_F(Fahrt, traegtAllesUndNichtsDavonVeraendert) {
 TEST_F(Fahrt, jedesEndeLaesstAllesWieVorher) {
     const auto signal = [&](int nummer) { return [this, nummer] { helfer->sende(nummer); }; };
     std::unique_ptr<Programm> wache;
+    const auto ohneWeg = [&] {
+        welt().lehntAb = true;
+        EXPECT_EQ(frage(stelle("203.0.113.5", 53), name), servfail(name));
+        for (; existiert(stopp + ".laeuft"); std::this_thread::sleep_for(milliseconds(200)))
+            hole(stelle("203.0.113.5", 7), "x");
+        welt().lehntAb = false;
+    };
+    const std::string start = "Start: Proxy 127.0.0.1:N, Dienst Büro, alles, Wache N\n";
+    const std::string bisHierher =
+        start + "Beweis: eine Verbindung kam durch den Tunnel\n"
+                "Weg für 203.0.113.6 am Tunnel vorbei\nWeg für 224.0.0.0/4 am Tunnel vorbei\n"
+                "DNS von Büro: 1.1.1.1, 9.9.9.9 statt Empty\nWege über mobilsteg0: alles\n";
+    // What happens, and why it ends; with a line end: that is a fault.
     for (const auto& [was, tue, grund] :
          std::vector<std::tuple<std::string, std::function<void()>, std::string>>{
-             {"stop file", [&] { std::filesystem::create_symlink("/nirgends", stopp); }, ""},
-             {"watched process", [&] { wache.reset(); }, ""},
-             {"SIGTERM", signal(SIGTERM), ""},
-             {"SIGHUP", signal(SIGHUP), ""},
+             {"stop file", [&] { std::filesystem::create_symlink("/nirgends", stopp); }, "auf Bitte"},
+             {"watched process", [&] { wache.reset(); }, "der Bordlotse ist weg"},
+             {"SIGTERM", signal(SIGTERM), "auf Signal 15"},
+             {"SIGHUP", signal(SIGHUP), "auf Signal 1"},
              {"child shot", [&] { ::kill(std::stoi(kind()), SIGKILL); }, "der Tunnel ist abgestürzt\n"},
-             {"helper shot", signal(SIGKILL), "der Helfer wurde beendet"}}) {
+             {"device gone", [] { sh("ip link del mobilsteg0"); },
+              "das Gerät des Tunnels ist verschwunden\n"},
+             {"refused for long", ohneWeg, "kein Netz durch den Tunnel seit 15 s\n"},
+             {"helper shot", signal(SIGKILL), ""}}) {
+        std::filesystem::remove(ordner.pfad() + "/log");
         wache = std::make_unique<Programm>(std::vector<std::string>{"sleep", "1000"}, "/dev/null");
         std::filesystem::remove(stopp + ".fehler");
         laufe({"-wache", std::to_string(wache->nummer())});
@@ -244,13 +273,22 @@ TEST_F(Fahrt, jedesEndeLaesstAllesWieVorher) {
         tue();
         helfer->warteAufEnde();
         EXPECT_TRUE(warteBis([&] { return !existiert(stopp + ".laeuft"); })) << was;
-        EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), grund) << was;
+        const bool schlimm = grund.ends_with('\n');
+        std::string ende =
+            (schlimm ? "mobilsteg-volltunnel: " + grund : "") + "Ende: " + grund + (schlimm ? "" : "\n");
         if (was == "helper shot") { // the next one takes back what stayed
+            EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), "der Helfer wurde beendet");
             EXPECT_EQ(ordner.lies("/dns"), "1.1.1.1\n9.9.9.9\n");
             ordner.lege("/heim/v.stopp", "");
             helfer = starte();
             EXPECT_EQ(helfer->warteAufEnde(), 0);
+            ende = "Der Helfer wurde beendet; DNS und Umwege nimmt der nächste Start zurück\n"
+                   "Zurückgenommen, was ein früherer Lauf hinterließ\n" +
+                   start + "Ende: auf Bitte\n";
+        } else {
+            EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), schlimm ? grund : "") << was;
         }
+        EXPECT_EQ(log(), bisHierher + ende) << was;
         std::filesystem::remove(stopp);
         std::filesystem::remove(ordner.pfad() + "/var/db/mobilsteg-volltunnel.rueckbau.sperre");
         EXPECT_EQ(netz(), vorher) << was << ordner.lies("/log");
@@ -277,6 +315,10 @@ TEST_F(Fahrt, nurVpnLaesstDieStandardrouteUndMeldetWasDurchgeht) {
     EXPECT_EQ(ordner.lies("/heim/fremd"), "unberührt");
     EXPECT_EQ(starte()->warteAufEnde(), 1);
     EXPECT_EQ(ordner.lies("/heim/v.stopp.fehler"), "es läuft schon ein Helfer\n");
+    EXPECT_EQ(log(), "Start: Proxy 127.0.0.1:N, Dienst Büro, nur VPN, Wache N\n"
+                     "Beweis: eine Verbindung kam durch den Tunnel\nWeg für 203.0.113.6 durch den Tunnel\n"
+                     "Wege über mobilsteg0: die Server der VPNs\nVPN durch den Tunnel: Firma · 203.0.113.6\n"
+                     "mobilsteg-volltunnel: es läuft schon ein Helfer\n");
     EXPECT_TRUE(existiert(stopp + ".laeuft"));
     helfer->sende(SIGTERM);
     char byte = 0;

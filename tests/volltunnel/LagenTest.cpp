@@ -1,5 +1,6 @@
 // What the helper decides and what it says to the system's tools, without a tunnel.
 
+#include "plattform/Dateien.hpp"
 #include "plattform/Text.hpp"
 #include "tests/hilfe/Ordner.hpp"
 #include "tests/volltunnel/Pakete.hpp"
@@ -8,6 +9,8 @@
 #include <nlohmann/json.hpp>
 
 #include <unistd.h>
+
+#include <cerrno>
 
 #include "volltunnel/Befehlszeile.hpp"
 #include "volltunnel/Namen.hpp"
@@ -157,6 +160,9 @@ TEST(Rueckbau, merktVorherUndNimmtInUmgekehrterFolgeZurueck) {
     EXPECT_TRUE(Rueckbau(notiz).leer()) << "anybody could have written it";
     std::filesystem::permissions(notiz, std::filesystem::perms(0600));
     EXPECT_TRUE(::chown(notiz.c_str(), 65534, 65534) != 0 || Rueckbau(notiz).leer()) << "a user wrote it";
+    ordner.lege("/rueckbau", "[]");
+    errno = 0; // what an earlier call left is no answer
+    EXPECT_TRUE(Rueckbau(notiz).alles() && !existiert(notiz)) << "nothing to take back";
     Rueckbau ohnePlatz(ordner.pfad() + "/fehlt/rueckbau");
     std::filesystem::remove(protokoll);
     EXPECT_TRUE(ohnePlatz.tue(befehl("eins"), befehl("eins")) && ohnePlatz.leer());

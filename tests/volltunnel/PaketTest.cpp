@@ -62,17 +62,22 @@ TEST(Paket, absagenPassenZurFrage) {
             }
             return nein ? nein->substr(kopf) : "nichts";
         };
-        const std::string ports{1, '\xBB', '\xC3', '\x50'}; // 443, 50000
-        EXPECT_EQ(antwort(tcpPaket(a, b, ACK, "abc")).substr(0, 14),
-                  ports + std::string("\0\0\7\xD0\0\0\0\0\x50\4", 10));
-        EXPECT_EQ(antwort(tcpPaket(a, b, SYN | FIN, "abc")).substr(0, 14),
-                  ports + std::string("\0\0\0\0\0\0\3\xED\x50\x14", 10)); // 1000 + 3 + 2
+        const std::string ports{1, '\xBB', '\xC3', '\x50'};         // 443, 50000
+        EXPECT_EQ(antwort(tcpPaket(a, b, ACK, "abc")).erase(16, 2), // the sum
+                  ports + std::string("\0\0\7\xD0\0\0\0\0\x50\4\0\0\0\0", 14));
+        EXPECT_EQ(antwort(tcpPaket(a, b, FIN, "abc")).erase(16, 2),
+                  ports + std::string("\0\0\0\0\1\0\3\xEC\x50\x14\0\0\0\0", 14)); // 3 bytes, and the end
         EXPECT_EQ(antwort(tcpPaket(a, b, RST)), "nichts");
         const std::string nullen = udpPaket(a, b, std::string(2, '\0')).value();
         EXPECT_EQ(udpPaket(a, b, nullen.substr(kopf + 6, 2))->substr(kopf + 6, 2), "\xFF\xFF")
             << "0 would say that there is no sum";
         EXPECT_TRUE(udpPaket(a, b, std::string(65'507, 'x')) && !udpPaket(a, b, std::string(65'508, 'x')));
+        std::string fremd = udpPaket(a, b, "")->substr(0, kopf); // a header alone, of no protocol we know
+        fremd[sechs ? 5 : 3] = sechs ? 0 : 20;
+        fremd[sechs ? 6 : 9] = 59;
+        EXPECT_EQ(antwort(fremd).substr(0, 2), (sechs ? std::string{1, 3} : std::string{3, 1}));
         const std::string frage = *udpPaket(a, b, std::string(2001, 'q'));
+        EXPECT_TRUE(summenStimmen(frage, kopf));
         const std::string nein = antwort(frage);
         EXPECT_EQ(nein.substr(0, 2), (sechs ? std::string{1, 4} : std::string{3, 3}));
         EXPECT_EQ(nein.substr(8), frage.substr(0, sechs ? 1232 : 548));
@@ -94,7 +99,7 @@ TEST(Paket, absagenPassenZurFrage) {
 
 TEST(Paket, halbeUndBruchstueckeSindKeine) {
     for (const auto& [a, b, c, d] : beide)
-        for (const std::string& ganzes : {tcpPaket(a, b, SYN, "x"), *udpPaket(a, b, "x")}) {
+        for (const std::string& ganzes : {tcpPaket(a, b, SYN, "x"), *udpPaket(a, b, "")}) {
             for (std::size_t n = 0; n < ganzes.size(); ++n) {
                 std::string teil = ganzes.substr(0, n);
                 EXPECT_FALSE(liesPaket(alsBytes(teil)).has_value()) << n;
@@ -173,6 +178,7 @@ TEST_F(Tisch, gehendeMachenKommendenPlatzAberNichtZuFrueh) {
     ASSERT_EQ(port, Tabelle::ersterPort);
     EXPECT_FALSE(weiter(1)) << "its port has gone to another";
     EXPECT_TRUE(weiter(2));
+    EXPECT_EQ(tabelle.hin({fluss(2).nach, fluss(2).von}, true, jetzt), Tabelle::ersterPort + 1);
     EXPECT_EQ(tabelle.her(*port)->von, fluss(1).nach);
 }
 

@@ -38,7 +38,7 @@ inline bool summenStimmen(const std::string& p, std::size_t kopf) {
     return (sechs || plumpeSumme(p, 0) == 0xFFFF) && plumpeSumme(p, kopf) == 0xFFFF;
 }
 
-/// A TCP packet with right checksums: flags, sequence number 1000, acknowledged 2000.
+/// A TCP packet with right checksums: flags, sequence number 0x10003E8, acknowledged 2000.
 inline std::string tcpPaket(const Stelle& von, const Stelle& nach, char merkmale,
                             const std::string& last = "") {
     // A UDP packet of the same length gives the IP header.
@@ -46,7 +46,7 @@ inline std::string tcpPaket(const Stelle& von, const Stelle& nach, char merkmale
     const bool sechs = von.address().is_v6();
     const std::size_t kopf = sechs ? 40 : 20;
     p[sechs ? 6 : 9] = 6;
-    p.replace(kopf + 4, 16, std::string("\0\0\3\xE8\0\0\7\xD0\x50", 9) + merkmale + std::string(6, '\0'));
+    p.replace(kopf + 4, 16, std::string("\1\0\3\xE8\0\0\7\xD0\x50", 9) + merkmale + std::string(6, '\0'));
     const auto setze = [&](std::size_t stelle, unsigned wert) {
         p[stelle] = static_cast<char>(wert >> 8);
         p[stelle + 1] = static_cast<char>(wert);
