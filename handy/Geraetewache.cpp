@@ -11,7 +11,6 @@
 #include <fcntl.h>
 
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -46,7 +45,6 @@ struct Geraetewache::Innen : std::enable_shared_from_this<Innen> {
         socket.open(tcp::v4(), fehler);
         if (fehler)
             return;
-        offen = true;
         ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
         socket.async_connect(
             {asio::ip::address_v4::loopback(), *port},
@@ -92,7 +90,6 @@ struct Geraetewache::Innen : std::enable_shared_from_this<Innen> {
     void trenne() {
         Fehler egal;
         socket.close(egal);
-        offen = false;
     }
 
     const std::optional<std::uint16_t> port = adbServerport();
@@ -105,7 +102,6 @@ struct Geraetewache::Innen : std::enable_shared_from_this<Innen> {
     std::array<char, 16384> block{};
     Zeit::time_point naechsterVersuch;
     bool beendet = false;
-    std::atomic<bool> offen = false; // any queue
 };
 
 Geraetewache::Geraetewache(AsioSchlange& schlange, std::function<void()> gemeldet)
@@ -120,7 +116,7 @@ Geraetewache::~Geraetewache() {
 }
 
 void Geraetewache::halte() {
-    if (innen_->port && !innen_->offen) // else each tick would wake the queue for nothing
+    if (innen_->port)
         innen_->schlange.async([innen = innen_] { innen->halte(); });
 }
 

@@ -52,13 +52,9 @@ int markiereSocket(void*, curl_socket_t nummer, curlsocktype) {
     return CURL_SOCKOPT_OK;
 }
 
-/// A header line is a sign of life that the progress counters leave out. And a body that a redirect answered
-/// with must not stand before the final one.
-std::size_t bemerkeKopf(const char* zeile, std::size_t eins, std::size_t anzahl, void* ziel) {
-    auto& vorgang = *static_cast<Vorgang*>(ziel);
-    vorgang.letztesZeichen = Zeit::now();
-    if (std::string_view(zeile, eins * anzahl).starts_with("HTTP/"))
-        vorgang.koerper.clear();
+/// A header line is a sign of life that the progress counters leave out.
+std::size_t bemerkeKopf(const char*, std::size_t eins, std::size_t anzahl, void* ziel) {
+    static_cast<Vorgang*>(ziel)->letztesZeichen = Zeit::now();
     return eins * anzahl;
 }
 
