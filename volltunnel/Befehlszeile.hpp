@@ -17,6 +17,13 @@ struct Auftrag {
     std::string wurzel; ///< empty: the real system; else a folder that stands for "/" of the outside tools
 };
 
+/// What `--hilfe` prints.
+inline constexpr const char* hilfe =
+    "Aufruf: mobilsteg-volltunnel -proxy ADRESSE:PORT -stopp DATEI -dienst NAME -wache PROZESS\n"
+    "                             [-vpn-durch | -nur-vpn] [-wurzel DIR]\n\n"
+    "Führt den Verkehr dieses Rechners durch den SOCKS-Proxy, bis DATEI entsteht oder PROZESS endet; dann\n"
+    "sind Routen und DNS wie vorher. Der Bordlotse ruft ihn mit den Rechten eines Administrators.";
+
 /// Reads the arguments. Absent: `fehler` says in German what is wrong with them.
 [[nodiscard]] std::optional<Auftrag> liesBefehlszeile(const std::vector<std::string>& worte,
                                                       std::string& fehler);

@@ -221,6 +221,10 @@ private:
 
 int main(int anzahl, char** worte) {
     using namespace mobilsteg;
+    if (anzahl == 2 && std::string_view(worte[1]) == "--hilfe") {
+        std::puts(volltunnel::hilfe);
+        return 0;
+    }
     std::string fehler;
     const auto auftrag = volltunnel::liesBefehlszeile({worte + 1, worte + anzahl}, fehler);
     if (!auftrag || ::geteuid() != 0) {

@@ -231,6 +231,9 @@ TEST(Aufruf, sagtWasSieSiehtUndAendertNichts) {
     EXPECT_EQ(bank.rufe({"--heim=" + anderswo, "--anmelden", "aus"}).status, 0);
     EXPECT_TRUE(std::filesystem::is_empty(anderswo + "/.config/autostart"));
     (void)bank.rufe({"--selbsttest"});
+    const auto helfer = programmpfad("mobilsteg-volltunnel");
+    EXPECT_THAT(lauf(helfer, {"--hilfe"}, 60).ausgabe, StartsWith("Aufruf: mobilsteg-volltunnel -proxy "));
+    EXPECT_THAT(lauf(helfer, {}, 60).fehler, StartsWith("mobilsteg-volltunnel: -proxy braucht "));
     EXPECT_EQ(bank.ordner.lies(einstellungsdatei), vorher);
     EXPECT_TRUE(portFrei(5643)) << "an adb server that was not there before";
     EXPECT_FALSE(existiert(bank.ordner.pfad() + "/heim/Library/Logs"));

@@ -120,26 +120,6 @@ TEST(Fahrt, weichtBelegtenPortsAusUndWerDortHorchtGiltNichtAlsHandy) {
     }
 }
 
-TEST(Fahrt, merktSichDenAusweichportUndNimmtFuerEinAnderesHandyNeueForwards) {
-    HandyWelt w;
-    w.belegtePorts = {8080};
-    w.starteBis(1);
-    w.belegtePorts.clear();
-    w.handys[0].teilt = false;
-    w.laufeBisSekunde(3.5); // the forwards count as lost
-    w.handys[0].teilt = true;
-    w.laufeBisSekunde(6.5);
-    EXPECT_FALSE(w.forwards.contains(8080));
-    // Within a tick another one is the first to use, while the old forwards still lead to a willing phone.
-    w.belegtePorts = {18080};
-    w.handys.insert(w.handys.begin(), {Modellhandy{.serial = "FREMDES", .zustand = "unauthorized"},
-                                       Modellhandy{.serial = "ANDERES", .modell = ""}});
-    w.laufeBisSekunde(9.5);
-    EXPECT_TRUE(w.forwards[8080] == "ANDERES" && w.forwards[1080] == "ANDERES");
-    EXPECT_EQ(w.zustand().handy, "ANDERES") << "without a model the serial names it";
-    EXPECT_THAT(w.protokoll(), Contains("Gästeseite lokal auf Port 8080"));
-}
-
 TEST(Fahrt, gescheiterterBeweisBautNichtsAbUndWirdWiederholt) {
     HandyWelt w;
     w.handys[0].austritt.reset();
