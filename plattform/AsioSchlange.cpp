@@ -21,8 +21,6 @@ void schlangenFehler(const Schlange& schlange, const char* was) {
 }
 
 Dauer naechsterTakt(Dauer letzte, Dauer periode, Dauer jetzt) {
-    if (jetzt < letzte)
-        return letzte + periode;
     return letzte + periode * ((jetzt - letzte) / periode + 1);
 }
 
@@ -31,11 +29,8 @@ void Schlange::sync(Aufgabe aufgabe) {
         schlangenFehler(*this, "sync auf die eigene Schlange");
     auto fertig = std::make_shared<std::promise<void>>();
     const auto gelaufen = fertig->get_future();
-    // The job owns the promise: if the job is dropped, the promise breaks and the wait ends.
-    async([fertig = std::move(fertig), &aufgabe] {
-        aufgabe();
-        fertig->set_value();
-    });
+    // The job owns the promise: once the job has run or is dropped, the promise breaks and the wait ends.
+    async([fertig = std::move(fertig), &aufgabe] { aufgabe(); });
     gelaufen.wait();
 }
 

@@ -167,7 +167,7 @@ bool haengeAn(const std::string& pfad, std::string_view inhalt) {
     struct stat jetzt {};
     if (S_ISREG(vorher.st_mode) && ::fstat(datei.nummer(), &jetzt) == 0 && jetzt.st_size > vorher.st_size &&
         jetzt.st_size < vorher.st_size + static_cast<off_t>(inhalt.size()))
-        return ::ftruncate(datei.nummer(), vorher.st_size) == 0 && false;
+        (void)!::ftruncate(datei.nummer(), vorher.st_size);
     return false;
 }
 
@@ -212,9 +212,8 @@ std::string vertrauteDatei(const std::string& pfad) {
 
 void sichereStandardstroeme() {
     int nummer = 0;
-    do {
+    while (nummer >= 0 && nummer <= STDERR_FILENO)
         nummer = ::open("/dev/null", O_RDWR);
-    } while (nummer >= 0 && nummer <= STDERR_FILENO);
     const Deskriptor ueberzaehliger(nummer);
 }
 

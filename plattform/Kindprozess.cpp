@@ -34,7 +34,7 @@ struct Rohr {
 };
 
 std::optional<Rohr> neuesRohr() {
-    int enden[2] = {-1, -1};
+    int enden[2];
     if (::pipe(enden) != 0)
         return std::nullopt;
     ::fcntl(enden[0], F_SETFD, FD_CLOEXEC);
@@ -117,6 +117,9 @@ Startversuch misslungen(const std::string& programm, int nummer) {
     return {std::nullopt, programm + ": " + fehlerbeschreibung(nummer)};
 }
 
+// What a tool writes beyond that is read away: nobody reads it, and it must not be what fills the memory.
+constexpr std::size_t meisteAusgabe = 16U << 20U;
+
 /// They reach every process of a group at once.
 constexpr std::array gruppensignale = {SIGTERM, SIGINT, SIGHUP, SIGQUIT};
 
@@ -160,9 +163,9 @@ bool Kindprozess::istBeendet() const {
 }
 
 bool Kindprozess::starbAnGruppensignal() const {
-    siginfo_t lage{};
-    return ::waitid(P_PID, static_cast<id_t>(nummer), &lage, WEXITED | WNOHANG | WNOWAIT) == 0 &&
-           lage.si_pid != 0 && lage.si_code == CLD_KILLED &&
+    siginfo_t lage{}; // stays like this unless it has ended
+    ::waitid(P_PID, static_cast<id_t>(nummer), &lage, WEXITED | WNOHANG | WNOWAIT);
+    return lage.si_code == CLD_KILLED &&
            std::count(gruppensignale.begin(), gruppensignale.end(), lage.si_status) > 0;
 }
 
@@ -181,10 +184,7 @@ int Kindprozess::warteUndErnte() {
 
 std::optional<int> Kindprozess::ernte() {
     int lage = 0;
-    pid_t fertig = 0;
-    do {
-        fertig = ::waitpid(nummer, &lage, WNOHANG);
-    } while (fertig < 0 && errno == EINTR);
+    const pid_t fertig = ::waitpid(nummer, &lage, WNOHANG);
     if (fertig == 0) {
         try {
             std::thread([zurueckgelassen = nummer] { ::waitpid(zurueckgelassen, nullptr, 0); }).detach();
@@ -198,8 +198,16 @@ std::optional<int> Kindprozess::ernte() {
     return alsStatus(lage);
 }
 
+bool liesBlock(const Deskriptor& rohr, std::string& bytes) {
+    std::array<char, 65536> block; // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
+    const ssize_t n = ::read(rohr.nummer(), block.data(), block.size());
+    if (n > 0)
+        bytes.append(block.data(), std::min(static_cast<std::size_t>(n), meisteAusgabe - bytes.size()));
+    return n > 0 || (n < 0 && (errno == EAGAIN || errno == EINTR));
+}
+
 std::optional<Abspaltung> spalteAb(const std::function<void(int kanal)>& was) {
-    int enden[2] = {-1, -1};
+    int enden[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, enden) != 0)
         return std::nullopt;
     ::fcntl(enden[0], F_SETFD, FD_CLOEXEC);

@@ -57,6 +57,11 @@ struct Startwunsch {
                                          const std::vector<std::string>& argumente,
                                          const Startwunsch& wunsch = {});
 
+/// Takes one block of what the pipe holds: only one, or a tool that writes faster than it is read would never
+/// let a limit be looked at. Of all blocks 16 MB are kept. Does not block. False: the other end is closed and
+/// everything has been read.
+[[nodiscard]] bool liesBlock(const Deskriptor& rohr, std::string& bytes);
+
 /// A second process of this program, and our end of a channel to it.
 struct Abspaltung {
     pid_t nummer = -1;

@@ -4,11 +4,9 @@
 #include "plattform/Text.hpp"
 
 #include <poll.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <csignal>
@@ -24,18 +22,6 @@ constexpr auto gnadenfrist = std::chrono::seconds(2);
 constexpr auto nachlauf = std::chrono::milliseconds(500);
 // How often a process is asked whether it has ended, where the system cannot announce it.
 constexpr int nachfrageMs = 20;
-// What a tool writes beyond that is read away: nobody reads it, and it must not be what fills the memory.
-constexpr std::size_t meisteAusgabe = 16U << 20U;
-
-/// Takes one block of what is there: only one, or a tool that writes faster than it is read would never let
-/// the limit be looked at. False: the other end is closed and everything has been read.
-bool lieseAus(const Deskriptor& rohr, std::string& bytes) {
-    std::array<char, 65536> block; // NOLINT(cppcoreguidelines-pro-type-member-init): read() fills it
-    const ssize_t n = ::read(rohr.nummer(), block.data(), block.size());
-    if (n > 0)
-        bytes.append(block.data(), std::min(static_cast<std::size_t>(n), meisteAusgabe - bytes.size()));
-    return n > 0 || (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR));
-}
 
 /// Reads what the outputs bring until `ende` or one of them says something, or the time is up.
 void warte(Kindprozess& kind, Ergebnis& ergebnis, int ende, int millisekunden) {
@@ -44,9 +30,9 @@ void warte(Kindprozess& kind, Ergebnis& ergebnis, int ende, int millisekunden) {
                                     pollfd{kind.fehler.nummer(), POLLIN, 0}, pollfd{ende, POLLIN, 0}};
     if (::poll(faelle.data(), faelle.size(), millisekunden) <= 0)
         return;
-    if (faelle[0].revents != 0 && !lieseAus(kind.ausgabe, ergebnis.ausgabe))
+    if (faelle[0].revents != 0 && !liesBlock(kind.ausgabe, ergebnis.ausgabe))
         kind.ausgabe.schliesse();
-    if (faelle[1].revents != 0 && !lieseAus(kind.fehler, ergebnis.fehler))
+    if (faelle[1].revents != 0 && !liesBlock(kind.fehler, ergebnis.fehler))
         kind.fehler.schliesse();
 }
 

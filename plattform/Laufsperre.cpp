@@ -79,14 +79,12 @@ bool Laufsperre::versuche(int art) const {
 Laufsperre::Inhaber Laufsperre::lies() const {
     std::array<char, 64> text{};
     Inhaber inhaber;
-    if (::pread(datei_.nummer(), text.data(), text.size() - 1, 0) > 0)
-        (void)std::sscanf(text.data(), "%d %d", &inhaber.laeufer, &inhaber.waechter);
+    (void)!::pread(datei_.nummer(), text.data(), text.size() - 1, 0);
+    (void)std::sscanf(text.data(), "%d %d", &inhaber.laeufer, &inhaber.waechter);
     return inhaber;
 }
 
 void Laufsperre::schreibe(Inhaber inhaber) {
-    if (!datei_)
-        return;
     // In one write, and as long each time: a reader sees one of the two.
     std::array<char, 64> text{};
     const int laenge =

@@ -39,7 +39,7 @@ void frageLoopback(std::uint16_t port, std::string_view frage, std::chrono::mill
     std::array<char, 4096> block; // NOLINT(cppcoreguidelines-pro-type-member-init): recv() fills it
     while (wirdBereit(POLLIN)) {
         const ssize_t n = ::recv(buchse.nummer(), block.data(), block.size(), 0);
-        const bool spaeter = n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK || errno == EINTR);
+        const bool spaeter = n < 0 && (errno == EAGAIN || errno == EINTR);
         if (!spaeter && (n <= 0 || !nimm({block.data(), static_cast<std::size_t>(n)})))
             return;
     }

@@ -36,7 +36,7 @@ Nutzerordner::Nutzerordner(const std::string& stopp)
     : ordner_(
           ::open(stopp.substr(0, stopp.rfind('/')).c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC)),
       name_(stopp.substr(stopp.rfind('/') + 1)) {
-    if (ordner_ && ::fstat(ordner_.nummer(), &wem_) != 0)
+    if (::fstat(ordner_.nummer(), &wem_) != 0)
         ordner_.schliesse();
 }
 

@@ -50,18 +50,17 @@ std::string absoluterPfad(const std::string& pfad) {
     auto absolut = fs::absolute(pfad, fehler).lexically_normal().string();
     if (fehler)
         absolut = pfad;
-    while (absolut.size() > 1 && absolut.back() == '/')
+    while (absolut.ends_with('/'))
         absolut.pop_back();
-    return absolut == "/" ? std::string() : absolut;
+    return absolut;
 }
 
 std::string rechnername() {
     if (auto eigener = nativerRechnername(); eigener && !eigener->empty())
         return *eigener;
     std::array<char, 256> name{};
-    if (gethostname(name.data(), name.size() - 1) != 0 || name[0] == '\0')
-        return "Mac";
-    return name.data();
+    (void)!gethostname(name.data(), name.size() - 1);
+    return name[0] == '\0' ? "Mac" : name.data();
 }
 
 } // namespace mobilsteg

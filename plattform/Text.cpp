@@ -112,7 +112,6 @@ std::string_view ohneRandblanks(std::string_view text) {
 
 std::string alsUtf8(std::string_view bytes) {
     std::string text;
-    text.reserve(bytes.size());
     while (!bytes.empty()) {
         const Folge folge = naechsteFolge(bytes);
         text += folge.gueltig ? bytes.substr(0, folge.laenge) : ersatzzeichen;
@@ -123,22 +122,15 @@ std::string alsUtf8(std::string_view bytes) {
 
 std::string_view ersteZeichen(std::string_view text, std::size_t anzahl) {
     std::size_t i = 0;
-    while (i < text.size()) {
-        if (!istFolgebyte(text[i]) && anzahl-- == 0)
-            break;
+    while (i < text.size() && (istFolgebyte(text[i]) || anzahl-- > 0))
         ++i;
-    }
     return text.substr(0, i);
 }
 
 std::string einzeilig(std::string_view text, std::size_t hoechstens) {
-    const auto schlicht = [](char c) { return c >= 0x20 && c < 0x7F; };
-    if (text.size() <= hoechstens && std::all_of(text.begin(), text.end(), schlicht))
-        return std::string(text); // as nearly always, many times in each tick
     const std::string gueltig = alsUtf8(text);
     std::string_view rest = ersteZeichen(gueltig, hoechstens);
     std::string zeile;
-    zeile.reserve(rest.size());
     while (!rest.empty()) {
         const auto zeichen = rest.substr(0, naechsteFolge(rest).laenge);
         zeile += steuert(zeichen) ? " " : zeichen;

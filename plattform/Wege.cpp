@@ -87,7 +87,7 @@ std::vector<std::string> liesDnsserver(std::string_view text) {
     for (auto zeile : teile(text, '\n')) {
         zeile = beschnitten(zeile);
         if (zeile.starts_with("nameserver[")) // "nameserver[0] : 10.0.0.1"
-            zeile = zeile.substr(std::min(zeile.find(" : "), zeile.size() - 3) + 3);
+            zeile = zeile.substr(zeile.rfind(' ') + 1);
         if (istAdresse(zeile)) // else it is a sentence that says there are none
             server.emplace_back(zeile);
     }

@@ -7,8 +7,6 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include <array>
-#include <cerrno>
 #include <charconv>
 #include <cstdlib>
 #include <filesystem>
@@ -34,16 +32,11 @@ Deskriptor alsEingabe(const std::string& quelle) {
 /// Reads to the end; a dialog may stand open for hours meanwhile.
 std::string allesAus(const Deskriptor& rohr) {
     std::string bytes;
-    std::array<char, 4096> block{};
-    while (true) {
-        pollfd fall{rohr.nummer(), POLLIN, 0};
+    pollfd fall{rohr.nummer(), POLLIN, 0};
+    do
         ::poll(&fall, 1, -1);
-        const ssize_t n = ::read(rohr.nummer(), block.data(), block.size());
-        if (n > 0)
-            bytes.append(block.data(), static_cast<std::size_t>(n));
-        else if (n == 0 || (errno != EINTR && errno != EAGAIN))
-            return bytes;
-    }
+    while (liesBlock(rohr, bytes));
+    return bytes;
 }
 
 class OsascriptSkript final : public Adminskript {
