@@ -194,7 +194,7 @@ TEST(Lauf, bringtStatusUndBeideStroemeGetrennt) {
              {R"(printf 'a\377b\342\202'; printf '\200' >&2)", {0, "a\uFFFDb\uFFFD", "\uFFFD"}},
              {"printf vorher; kill -9 $$", {9, "vorher", ""}},
              {"exec >&- 2>&-; sleep 0.05; exit 5", {5, "", ""}},
-             {"(sleep 0.1; printf spät) & printf früh-", {0, "früh-spät", ""}}}) // its child holds on
+             {"(sleep 0.6; printf spät) 2>&- & printf f", {0, "fspät", ""}}}) // its child holds on
         EXPECT_EQ(skript(text), soll) << text;
     const auto e = skript("for i in 1 2 3; do head -c 200000 /dev/zero >&2; head -c 300000 /dev/zero; done");
     EXPECT_EQ(e.ausgabe.size(), 900'000U);

@@ -3,6 +3,7 @@
 #include "plattform/Adapter.hpp"
 #include "plattform/Autostart.hpp"
 #include "plattform/Dateien.hpp"
+#include "plattform/Laufsperre.hpp"
 #include "plattform/Text.hpp"
 #include "plattform/Uhr.hpp"
 #include "tests/hilfe/Ordner.hpp"
@@ -21,6 +22,15 @@
 
 using namespace mobilsteg;
 using nlohmann::json;
+
+static int fehlschlaege = 0, plattenfehler = 0, aufDiePlatte = 0;
+
+// In place of the system's: a disk that may turn out to have no room only now.
+int fsync(int) {
+    ++aufDiePlatte;
+    errno = plattenfehler;
+    return fehlschlaege-- > 0 ? -1 : 0;
+}
 
 namespace {
 
@@ -59,9 +69,33 @@ TEST(Dateien, werdenGanzErsetztOderGarNicht) {
     }
     EXPECT_TRUE(liesDatei(ziel, 6) && !liesDatei(ziel, 5) && !istAusfuehrbar(ziel));
     EXPECT_EQ(std::filesystem::status(ziel).permissions(), std::filesystem::perms(0600));
-    const std::string rest = ordner.lege("/stand.json.neu-a1B2c3", ""); // of a run that was killed
-    fegeReste(ziel);
-    EXPECT_TRUE(existiert(ziel) && !existiert(rest));
+    EXPECT_TRUE(vertrauteDatei(ziel) != "" &&
+                (::chown(ziel.c_str(), 1, 0) != 0 || vertrauteDatei(ziel) == ""));
+}
+
+TEST(Dateien, gehenAufEinenVollenDatentraegerWoDieAltenStanden) {
+    const Ordner ordner;
+    const std::string ziel = ordner.pfad() + "/stand.json";
+    aufDiePlatte = 0;
+    EXPECT_TRUE(schreibeAtomar(ziel, "x", Haltbarkeit::fluechtig) && aufDiePlatte == 0);
+    EXPECT_TRUE(schreibeAtomar(ziel, "x", Haltbarkeit::dauerhaft));
+    if (aufDiePlatte == 0)
+        GTEST_SKIP() << "Dieses System nimmt einen anderen Weg auf die Platte";
+    EXPECT_EQ(aufDiePlatte, 2) << "the file, and its name in the folder";
+    // What fails how often, what is to be written, what stands there then.
+    for (const auto& [grund, wieOft, neu, soll, sicher] :
+         std::vector<std::tuple<int, int, std::string, std::string, bool>>{
+             {ENOSPC, 1, "neu", "neu  ", true},
+             {EDQUOT, 2, "neues", "neues", false}, // it may be gone with the power
+             {ENOSPC, 1, "zu lang", "altes", false},
+             {EIO, 1, "neu", "altes", false}}) {
+        ordner.lege("/stand.json", "altes");
+        plattenfehler = grund;
+        fehlschlaege = wieOft;
+        EXPECT_EQ(schreibeAuchWennVoll(ziel, neu, Haltbarkeit::dauerhaft), sicher) << neu;
+        EXPECT_EQ(errno, grund);
+        EXPECT_EQ(liesDatei(ziel), soll);
+    }
 }
 
 /// A full disk takes the first bytes and no more.
@@ -73,10 +107,28 @@ TEST(Dateien, nehmenDenAnfangEinerZeileZurueck) {
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &grenze), 0);
     const rlimit voll{10, grenze.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &voll), 0);
-    EXPECT_FALSE(haengeAn(ziel, "noch eine\n"));
+    EXPECT_FALSE(haengeAn(ziel, "noch eine\n") ||
+                 schreibeAtomar(ziel, "noch eine Zeile\n", Haltbarkeit::fluechtig));
     EXPECT_EQ(liesDatei(ziel), "Zeile\n");
     EXPECT_TRUE(haengeAn(ziel, "gut\n"));
     ::setrlimit(RLIMIT_FSIZE, &grenze);
+}
+
+TEST(Dateien, keineWirdZumStandardstrom) {
+    EXPECT_EXIT((::close(0), sichereStandardstroeme(), ::_exit(::fcntl(0, F_GETFD))),
+                testing::ExitedWithCode(0), "");
+}
+
+TEST(Laufsperre, gehtVomTotenAnSeinenWaechter) {
+    const Ordner heim;
+    EXPECT_FALSE(Laufsperre::inhaber(heim.pfad()) || existiert(Laufsperre::pfad(heim.pfad())));
+    std::optional<Laufsperre> erste(heim.pfad());
+    Laufsperre waechter(heim.pfad());
+    EXPECT_FALSE(erste->nimm() || Laufsperre::inhaber(heim.pfad())->waechter != 0);
+    erste->nenneWaechter(7);
+    EXPECT_TRUE(!waechter.nimmNach(7) && Laufsperre::inhaber(heim.pfad())->waechter == 7);
+    erste.reset();
+    EXPECT_TRUE(waechter.nimmNach(::getpid()) && Laufsperre::inhaber(heim.pfad())->laeufer == 0);
 }
 
 TEST(Text, einzeiligBleibtNurWasEinTerminalZeigt) {
@@ -91,7 +143,7 @@ TEST(Text, einzeiligBleibtNurWasEinTerminalZeigt) {
     EXPECT_EQ(einzeilig("äöü", 2), "äö");
     EXPECT_EQ(einzeilig("ä\x80\xE0\x9F\xED\xA0\xF0\x8F\xF4\x90\xC1\xF5\xFF\xC2"), "ä�������������");
     EXPECT_EQ(inGrossbuchstaben("`az{ä") + inKleinbuchstaben("@AZ[Ä"), "`AZ{ä@az[Ä");
-    EXPECT_EQ(klammertiefe(R"(]}[{"\"[[":[]},{}])"), 3U);
+    EXPECT_EQ(klammertiefe(R"(]}[][{"[[\"":[]},{}])"), 3U);
     EXPECT_EQ(einzeilig(std::string(9999, '\x80')).size(), 500 * std::string("\uFFFD").size());
 }
 
@@ -108,8 +160,9 @@ TEST(Adminskript, meldetNummerUndText) {
         const auto fehler = skript->fuehreAus(ausgabe).value();
         EXPECT_EQ(std::to_string(fehler.nummer) + " " + fehler.meldung.value_or("-"), soll) << ausgabe;
     }
-    ordner.lege("/usr/bin/osascript", "#!/bin/sh");
+    ordner.lege("/usr/bin/osascript", "#!/bin/sh\ncat >$0.bekam");
     EXPECT_FALSE(skript->fuehreAus("return 1"));
+    EXPECT_EQ(ordner.lies("/usr/bin/osascript.bekam"), "return 1");
     EXPECT_TRUE(adminskriptFuer({"", ordner.pfad() + "/fehlt"})->fuehreAus("return 1")->nichtGebaut);
     if (const auto natives = nativesSkript()) {
         EXPECT_EQ(natives->fuehreAus("error \"Nein\" number -128")->nummer, -128);
@@ -219,7 +272,9 @@ TEST_F(DateiEinstellungenTest, merktSichWasKeinDatentraegerNimmt) {
     e.entferne("browser");
     std::filesystem::remove(ordner.pfad() + "/Library");
     ordner.lege(datei, R"({"alt": true, "browser": true, "kabel.id": "anderes"})");
+    const auto rest = ordner.lege(datei + ".neu-a1B2c3", "");
     EXPECT_EQ(e.textOderNeu("kabel.id", "drei"), "eins");
+    EXPECT_FALSE(existiert(rest)) << "of a run that was killed";
     EXPECT_EQ(inDerDatei(), (json{{"alt", true}, {"kabel.id", "eins"}}));
 }
 
