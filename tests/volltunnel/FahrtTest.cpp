@@ -35,8 +35,8 @@ std::string sh(const std::string& befehl) {
     return laufBefristet({"/bin/sh", "-c", befehl + " 2>&1"}, 10).ausgabe;
 }
 
-/// The phone: whatever is asked for, it serves it itself. Port 7: everything back, then the end; 9: refused;
-/// 13: a reset; 19: reads nothing; 53: each question comes back as its answer.
+/// The phone: whatever is asked for, it serves it itself. Port 7: everything back, then the end; 521:
+/// refused; 13: a reset; 19: reads nothing; 53: each question comes back as its answer.
 class Sockswelt {
 public:
     Sockswelt() : horcher_(kontext_, tcp::endpoint(asio::ip::make_address("127.0.0.1"), 0)) {
@@ -64,8 +64,8 @@ private:
         const std::size_t laenge = b[3] == 4 ? 18 : 6; // address and port
         if (!lies(laenge))
             return;
-        const int port = b[laenge - 1];
-        const bool nein = lehntAb || port == 9;
+        const int port = b[laenge - 2] * 256 + b[laenge - 1];
+        const bool nein = lehntAb || port == 521;
         sage(std::string{5, static_cast<char>(lehntAb ? 1 : nein ? 5 : 0), 0, 1, 0, 0, 0, 0, 0, 0});
         if (nein)
             return;
@@ -206,7 +206,7 @@ TEST_F(Fahrt, traegtAllesUndNichtsDavonVeraendert) {
     for (const char* ziel : {"203.0.113.5", "2001:db8::5"}) {
         EXPECT_TRUE(hole(stelle(ziel, 7), bytes) == bytes) << "not the same bytes from " << ziel;
         EXPECT_EQ(hole(stelle(ziel, 7), ""), "") << "half-closed at once";
-        EXPECT_EQ(hole(stelle(ziel, 9), "x"), "abgerissen") << "refused";
+        EXPECT_EQ(hole(stelle(ziel, 521), "x"), "abgerissen") << "refused";
         EXPECT_EQ(hole(stelle(ziel, 13), "x"), "abgerissen") << "reset";
         for (int i = 0; i < 2; ++i) // the second one on the connection that is there
             EXPECT_EQ(frage(stelle(ziel, 53), name), std::string(name).replace(2, 1, "\x81"));
