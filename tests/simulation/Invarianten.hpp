@@ -16,17 +16,13 @@ namespace mobilsteg {
 class Invarianten : public KabelWelt {
 public:
     explicit Invarianten(std::uint64_t samen) : KabelWelt(samen) {
-        standdienst.nachDokument = [this] {
-            vorPruefung();
-            pruefeTick();
-        };
+        standdienst.nachDokument = [this] { pruefeTick(); };
         welt.beobachte([this] { pruefeNachAuftrag(); });
     }
 
-    std::map<std::string, int> zaehler;        ///< what happened how often
-    std::string verstoss;                      ///< the first broken invariant; empty: none
-    bool erzaehlt = false;                     ///< prints what happens
-    std::function<void()> vorPruefung = [] {}; ///< at each tick, before its state document is looked at
+    std::map<std::string, int> zaehler; ///< what happened how often
+    std::string verstoss;               ///< the first broken invariant; empty: none
+    bool erzaehlt = false;              ///< prints what happens
 
 protected:
     void geschieht(const std::string& was, const std::string& naeheres = "") {
