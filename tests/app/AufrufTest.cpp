@@ -35,6 +35,11 @@ const std::tuple<std::string, std::string, const char*, int> lagen[] = {
     {"skript $adb 'echo kein Server >&2; exit 4'", "--aufraeumen",
      "Weiterleitungen … lassen sich nicht befragen: kein Server\n", 1},
     {"skript $adb 'exec sleep 60'", "--aufraeumen", "nicht befragen: adb antwortet nicht\n", 1},
+    {"skript $adb :", "--aufraeumen", "Weiterleitungen … keine gefunden\nNichts zu tun: ", 0},
+    {"skript $adb 'echo A tcp:1080 tcp:1080; echo A tcp:8080 tcp:8080'", "--aufraeumen",
+     "Weiterleitungen … 2 entfernt\nAufgeräumt: ", 0},
+    {"chmod -x ../Resources/*; echo '{\"volltunnel\":true}' >$unsere", "--selbsttest",
+     "✗ Volltunnel       der Helfer fehlt — ", 1},
     {"", "--selbsttest", "✗ adb              fehlt — brew install", 1},
     {"skript $adb 'kill -TERM $$'", "--selbsttest", "adb antwortet nicht — ", 1},
     {"skript $adb 'echo List'", "--selbsttest", "✗ Handy            keines — Kabel einstecken", 1},
@@ -301,7 +306,8 @@ TEST(Aufruf, laeuftOhneAdbBisZuSeinemEnde) {
     bank.erwartePhase("adb nicht gefunden");
     bank.programm->sende(SIGTERM);
     EXPECT_EQ(bank.programm->warteAufEnde(), 0);
-    EXPECT_THAT(bank.protokoll(), HasSubstr("Signal 15 -- räume auf und beende"));
+    EXPECT_TRUE(warteBis([&] { return bank.verlassen(); }));
+    EXPECT_THAT(bank.protokoll(), ContainsRegex("Signal 15 -- räume auf und beende\n[^\n]*  Beendet\n$"));
     bank.starte();
     bank.erwartePhase("adb nicht gefunden");
     bank.programm->sende(SIGKILL);
