@@ -156,7 +156,7 @@ struct Reihe {
 
 /// `schluessel` tells an element from all others of its tree and stays while the element means the same:
 /// "zeile.Handy", "schalter.volltunnel", "browser.Chrome". Renderers find by it what they have drawn. What a
-/// control does never changes under its key.
+/// control does never changes under its key, nor does how a text looks.
 struct Element {
     std::string schluessel;
     std::variant<Kopf, Satz, Trenner, Zeile, Symbolzeile, Schalter, Knopf, Wahl, Reihe> inhalt;

@@ -51,7 +51,7 @@ struct Anzeigebau {
         punkt->setFixedSize(Masse::punkt, Masse::punkt);
         auto* ordnung = waagerecht(flaeche, Masse::abstand);
         ordnung->addWidget(titel);
-        ordnung->addStretch(1);
+        ordnung->addStretch();
         ordnung->addWidget(punkt);
         return baustein<Kopf>(flaeche, [=](const Kopf& kopf) {
             titel->zeige(kopf.titel);
@@ -69,9 +69,8 @@ struct Anzeigebau {
 
     Baustein operator()(const Satz& satz) const {
         auto* text = new Text(schriftart(satz.schrift), satz.farbe, bedienbreite, flaeche);
-        waagerecht(flaeche, 0)->addWidget(text, 1);
+        waagerecht(flaeche)->addWidget(text);
         return baustein<Satz>(flaeche, [text, &melde = melde](const Satz& neuer) {
-            text->gestalte(schriftart(neuer.schrift), neuer.farbe);
             text->zeige(neuer.text);
             text->beimKlick(!neuer.beimKlick ? std::function<void()>()
                                              : [&melde, was = *neuer.beimKlick] { melde(Aktion(was)); });
@@ -81,7 +80,7 @@ struct Anzeigebau {
     Baustein operator()(const Trenner&) const {
         auto* strich = new Zeichnung(flaeche);
         strich->setFixedHeight(1);
-        waagerecht(flaeche, 0)->addWidget(strich, 1);
+        waagerecht(flaeche)->addWidget(strich);
         strich->zeige([strich](QPainter& maler) {
             QColor farbe = strich->palette().color(QPalette::WindowText);
             farbe.setAlphaF(strichstaerke);
@@ -97,38 +96,37 @@ struct Anzeigebau {
         bezeichnung->setFixedWidth(Masse::bezeichnungsspalte);
         wert->machWaehlbar(zeile.bezeichnung);
         auto* ordnung = waagerecht(flaeche, Masse::abstand);
-        ordnung->addWidget(bezeichnung, 0, Qt::AlignTop);
-        ordnung->addWidget(wert, 1);
+        ordnung->addWidget(bezeichnung);
+        ordnung->addWidget(wert);
         return baustein<Zeile>(flaeche, [=](const Zeile& neue) {
             bezeichnung->zeige(neue.bezeichnung);
             wert->zeige(neue.wert);
         });
     }
 
-    Baustein operator()(const Symbolzeile&) const {
+    Baustein operator()(const Symbolzeile& erste) const {
         auto* symbol = new Zeichnung(flaeche);
         auto* text = new Text(schriftart(Schrift::normal), Farbe::normal, symboltextbreite, flaeche);
-        auto* zusatz = new Text(schriftart(Schrift::klein), Farbe::normal, laengsterZusatz, flaeche);
+        auto* zusatz = new Text(schriftart(Schrift::klein), erste.farbe, laengsterZusatz, flaeche);
         const int zeilenhoehe = QFontMetrics(text->font()).height();
         symbol->setFixedSize(zeilenhoehe, zeilenhoehe);
         zusatz->setAlignment(Qt::AlignRight | Qt::AlignTop);
         // Its letters are smaller: lowered by the difference, they stand on the text's base line.
         zusatz->setContentsMargins(
             0, QFontMetrics(text->font()).ascent() - QFontMetrics(zusatz->font()).ascent(), 0, 0);
-        auto* ordnung = waagerecht(flaeche, 0);
+        auto* ordnung = waagerecht(flaeche);
         ordnung->addWidget(symbol, 0, Qt::AlignTop);
         ordnung->addSpacing(Masse::symbolabstand);
-        ordnung->addWidget(text, 0, Qt::AlignTop);
-        ordnung->addStretch(1);
+        ordnung->addWidget(text);
+        ordnung->addStretch();
         ordnung->addSpacing(Masse::symbolabstand);
-        ordnung->addWidget(zusatz, 0, Qt::AlignTop);
+        ordnung->addWidget(zusatz);
         return baustein<Symbolzeile>(flaeche, [=](const Symbolzeile& zeile) {
             symbol->setAccessibleName(symbolbeschreibung(zeile.symbol));
             symbol->zeige([symbol, name = zeile.symbol, farbe = zeile.farbe](QPainter& maler) {
                 maleSymbolLinks(maler, symbol->rect(), name, ton(farbe, symbol->palette()));
             });
             text->zeige(zeile.text);
-            zusatz->gestalte(schriftart(Schrift::klein), zeile.farbe);
             zusatz->zeige(zeile.zusatz);
             zusatz->setMinimumWidth(std::min(zusatz->sizeHint().width(), laengsterZusatz));
             zusatz->setVisible(!zeile.zusatz.empty());

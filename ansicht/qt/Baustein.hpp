@@ -31,7 +31,7 @@ void erneuere(std::vector<Baustein>& bausteine, const Baum& neu, const Melder& m
 [[nodiscard]] Baustein baueBedienung(const Element& element, const Melder& melde, QWidget* flaeche);
 
 /// A row without edges, for the builders.
-[[nodiscard]] QHBoxLayout* waagerecht(QWidget* flaeche, int abstand);
+[[nodiscard]] QHBoxLayout* waagerecht(QWidget* flaeche, int abstand = 0);
 
 /// Wraps a `setze` that takes the one kind of element.
 template <class Art, class Setzer>

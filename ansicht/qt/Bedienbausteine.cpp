@@ -134,7 +134,7 @@ Text* fuegeAn(QBoxLayout* reihe, QAbstractButton* knopf, bool kasten, int breite
     text->setContentsMargins(0, (hoehe - zeile) / 2, 0, 0);
     text->beimKlick([knopf] { knopf->click(); });
     reihe->addWidget(knopf, 0, Qt::AlignTop);
-    reihe->addWidget(text, 1);
+    reihe->addWidget(text);
     return text;
 }
 
@@ -149,7 +149,7 @@ struct Bedienbau {
 
     Baustein operator()(const Schalter& schalter) const {
         auto* kasten = new Kasten(flaeche);
-        auto* text = fuegeAn(waagerecht(flaeche, 0), kasten, true, bedienbreite);
+        auto* text = fuegeAn(waagerecht(flaeche), kasten, true, bedienbreite);
         // Until the next tree the box shows the state, not the wish: the wish may be refused.
         QObject::connect(kasten, &QCheckBox::clicked, kasten,
                          [kasten, was = schalter.was, &melder = melde](bool an) {
@@ -164,10 +164,9 @@ struct Bedienbau {
 
     Baustein operator()(const Knopf& knopf) const {
         auto* taste = knopf.rahmenlos ? new Textknopf(knopf, flaeche) : new QPushButton(flaeche);
-        taste->setAutoDefault(false);
-        auto* ordnung = waagerecht(flaeche, 0);
+        auto* ordnung = waagerecht(flaeche);
         ordnung->addWidget(taste);
-        ordnung->addStretch(1);
+        ordnung->addStretch();
         QObject::connect(taste, &QPushButton::clicked, taste,
                          [aktion = knopf.aktion, &melder = melde] { melder(Aktion(aktion)); });
         return baustein<Knopf>(flaeche, [=](const Knopf& neuer) {
@@ -198,19 +197,16 @@ struct Bedienbau {
             beschrifte(knopf, text, moeglichkeit.text);
             spalte->addLayout(reihe);
             werte.emplace_back(moeglichkeit.wert, knopf);
-            if (werte.size() == 1) // on its base line
-                bezeichnung->setContentsMargins(0,
-                                                text->contentsMargins().top() + text->fontMetrics().ascent() -
-                                                    bezeichnung->fontMetrics().ascent(),
-                                                0, 0);
+            // On the first one's base line; the others' is as deep.
+            bezeichnung->setContentsMargins(0,
+                                            text->contentsMargins().top() + text->fontMetrics().ascent() -
+                                                bezeichnung->fontMetrics().ascent(),
+                                            0, 0);
         }
         const auto zeigeGewaehlten = [=] {
-            for (const auto& [wert, knopf] : werte) {
-                knopf->setAutoExclusive(false); // else none of them could be unchosen
-                knopf->setChecked(wert == *gewaehlt);
-            }
             for (const auto& [wert, knopf] : werte)
-                knopf->setAutoExclusive(true);
+                if (wert == *gewaehlt)
+                    knopf->setChecked(true); // the others are no longer
         };
         for (const auto& [wert, knopf] : werte)
             QObject::connect(knopf, &QRadioButton::clicked, knopf,
@@ -220,8 +216,8 @@ struct Bedienbau {
                                      melder({was, dieser});
                              });
         auto* ordnung = waagerecht(flaeche, Masse::abstand);
-        ordnung->addWidget(bezeichnung, 0, Qt::AlignTop);
-        ordnung->addLayout(spalte, 1);
+        ordnung->addWidget(bezeichnung);
+        ordnung->addLayout(spalte);
         flaeche->setAccessibleName(qtText(wahl.bezeichnung));
         bezeichnung->zeige(wahl.bezeichnung);
         return baustein<Wahl>(flaeche, [=](const Wahl& neue) {
@@ -246,40 +242,32 @@ struct Bedienbau {
     }
 
 private:
-    static void leere(QLayout* ordnung) {
-        while (QLayoutItem* stueck = ordnung->takeAt(0)) {
-            if (stueck->layout() != nullptr)
-                leere(stueck->layout());
-            delete stueck;
-        }
-    }
-
     /// In as many lines as they need, and the last one behind the first line.
     static void ordneReihe(QHBoxLayout* ordnung, const std::vector<Baustein>& teile) {
-        leere(ordnung);
+        while (QLayoutItem* stueck = ordnung->takeAt(0))
+            delete stueck;
         const auto breite = [](const Baustein& teil) { return teil.flaeche->sizeHint().width(); };
         const int platz = bedienbreite - breite(teile.back());
         auto* zeilen = new QVBoxLayout;
         QHBoxLayout* zeile = nullptr;
-        int belegt = 0;
+        int belegt = platz; // the first one begins a line
         for (const auto& teil : teile) {
             teil.flaeche->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
             teil.flaeche->show();
             teil.flaeche->raise(); // the children's order is the Tab key's
             if (&teil == &teile.back())
                 break;
-            if (zeile == nullptr || belegt + breite(teil) > platz) {
+            if (belegt + breite(teil) > platz) {
                 zeile = new QHBoxLayout;
-                zeile->setSpacing(Masse::abstand);
                 zeilen->addLayout(zeile);
                 belegt = 0;
             }
-            zeile->addWidget(teil.flaeche, 0, Qt::AlignVCenter | Qt::AlignLeft);
+            zeile->addWidget(teil.flaeche);
             belegt += breite(teil) + Masse::abstand;
         }
         for (int i = 0; i < zeilen->count(); ++i)
-            static_cast<QHBoxLayout*>(zeilen->itemAt(i)->layout())->addStretch(1);
-        ordnung->addLayout(zeilen, 1);
+            static_cast<QHBoxLayout*>(zeilen->itemAt(i)->layout())->addStretch();
+        ordnung->addLayout(zeilen);
         ordnung->addWidget(teile.back().flaeche, 0, zeilen->count() > 1 ? Qt::AlignTop : Qt::AlignVCenter);
     }
 };

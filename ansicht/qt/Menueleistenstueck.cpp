@@ -18,7 +18,6 @@ using namespace std::chrono_literals;
 
 // At login the menu bar may come later than we do.
 constexpr auto suchabstand = 2s;
-constexpr int suchversuche = 30;
 
 // A click on the item takes the focus off an open panel, which closes it before the click is reported.
 constexpr auto derselbeKlick = 300ms;
@@ -108,13 +107,10 @@ QRect Menueleistenstueck::ort() const {
 }
 
 void Menueleistenstueck::sucheLeiste() {
-    ++versuche_;
-    if (QSystemTrayIcon::isSystemTrayAvailable()) {
-        suche_.stop();
-        stueck_.show();
-    } else if (versuche_ > suchversuche) {
-        suche_.stop();
-    }
+    if (!QSystemTrayIcon::isSystemTrayAvailable())
+        return;
+    suche_.stop();
+    stueck_.show();
 }
 
 void Menueleistenstueck::baueMenue() {

@@ -48,10 +48,9 @@ private:
     Melder melde_;
     Panelfenster panel_;
     std::unique_ptr<Leistenstueck> nativ_; ///< where the system brings one
-    QSystemTrayIcon stueck_;               ///< else this one
+    QSystemTrayIcon stueck_{this};         ///< else this one
     QMenu menue_;                          ///< a click with the other button opens it
     QTimer suche_;
-    int versuche_ = 0;
     std::string symbol_;
     std::string kurz_;
     QPoint klickstelle_;

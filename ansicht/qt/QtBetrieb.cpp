@@ -36,7 +36,7 @@ void QtBetrieb::laufe() {
 void QtBetrieb::beende() {
     // `exit` and not `quit`, which any window may refuse; and not as a job, which would wait for a dialog.
     QMetaObject::invokeMethod(
-        &anwendung_, [] { QCoreApplication::exit(0); }, Qt::QueuedConnection);
+        &anwendung_, [] { QCoreApplication::exit(); }, Qt::QueuedConnection);
 }
 
 } // namespace mobilsteg

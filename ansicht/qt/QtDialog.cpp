@@ -18,7 +18,6 @@ Fragefenster::Fragefenster(const Frage& frage) {
     setObjectName("frage");
     setWindowTitle(QCoreApplication::applicationName());
     setIcon(QMessageBox::Information);
-    setTextFormat(Qt::PlainText);
     setText(qtText(frage.nachricht));
     if (auto* nachricht = findChild<QLabel*>("qt_msgbox_label")) {
         QFont fett = nachricht->font();
@@ -57,7 +56,6 @@ void Fragefenster::keyPressEvent(QKeyEvent* ereignis) {
 
 void Fragefenster::closeEvent(QCloseEvent* ereignis) {
     ereignis->accept();
-    done(QDialog::Rejected);
 }
 
 int QtDialog::frage(const Frage& frage) {

@@ -57,12 +57,6 @@ void Text::zeige(const std::string& inhalt) {
         setAccessibleName(neu);
 }
 
-void Text::gestalte(const QFont& schrift, Farbe farbe) {
-    setFont(schrift);
-    farbe_ = farbe;
-    faerbe();
-}
-
 void Text::machWaehlbar(const std::string& name) {
     setTextInteractionFlags(Qt::TextSelectableByMouse);
     setAccessibleName(qtText(name));

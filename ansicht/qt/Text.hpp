@@ -16,7 +16,6 @@ public:
 
     /// A selection stays when the text is the one shown.
     void zeige(const std::string& inhalt);
-    void gestalte(const QFont& schrift, Farbe farbe);
 
     /// A value: it can be selected and copied. It takes the keyboard only when it is clicked, so that Tab
     /// leads from control to control. `name` says what it is the value of.

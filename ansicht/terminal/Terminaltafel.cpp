@@ -49,7 +49,7 @@ const char* symbolzeichen(const std::string& symbol) {
 
 class Schreiber {
 public:
-    Schreiber(std::size_t spalte, Schriftbild bild) : spalte_(spalte), bild_(bild) {}
+    explicit Schreiber(Schriftbild bild, std::size_t spalte = 0) : spalte_(spalte), bild_(bild) {}
 
     void operator()(const Kopf& k) {
         const std::string punkt = bild_.breite == 0 ? "●" : punktzeichen(k.punkt);
@@ -136,7 +136,7 @@ std::string alsText(const Baum& baum, Schriftbild bild) {
     for (const auto& element : baum)
         if (const auto* zeile = std::get_if<Zeile>(&element.inhalt))
             spalte = std::max(spalte, zeichenzahl(zeile->bezeichnung) + 2);
-    Schreiber schreiber(spalte, bild);
+    Schreiber schreiber(bild, spalte);
     for (const auto& element : baum)
         std::visit(schreiber, element.inhalt);
     schreiber(Trenner{});
@@ -145,7 +145,7 @@ std::string alsText(const Baum& baum, Schriftbild bild) {
 }
 
 std::string alsText(const Frage& frage, Schriftbild bild) {
-    Schreiber schreiber(0, bild);
+    Schreiber schreiber(bild);
     schreiber.zeile(frage.nachricht);
     if (bild.breite > 0)
         schreiber(Trenner{});
@@ -160,7 +160,7 @@ std::string alsText(const Frage& frage, Schriftbild bild) {
 }
 
 std::string alsText(const std::string& meldung, Schriftbild bild, Farbe farbe) {
-    Schreiber schreiber(0, bild);
+    Schreiber schreiber(bild);
     schreiber.zeile(meldung, farbe);
     return schreiber.text;
 }

@@ -10,12 +10,12 @@ inline Baum muster() {
         return Element{wert, Knopf{{Bedienung::browser, wert}, text, "", app, true}};
     };
     const Knopf weg{{Bedienung::hinweisWeg, ""}, "×", "Weg damit", "", true, Farbe::sekundaer};
-    const Satz satz{"Satz", Schrift::kleinste, Farbe::rot, Aktion{Bedienung::protokoll, ""}};
+    const Satz satz{"Satz & <b>", Schrift::kleinste, Farbe::rot, Aktion{Bedienung::protokoll, ""}};
     return {{"titel", Kopf{"Titel", Farbe::gelb}},
             {"satz", satz},
             {"strich", Trenner{}},
             {"zeile", Zeile{"Ort", "Heidelberg_Altstadt am Neckar, in dem Tal"}},
-            {"offen", Symbolzeile{"shield.slash", Farbe::orange, "Firma", "offen"}},
+            {"offen", Symbolzeile{"shield.slash", Farbe::orange, "Firma in Bonn", "noch nicht gesichert"}},
             {"zu", Symbolzeile{"lock.shield.fill", Farbe::gruen, "Zu", ""}},
             {"an", Schalter{Bedienung::volltunnel, "Ein langer Schalter", true}},
             {"proxy", Knopf{{Bedienung::proxy, ""}, "Weg & da", "", ""}},

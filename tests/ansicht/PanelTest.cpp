@@ -16,6 +16,7 @@
 #include <QMenu>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QSystemTrayIcon>
 #include <QTimer>
 #include <gmock/gmock.h>
 
@@ -27,12 +28,13 @@ using namespace mobilsteg;
 namespace {
 
 /// Each visible part, in the order of a screen reader: where it lies, its text with the places where a word
-/// may break, in brackets what it is called, described and helped with, and its colour if that is not the
-/// text's.
+/// may break, in brackets what it is called, described and helped with, its colour if that is not the text's,
+/// and whether it is bold.
 std::string abbild(const QWidget& panel) {
     QString alles;
     for (const auto* teil : panel.findChildren<QWidget*>()) {
-        if (!teil->isVisible() || !teil->findChildren<QWidget*>().isEmpty())
+        if (!teil->isVisible() ||
+            (!teil->findChildren<QWidget*>().isEmpty() && teil->accessibleName().isEmpty()))
             continue;
         const QRect ort(teil->mapTo(&panel, QPoint()), teil->size());
         alles += ort.x() == Masse::rand ? "\n" : "  ";
@@ -46,31 +48,33 @@ std::string abbild(const QWidget& panel) {
             farbe != panel.palette().windowText())
             alles += farbe.name(QColor::HexArgb);
         alles += teil->cursor().shape() == Qt::PointingHandCursor ? "^" : "";
+        alles += text && text->font().bold() ? "!" : "";
     }
     return alles.replace(QChar(0x200b), "¦").remove("(||)").toStdString();
 }
 
-/// How many pixels of each row and of each column are drawn on, in base 36, and the colour that is not the
-/// ground's most often.
+/// How many pixels of each row and of each column are drawn on, in base 36, and their colours' mean.
 std::string abdruck(const QImage& bild, const QRect& ort) {
     std::string zeilen(static_cast<std::size_t>(ort.height()), '0'),
         spalten(static_cast<std::size_t>(ort.width()), '0');
-    std::map<QRgb, int> farben;
+    int summe[4] = {}, anzahl = 0;
     const auto zaehle = [](char& ziffer) { ziffer = ziffer == '9' ? 'a' : static_cast<char>(ziffer + 1); };
     for (int y = 0; y < ort.height(); ++y)
         for (int x = 0; x < ort.width(); ++x) {
             const QRgb farbe = bild.pixel(ort.topLeft() + QPoint(x, y)), grund = bild.pixel(1, 1);
             if (std::abs(qGray(farbe) - qGray(grund)) + std::abs(qAlpha(farbe) - qAlpha(grund)) < 24)
                 continue;
-            ++farben[farbe];
+            ++anzahl;
+            for (int k = 0; k < 4; ++k)
+                summe[k] += static_cast<int>(farbe >> 8 * k & 0xff);
             zaehle(zeilen[static_cast<std::size_t>(y)]);
             zaehle(spalten[static_cast<std::size_t>(x)]);
         }
-    if (farben.empty())
+    if (anzahl == 0)
         return "leer";
-    const auto meiste = std::max_element(farben.begin(), farben.end(),
-                                         [](const auto& a, const auto& b) { return a.second < b.second; });
-    return zeilen + " " + spalten + " " + QColor::fromRgba(meiste->first).name(QColor::HexArgb).toStdString();
+    for (int k = 3; k >= 0; --k)
+        spalten += " " + std::to_string(summe[k] / anzahl);
+    return zeilen + " " + spalten;
 }
 
 struct Panel : testing::Test {
@@ -127,40 +131,51 @@ TEST_F(Panel, zeigtJedesElementAnSeinemOrtUndMeldetSeinenKlick) {
     panel.zeichne(muster());
     QApplication::processEvents();
     EXPECT_EQ(abbild(panel), R"(
-12,12 76x15 Titel(Titel||)  309,15 9x9(in Arbeit||)
-12,35 306x11 Satz(Satz||)#ffc4211b^
+12,12 76x15 Titel(Titel||)!  309,15 9x9(in Arbeit||)
+12,35 306x11 Satz & <b>(Satz & <b>||)#ffc4211b^
 12,54 306x1
-12,63 100x13 Ort(Ort||)#9e000000  120,63 198x45 H¦e¦i¦d¦e¦l¦b¦e¦r¦g¦_¦A¦l¦t¦s¦t¦a¦d¦t am Neckar, in dem Tal(Ort|Heidelberg_Altstadt am Neckar, in dem Tal|)
-12,116 13x13(Schild, durchgestrichen||)  31,116 66x13 Firma(Firma||)  257,116 61x13 offen(offen||)#ffa84b00
-12,137 13x13(Schild mit Schloss||)  31,137 27x13 Zu(Zu||)
-12,158 20x15 x(Ein langer Schalter||)  32,158 286x15 Ein langer Schalter(Ein langer Schalter||)^
-12,181 144x23 Weg && da(Weg & da||)
-12,212 100x15 Wahl(Wahl||)#9e000000  120,212 20x15 (Eins||)  140,212 178x15 Eins(Eins||)^  120,231 20x15 x(Zwei||)  140,231 178x15 Zwei(Zwei||)^
-12,254 81x18 In A(In A||)^  101,254 126x18 In BBBB(In BBBB||)^  235,254 60x17 In C(In C||)^
-12,280 15x17 D(D||)^  303,254 15x17 ×(Weg damit||Weg damit)^)");
+12,63 100x45 Ort(Ort||)#9e000000  120,63 198x45 H¦e¦i¦d¦e¦l¦b¦e¦r¦g¦_¦A¦l¦t¦s¦t¦a¦d¦t am Neckar, in dem Tal(Ort|Heidelberg_Altstadt am Neckar, in dem Tal|)
+12,116 13x13(Schild, durchgestrichen||)  31,116 105x28 Firma in Bonn(Firma in Bonn||)  142,116 176x28 noch nicht gesichert(noch nicht gesichert||)#ffa84b00
+12,152 13x13(Schild mit Schloss||)  31,152 27x13 Zu(Zu||)
+12,173 20x15 x(Ein langer Schalter||)  32,173 286x15 Ein langer Schalter(Ein langer Schalter||)^
+12,196 144x23 Weg && da(Weg & da||)
+12,227 306x34(Wahl||)
+12,227 100x34 Wahl(Wahl||)#9e000000  120,227 20x15 (Eins||)  140,227 178x15 Eins(Eins||)^  120,246 20x15 x(Zwei||)  140,246 178x15 Zwei(Zwei||)^
+12,269 81x18 In A(In A||)^  101,269 126x18 In BBBB(In BBBB||)^  235,269 60x17 In C(In C||)^
+12,295 15x17 D(D||)^  303,269 15x17 ×(Weg damit||Weg damit)^)");
     const QImage bild = panel.grab().toImage();
     const std::pair<QRect, const char*> drucke[] = {
-        {{0, 0, 12, 12}, "c11111111111 c11111111111 #ffbfbfbf"},
-        {{309, 15, 9, 9}, "579999975 579999975 #fff5bf00"},
-        {{12, 53, 9, 3}, "090 111111111 #ffc9c9c9"},
-        {{12, 116, 13, 13}, "05a5555564870 0286676765a20 #ffdcc4b0"},
-        {{12, 158, 14, 15}, "e234547686642e0 e225766777422e #ff484848"},
-        {{120, 212, 14, 15}, "673244224433660 67324422443366 #ff494949"},
-        {{120, 231, 14, 15}, "67328a88a833660 67328a88a83366 #ff4b4b4b"},
-        {{12, 254, 31, 18}, "00acf7ff555555ka00 ac7868666666ca000000000b2222222 #ff5b90db"},
-        {{303, 254, 15, 17}, "000b222222222b000 00b222222222b00 #ff5b5b5b"}};
+        {{0, 0, 12, 12}, "c11111111111 c11111111111 255 191 191 191"},
+        {{309, 15, 9, 9}, "579999975 579999975 255 221 182 45"},
+        {{88, 35, 34, 11}, "00l66666l00 0007222227000072222270000722222700 255 196 33 27"},
+        {{12, 53, 9, 3}, "090 111111111 255 201 201 201"},
+        {{12, 116, 13, 13}, "05a5555564870 0286676765a20 255 199 148 106"},
+        {{288, 116, 30, 28}, "000k555555k000000k555555k000 444g0000g444444g0000g444444g00 255 168 75 0"},
+        {{12, 173, 14, 15}, "e234547686642e0 e225766777422e 255 70 70 70"},
+        {{120, 227, 14, 15}, "673244224433660 67324422443366 255 127 127 127"},
+        {{120, 246, 14, 15}, "67328a88a833660 67328a88a83366 255 105 105 105"},
+        {{12, 269, 31, 18}, "00acf7ff555555ka00 ac7868666666ca000000000b2222222 255 76 134 217"},
+        {{303, 269, 15, 17}, "000b222222222b000 00b222222222b00 255 91 91 91"},
+        {{318, panel.height() - 12, 12, 12}, "11111111111c 11111111111c 255 191 191 191"}};
     for (const auto& [ort, soll] : drucke)
         EXPECT_EQ(abdruck(bild, ort), soll);
 
     const std::pair<const char*, const char*> symbole[] = {
-        {"lock.shield.fill", "0048iigggggaaa888eca8420 000adefgc9deed9cgfeda000 #ff000000"},
-        {"nie gehört", "008cc88668aaaa86688cc800 008cc88668aaaa86688cc800 #ff000000"},
-        {"shield.slash", "006bfb7789999997667bd820 002bcd878999999866efd200 #ff000000"}};
+        {"lock.shield.fill", "0048iigggggaaa888eca8420 000adefgc9deed9cgfeda000 207 0 0 0"},
+        {"nie gehört", "008cc88668aaaa86688cc800 008cc88668aaaa86688cc800 171 0 0 0"},
+        {"shield.slash", "006bfb7789999997667bd820 002bcd878999999866efd200 181 0 0 0"}};
     for (const auto& [name, soll] : symbole) {
         const auto png = QImage::fromData(QByteArray::fromStdString(symbolpng(name, 24)));
         EXPECT_EQ(abdruck(png, png.rect()), soll);
     }
-    EXPECT_EQ(leistenikone("shield", Qt::red).availableSizes().size(), 9);
+    auto* erster = knopf("A");
+    panel.setAttribute(Qt::WA_KeyboardFocusChange);
+    erster->setFocus();
+    erster->setAttribute(Qt::WA_UnderMouse);
+    erster->setDown(true);
+    EXPECT_EQ(abdruck(panel.grab().toImage(), {12, 269, 31, 18}),
+              "u1bdf7ff555557lb1u geaa8a888889ec222222222d4444444 255 142 177 216")
+        << "pressed, under the mouse";
 
     const std::pair<QPointF, Qt::MouseButton> klicks[] = {
         {{1, 1}, Qt::LeftButton}, {{1, 1}, Qt::RightButton}, {{-1, 1}, Qt::LeftButton}};
@@ -176,10 +191,16 @@ TEST_F(Panel, zeigtJedesElementAnSeinemOrtUndMeldetSeinenKlick) {
 
 // One window through all of them, so that it changes in place.
 TEST_F(Panel, siehtGeaendertAusWieNeu) {
-    const std::pair<const char*, bool> faelle[] = {
-        {"reise", false}, {"vpn", false}, {"vpn", true}, {"reise", true}, {"reise", false}};
-    for (const auto& [profil, experte] : faelle) {
+    const std::tuple<const char*, bool, int, QRgb> faelle[] = {
+        {"reise", false, 11, 0xffffff}, {"vpn", false, 11, 0xffffff},   {"vpn", true, 11, 0xffffff},
+        {"reise", true, 11, 0x1e1e1e},  {"reise", false, 13, 0x1e1e1e}, {"reise", false, 11, 0xffffff}};
+    for (const auto& [profil, experte, schrift, grund] : faelle) {
+        QApplication::setFont(QFont(QApplication::font().family(), schrift));
+        QApplication::setPalette(QPalette(QColor(grund), QColor(grund)));
+        for (int i = 0; i < 2; ++i) // a new font's panel is made once the change is complete
+            QApplication::processEvents();
         const Baum baum = zeichne(profil, experte);
+        const int hoehe = panel.height();
         panel.show(); // the other one has taken its place
         QApplication::processEvents();
         const auto geaendert = abbild(panel);
@@ -188,6 +209,7 @@ TEST_F(Panel, siehtGeaendertAusWieNeu) {
         neu.show();
         QApplication::processEvents();
         EXPECT_EQ(geaendert, abbild(neu)) << profil << experte;
+        EXPECT_EQ(hoehe, neu.height()) << "at once";
     }
 }
 
@@ -228,12 +250,20 @@ TEST_F(Panel, rolltWasZuHochIstUndSchliesstWieEinMenueOderGarNicht) {
     taste(Qt::Key_Escape);
     panel.close();
     merke("geschlossen");
-    EXPECT_THAT(gesehen, testing::ElementsAre(
-                             "Hoehe offen 100 14 rollt", "niedrig offen 100 14 rollt",
-                             "Taste offen 100 14 rollt", "Schluss offen 100 14 rollt", "Taste zu 100 14",
-                             "Schluss offen 100 14 rollt", "verlassen zu 100 14", "Fenster zu 100 14",
-                             "verlassen offen 100 14 rollt", "Taste offen 100 14 rollt",
-                             "Schluss offen 100 14 rollt", "geschlossen offen 100 14 rollt"));
+    panel.setzeHoechsthoehe(QWIDGETSIZE_MAX);
+    panel.setzeArt(Panelfenster::Art::aufklappend);
+    panel.show();
+    merke("hoch");
+    emit qApp->applicationStateChanged(Qt::ApplicationInactive);
+    merke("anderswo");
+    EXPECT_THAT(gesehen,
+                testing::ElementsAre(
+                    "Hoehe offen 100 14 rollt", "niedrig offen 100 14 rollt", "Taste offen 100 14 rollt",
+                    "Schluss offen 100 14 rollt", "Taste zu 100 14", "Schluss offen 100 14 rollt",
+                    "verlassen zu 100 14", "Fenster zu 100 14", "verlassen offen 100 14 rollt",
+                    "Taste offen 100 14 rollt", "Schluss offen 100 14 rollt",
+                    "geschlossen offen 100 14 rollt", "Hoehe offen 1291 0", "Schluss offen 1291 0",
+                    "hoch offen 1291 0", "Schluss offen 1291 0", "anderswo zu 1291 0"));
 }
 
 TEST_F(Panel, einWertLaesstSichKopierenUndEineBezeichnungNicht) {
@@ -285,8 +315,8 @@ TEST_F(Panel, eineFrageHatDieAntwortIhresKnopfesUndGeschlossenKeine) {
                 fenster += "|" + text->text().toStdString() + (text->font().bold() ? "!" : "");
             tue(f);
         });
-        EXPECT_EQ(qt.dialog().frage({"<b>?", "Darum.", {"Ja & gern", "Nein"}}), soll);
-        EXPECT_EQ(fenster, "Lotse||<b>?!|Darum.");
+        EXPECT_EQ(qt.dialog().frage({"Frage?", "Darum.", {"Ja & gern", "Nein"}}), soll);
+        EXPECT_EQ(fenster, "Lotse||Frage?!|Darum.");
     }
 }
 
@@ -317,6 +347,46 @@ TEST_F(Panel, ohneMenueleisteIstEsEinFensterNichtHoeherAlsDerSchirm) {
     EXPECT_TRUE(fenster->isVisible() && fenster->focusWidget() == fenster) << "no key switches anything";
     const Aktion beenden{Bedienung::beenden, ""};
     EXPECT_THAT(getan, testing::ElementsAre(beenden, Aktion{Bedienung::protokoll, ""}, beenden));
+    stueck.findChild<QSystemTrayIcon*>()->show();
+    fenster->close();
+    EXPECT_FALSE(fenster->isVisible() || getan.size() > 3) << "it goes on in the menu bar that has come";
+}
+
+TEST_F(Panel, mitMenueleisteKlapptEsNebenDemKlickAuf) {
+    if (fremdeSchriften())
+        GTEST_SKIP() << "fonts that no fontconfig names";
+    Menueleistenstueck stueck([](const Aktion&) {});
+    QWidget* fenster = nullptr;
+    for (auto* eines : QApplication::topLevelWidgets())
+        fenster = eines->objectName() == "panel" && eines != &panel ? eines : fenster;
+    auto* ikone = stueck.findChild<QSystemTrayIcon*>();
+    const std::tuple<QColor, const char*, const char*, const char*> bilder[] = {
+        {Qt::white, "shield", "", "Titel 048a444444644640 0089545445459800 168 0 0 0"},
+        {Qt::white, "shield", "1 MB", "1 MB 048a444444644640 0089545445459800 168 0 0 0"},
+        {Qt::white, "app", "1 MB", "1 MB 0ac86ee444446ca0 0ac8868666668ca0 159 0 0 0"},
+        {Qt::black, "app", "1 MB", "1 MB 0ac96ee444446ca0 0ac8878666668ca0 158 158 158 158"}};
+    for (const auto& [grund, symbol, kurz, soll] : bilder) {
+        QApplication::setPalette(QPalette(grund, grund));
+        stueck.zeichne(muster(), symbol, kurz);
+        QApplication::processEvents();
+        const auto bild = ikone->icon().pixmap(16).toImage();
+        EXPECT_EQ(ikone->toolTip().toStdString() + " " + abdruck(bild, bild.rect()), soll);
+    }
+    ikone->show();
+    emit ikone->activated(QSystemTrayIcon::Context);
+    EXPECT_FALSE(fenster->isVisible()) << "that is the menu's";
+    const int h = fenster->height(); // below the click; as low as can be; above it
+    const std::pair<QPoint, QPoint> orte[] = {
+        {{400, 10}, {235, 15}}, {{0, 795 - h}, {0, 800 - h}}, {{799, 796 - h}, {470, 792 - 2 * h}}};
+    for (const auto& [klick, ort] : orte) {
+        QCursor::setPos(klick);
+        emit ikone->activated(QSystemTrayIcon::Trigger);
+        EXPECT_TRUE(fenster->isVisible() && fenster->windowFlags().testFlag(Qt::FramelessWindowHint));
+        EXPECT_EQ(fenster->pos(), ort);
+        emit ikone->activated(QSystemTrayIcon::Trigger);
+        EXPECT_FALSE(fenster->isVisible());
+    }
+    QApplication::processEvents(); // the pointer's moves, which the next test's application would find
 }
 
 TEST_F(Panel, einAnderesBildLaesstFokusUndAuswahlStehen) {
@@ -348,8 +418,11 @@ TEST_F(Panel, jedesBedienelementBleibtWasEsIst) {
         EXPECT_EQ(std::exchange(getan, {}), std::vector{aktion}) << schluessel;
         EXPECT_EQ(knopf(schluessel)->isChecked(), vorher) << "the state is shown, not the wish";
     }
-    for (auto* profil : panel.findChild<QWidget*>("wahl.profil")->findChildren<QAbstractButton*>())
+    for (auto* profil : panel.findChild<QWidget*>("wahl.profil")->findChildren<QAbstractButton*>()) {
+        const bool vorher = profil->isChecked();
         profil->click(); // the chosen one does nothing
+        EXPECT_EQ(profil->isChecked(), vorher);
+    }
     EXPECT_EQ(getan, (std::vector<Aktion>{{Bedienung::profil, "vpn"}}));
 }
 

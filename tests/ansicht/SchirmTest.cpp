@@ -41,11 +41,11 @@ std::string lesbar(std::string text) {
 TEST(Schirm, bildPasstInBreiteUndHoehe) {
     EXPECT_EQ("\n" + lesbar(alsText(muster(), {true, 40})), R"(
 ^33m◐ ^0mTitel
-^31mSatz^0m
+^31mSatz & <b>^0m
 ^2m────────────────────────────────────────^0m
 ^2mOrt  ^0mHeidelberg_Altstadt am Neckar, in
      dem Tal
-^33m○ ^0mFirma · offen
+^33m○ ^0mFirma in Bonn · noch nicht gesichert
 ^32m● ^0mZu
 [x] Ein langer Schalter
 [Weg & da]
