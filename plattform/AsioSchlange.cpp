@@ -29,8 +29,11 @@ void Schlange::sync(Aufgabe aufgabe) {
         schlangenFehler(*this, "sync auf die eigene Schlange");
     auto fertig = std::make_shared<std::promise<void>>();
     const auto gelaufen = fertig->get_future();
-    // The job owns the promise: once the job has run or is dropped, the promise breaks and the wait ends.
-    async([fertig = std::move(fertig), &aufgabe] { aufgabe(); });
+    // The job owns the promise: if the job is dropped, the promise breaks and the wait ends.
+    async([fertig = std::move(fertig), &aufgabe] {
+        aufgabe();
+        fertig->set_value();
+    });
     gelaufen.wait();
 }
 

@@ -18,6 +18,7 @@ Fragefenster::Fragefenster(const Frage& frage) {
     setObjectName("frage");
     setWindowTitle(QCoreApplication::applicationName());
     setIcon(QMessageBox::Information);
+    setTextFormat(Qt::PlainText);
     setText(qtText(frage.nachricht));
     if (auto* nachricht = findChild<QLabel*>("qt_msgbox_label")) {
         QFont fett = nachricht->font();

@@ -315,8 +315,8 @@ TEST_F(Panel, eineFrageHatDieAntwortIhresKnopfesUndGeschlossenKeine) {
                 fenster += "|" + text->text().toStdString() + (text->font().bold() ? "!" : "");
             tue(f);
         });
-        EXPECT_EQ(qt.dialog().frage({"Frage?", "Darum.", {"Ja & gern", "Nein"}}), soll);
-        EXPECT_EQ(fenster, "Lotse||Frage?!|Darum.");
+        EXPECT_EQ(qt.dialog().frage({"<b>?", "Darum.", {"Ja & gern", "Nein"}}), soll);
+        EXPECT_EQ(fenster, "Lotse||<b>?!|Darum.");
     }
 }
 
