@@ -38,6 +38,12 @@ const std::tuple<std::string, std::string, const char*, int> lagen[] = {
     {"skript $adb :", "--aufraeumen", "Weiterleitungen … keine gefunden\nNichts zu tun: ", 0},
     {"skript $adb 'echo A tcp:1080 tcp:1080; echo A tcp:8080 tcp:8080'", "--aufraeumen",
      "Weiterleitungen … 2 entfernt\nAufgeräumt: ", 0},
+    {R"(skript $adb 'case $* in
+            *list) printf "A tcp:1080 tcp:1080\nB tcp:18080 tcp:8080\nC tcp:9 tcp:8080\nC tcp:1080 tcp:8080\nC x\n" ;;
+            "-s B forward --remove tcp:18080") ;; *) echo "fort $*" >&2; exit 1 ;; esac')",
+     "--aufraeumen",
+     "Weiterleitungen … 1 entfernt; tcp:1080 nicht entfernt: fort -s A forward --remove tcp:1080\nNicht alles",
+     1},
     {"chmod -x ../Resources/*; echo '{\"volltunnel\":true}' >$unsere", "--selbsttest",
      "✗ Volltunnel       der Helfer fehlt — ", 1},
     {"", "--selbsttest", "✗ adb              fehlt — brew install", 1},
@@ -133,22 +139,6 @@ Nichts steht im Weg.
      R"(/usr/bin/pgrep /usr/bin/mdfind /usr/bin/osascript
 
 10 Dinge stehen im Weg: siehe ✗.
-)",
-     1},
-    {R"(proxy Wi-Fi 127.0.0.1 1080
-        skript $adb 'case $* in
-            *list) printf "A tcp:1080 tcp:1080\nB tcp:18080 tcp:8080\nB tcp:8080 tcp:8080\n\n"
-                   printf "C tcp:9 tcp:8080\nC tcp:8080 tcp:1080\nC tcp:1080 tcp:8080\nC x\n" ;;
-            "-s B forward --remove tcp:"*) ;; *) echo "fort $*" >&2; exit 1 ;; esac')",
-     "--aufraeumen", R"(Netzwerkdienste … 4
-System-Proxy „USB 10/100/1000 LAN“ … zeigt nicht auf 127.0.0.1:1080
-System-Proxy „Thunderbolt Bridge“ … zeigt nicht auf 127.0.0.1:1080
-System-Proxy „Wi-Fi“ … ausgeschaltet
-System-Proxy „Firmen-VPN (Zürich)“ … zeigt nicht auf 127.0.0.1:1080
-Volltunnel … keiner läuft
-Weiterleitungen … 2 entfernt; tcp:1080 nicht entfernt: fort -s A forward --remove tcp:1080
-Nicht alles ließ sich zurücknehmen: die Weiterleitungen.
-Von Hand: „adb kill-server“ nimmt die Weiterleitungen mit.
 )",
      1},
 };

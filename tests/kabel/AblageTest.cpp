@@ -124,14 +124,4 @@ TEST(Stand, wirdEineZeileUndAmEndeBeendet) {
     }
 }
 
-TEST(Stand, bleibtJsonMitJedemText) {
-    Standangaben angaben;
-    angaben.phase = Phase::proxyFehler("\"Zitat\"\n\x01 kaputt: \xC3( \xFF");
-    Antwort antwort;
-    antwort.kabel.gast = KabelGast{"1", "Annas Mac"};
-    const auto dokument = json::parse(standDokument(angaben, antwort));
-    EXPECT_EQ(dokument["phase"], "\"Zitat\"   kaputt: \uFFFD( \uFFFD");
-    EXPECT_TRUE(dokument["kabel_gast"] == "Annas Mac" && dokument["kabel_anfrage"] == "");
-}
-
 } // namespace

@@ -70,19 +70,6 @@ TEST(Standdienst, liefertImmerEinGanzesDokument) {
     EXPECT_EQ(antworten.size(), 2U);
 }
 
-TEST(Standdienst, bedientGuteZwischenVielenSchweigenden) {
-    const Bank bank({10s, 20ms, 32});
-    std::vector<Klient> schweigende;
-    for (int i = 0; i < 150; ++i) {
-        ASSERT_TRUE(schweigende.emplace_back(bank.klient()).verbunden) << i;
-        if (i % 10 == 0)
-            bank.klient(anfrage).reisseAb();
-    }
-    EXPECT_EQ(bank.klient(anfrage).lies(), leerer);
-    EXPECT_EQ(schweigende.front().lies(), "") << "the oldest makes room";
-    EXPECT_EQ(vererbbareSockets(::getsockname, bank.dienst.port()), 0) << "a tool would keep the port";
-}
-
 TEST(Standdienst, opfertKeinenJungenClient) {
     const Bank bank({10h, 1h, 2});
     const Klient bleibender = bank.klient();
