@@ -183,7 +183,10 @@ TEST(Terminaldialog, fragtBisZurAntwortOderZumEndeDerEingabe) {
     VirtuelleWelt welt;
     Eingabe eingabe(welt.schlange("haupt"), {}, [] {});
     eingabe.beginne(nullptr);
-    Terminaltafel tafel(stdout, nullptr);
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> ausgabe(std::tmpfile(), std::fclose);
+    Terminaltafel tafel(ausgabe.get(), nullptr);
+    for (int i = 0; i < 2; ++i) // is drawn once
+        tafel.zeichne(inhalt({}, false));
     Terminaldialog dialog(tafel, eingabe);
     const auto frage = [&] { return dialog.frage({"Frage?", "Darum.", {"Ja, gern", "Nein, danke"}}); };
     const std::string getippt = "2\n JA \t\n3\n\nnein, danke!\nx\nNein, d\n1"; // the last line has no end
@@ -193,6 +196,13 @@ TEST(Terminaldialog, fragtBisZurAntwortOderZumEndeDerEingabe) {
     ::close(rohr[1]);
     for (const int antwort : {0, -1})
         EXPECT_EQ(frage(), antwort);
+    std::string alles(4096, '\0');
+    std::rewind(ausgabe.get());
+    alles.resize(std::fread(alles.data(), 1, alles.size(), ausgabe.get()));
+    const std::string frag = "Frage?\nDarum.\n1) Ja, gern\n2) Nein, danke\n\n",
+                      hilf = "Antworten sind: 1 oder „Ja, gern“, 2 oder „Nein, danke“\n\n";
+    EXPECT_EQ(alles, alsText(inhalt({}, false)) + "\n" + frag + frag + frag + hilf + hilf + hilf + hilf +
+                         frag + frag);
     const Frage tunnel{"", "", {"Weiter", "Weg damit"}}, hinweis{"", "", {"Verstanden"}};
     EXPECT_EQ(antwortAuf(tunnel, "ja"), 0);
     EXPECT_EQ(antwortAuf(tunnel, "nein"), 1);

@@ -13,6 +13,7 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <array>
 #include <csignal>
 #include <cstdlib>
 #include <future>
@@ -92,6 +93,7 @@ Und darum.
     EXPECT_EQ(bild(7, 0), "Kopf|Phase|──|a|b|c|d ab 0");
     EXPECT_EQ(bild(5, 1), "Kopf|Phase|a|b|… Bild ↑: 1, Bild ↓: 2 weitere Zeilen ab 1");
     EXPECT_EQ(bild(5, 9), "Kopf|Phase|c|d|… Bild ↑: 3, Bild ↓: 0 weitere Zeilen ab 3");
+    EXPECT_EQ(bild(4, 0), "Kopf|Phase|──|… Bild ↑: 0, Bild ↓: 4 weitere Zeilen ab 0");
     EXPECT_EQ(bild(2, 0), "Kopf|Phase ab 0");
 }
 
@@ -100,11 +102,11 @@ struct Terminal {
         hier = ::posix_openpt(O_RDWR | O_NOCTTY);
         EXPECT_TRUE(::grantpt(hier) == 0 && ::unlockpt(hier) == 0);
         dort = ::open(::ptsname(hier), O_RDWR | O_NOCTTY);
-        setzeBreite(60);
+        setzeMasse(60);
         datei.reset(::fdopen(dort, "r+"));
     }
-    void setzeBreite(unsigned short breite) const {
-        const winsize masse{12, breite, 0, 0};
+    void setzeMasse(int breite, int hoehe = 12) const {
+        const winsize masse{static_cast<unsigned short>(hoehe), static_cast<unsigned short>(breite), 0, 0};
         EXPECT_EQ(::ioctl(dort, TIOCSWINSZ, &masse), 0);
     }
     ~Terminal() { ::close(hier); }
@@ -140,21 +142,29 @@ TEST(Schirm, getipptesUeberstehtDasNeueBildUndAmEndeIstAllesZurueckgestellt) {
     EXPECT_EQ(Schirm::oeffne(t.datei.get(), t.datei.get()), nullptr);
     ::setenv("TERM", "xterm", 1);
     ::setenv("MOBILSTEG_HINWEIS", "So geht das Handy: stecken, erlauben, ziehen", 1);
+    for (const auto& [breite, hoehe, soll] :
+         {std::array{0, 24, 80}, {60, 0, 80}, {39, 12, 40}, {201, 9, 200}}) {
+        t.setzeMasse(breite, hoehe);
+        EXPECT_EQ(terminalmasse(t.datei.get()).breite, static_cast<std::size_t>(soll));
+    }
+    t.setzeMasse(60);
     const auto vorher = t.art();
     const auto schirm = Schirm::oeffne(t.datei.get(), t.datei.get());
     ASSERT_NE(schirm, nullptr);
     schirm->zeige([](Schriftbild b) { return "Bild " + std::to_string(b.breite) + "\n"; },
                   {"experte an", "experte aus", "Tür"});
+    std::string anfang;
     const auto naechste = [&] {
         auto kommende = std::async(std::launch::async, [&] { return schirm->zeile(); });
         schirm->sage("bereit"); // drawn once keys come to the line as they are
-        t.bis("bereit");
+        anfang = t.bis("bereit");
         return kommende;
     };
     auto zeile = naechste();
+    EXPECT_THAT(anfang, HasSubstr("\x1b[?1049h")) << "the ordinary screen is kept";
     t.tippe("EX");
     t.bis("> EX");
-    t.setzeBreite(30); // drawn as 40 wide
+    t.setzeMasse(30); // drawn as 40 wide
     ::raise(SIGWINCH);
     EXPECT_THAT(t.bis("> EX"),
                 AllOf(HasSubstr("Bild 40\r"), HasSubstr("\x1b[2mSo geht das Handy: stecken, erlauben,")));
@@ -178,9 +188,14 @@ TEST(Schirm, getipptesUeberstehtDasNeueBildUndAmEndeIstAllesZurueckgestellt) {
     EXPECT_EQ(zeile.get(), "experte an");
 
     zeile = naechste();
-    t.tippe("\x1b[A\x1b[D\x7f\n"); // the line before, without its last but one
-    EXPECT_EQ(zeile.get(), "experte n");
+    t.tippe("\x1b[A\x1b[D\x7fü\xff\n"); // the line before, with another character for its last but one
+    EXPECT_EQ(zeile.get(), "experte ün");
     zeile = naechste();
+    t.tippe(std::string(40, '.') + "!");
+    EXPECT_THAT(t.bis("!\x1b[J\x1b["), EndsWith("\n> " + std::string(36, '.') + "!\x1b[J\x1b["))
+        << "its end is seen";
+    EXPECT_EQ(t.bis("H"), "12;40H");
+    t.tippe("\x15"); // nothing of it
     t.tippe("t\t\n");
     EXPECT_EQ(zeile.get(), "Tür");
     zeile = naechste();
