@@ -79,11 +79,11 @@ const char* const vorbereitung = R"(
     echo '{"profil":"reise"}' >"$unsere"
 )";
 
-/// The same, with all that is said; "~" stands for the trip's folder, "RECHNER" for this machine's name.
-const std::tuple<std::string, std::string, std::string, int> ganze[] = {
+/// The whole self-test of a Mac on which all is well, and the lines that another one's has instead; "~"
+/// stands for the trip's folder, "RECHNER" for this machine's name.
+const std::pair<std::string, std::string> selbsttests[] = {
     {R"(handy; mkdir -p 'Applications/Google Chrome.app/Contents'
         touch 'Applications/Google Chrome.app/Contents/Info.plist')",
-     "--selbsttest",
      R"(✓ Programm         Mobilsteg Bordlotse 1.0.0 (1) · de.mobilsteg.bordlotse
 ✓ Rechnername      RECHNER
 ✓ Bordlotse        läuft nicht
@@ -104,31 +104,20 @@ const std::tuple<std::string, std::string, std::string, int> ganze[] = {
 ✓ Browser          Chrome ohne fahrtwind · ~/mac/Applications/Google Chrome.app
 
 Nichts steht im Weg.
-)",
-     0},
+)"},
     {R"(skript $adb 'echo List; echo R9 unauthorized; echo R8 offline model:X; echo L tcp:8080 tcp:8080'
         proxy 'USB 10/100/1000 LAN' 127.0.0.1 1080; proxy Wi-Fi 10.0.0.5 80; merke Wi-Fi; rm usr/bin/open
         cd ../heim; mkdir -p .config/autostart Library/Logs/MobilstegBordlotse.log "$app"
         touch "$app/volltunnel.stopp.laeuft" .config/autostart/de.mobilsteg.bordlotse.desktop
         chmod 666 "$unsere"; chmod 777 ../Resources/*)",
-     "--selbsttest",
-     R"(✓ Programm         Mobilsteg Bordlotse 1.0.0 (1) · de.mobilsteg.bordlotse
-✓ Rechnername      RECHNER
-✓ Bordlotse        läuft nicht
-✗ Beim Anmelden    startet ein anderes Programm: ~/heim/.config/autostart/de.mobilsteg.bordlotse.desktop )"
+     R"(✗ Beim Anmelden    startet ein anderes Programm: ~/heim/.config/autostart/de.mobilsteg.bordlotse.desktop )"
      R"(— --anmelden an setzt dieses ein, --anmelden aus keines
-✓ Einstellungen    ~/heim/Library/Preferences/de.mobilsteg.bordlotse.json
 ✗ Protokoll        ~/heim/Library/Logs/MobilstegBordlotse.log )"
      R"(— nicht zu schreiben: Besitzer und Rechte der Ordner prüfen
-✓ Ordner           ~/heim/Library/Application Support/Mobilsteg Bordlotse
-✓ adb              ~/mac/opt/homebrew/bin/adb
 ✗ Handy            R9 ·  · unauthorized — am Handy „USB-Debugging zulassen“ bestätigen
 ✗ Handy            R8 · X · offline — Kabel ab- und wieder anstecken
 ✗ Handy            L ·  · tcp:8080 — Kabel ab- und wieder anstecken
-✓ Port 1080        frei
 ✓ Port 8080        Weiterleitung zum Handy
-✓ Port 1081        frei
-✓ Netzwerkdienst   Wi-Fi
 ✗ System-Proxy     „USB 10/100/1000 LAN“: 127.0.0.1:1080 — das war ein früherer Lauf: --aufraeumen
 ✗ System-Proxy     „Wi-Fi“: 10.0.0.5:80 — der Bordlotse ersetzt ihn und schaltet ihn am Ende aus
 ✓ Gemerkt          Netzwerkdienst „Wi-Fi“
@@ -137,11 +126,8 @@ Nichts steht im Weg.
 ✗ Werkzeug         ~/mac/usr/bin/open fehlt — es gehört zu macOS
 ✓ Werkzeuge        /sbin/route /usr/sbin/networksetup /usr/sbin/scutil /usr/sbin/lsof /usr/sbin/netstat )"
      R"(/usr/bin/pgrep /usr/bin/mdfind /usr/bin/osascript
-
 10 Dinge stehen im Weg: siehe ✗.
-)",
-     1},
-};
+)"}};
 
 struct FremderAn8080 {
     FremderAn8080() {
@@ -195,16 +181,21 @@ TEST(Aufruf, sagtWasBliebUndWasImWegSteht) {
     }
 }
 
-TEST(Aufruf, sagtAllesWasSieSiehtUndTut) {
+TEST(Aufruf, sagtAllesWasSieSieht) {
     Fahrtbank bank;
     bank.helfer = attrappe;
     const FremderAn8080 fremder;
-    for (const auto& [davor, option, gesagt, status] : ganze) {
+    std::string gutes;
+    for (const auto& [davor, soll] : selbsttests) {
         bereite(bank, davor);
-        const auto ergebnis = bank.rufe({option});
-        EXPECT_EQ(ersetzt(ergebnis.ausgabe, bank.ordner.pfad(), "~"),
-                  ersetzt(gesagt, "RECHNER", rechnername()));
-        EXPECT_EQ(ergebnis.status, status);
+        auto gesagt = ersetzt(bank.rufe({"--selbsttest"}).ausgabe, bank.ordner.pfad(), "~");
+        if (gutes.empty())
+            gutes = gesagt;
+        else
+            for (const auto zeile : teile(gutes, '\n'))
+                gesagt = ersetzt(gesagt, std::string(zeile) + "\n", "");
+        EXPECT_EQ(ersetzt(gesagt, "\n\n", "\n"),
+                  ersetzt(ersetzt(soll, "RECHNER", rechnername()), "\n\n", "\n"));
     }
 }
 

@@ -2,10 +2,7 @@
 
 #include "tests/fuzz/Pruefungen.hpp"
 
-#include "ansicht/Inhalt.hpp"
-#include "ansicht/terminal/Befehle.hpp"
 #include "ansicht/terminal/Eingabe.hpp"
-#include "ansicht/terminal/Terminaltafel.hpp"
 #include "handy/Adb.hpp"
 #include "handy/Adbserver.hpp"
 #include "kabel/Anzeige.hpp"
@@ -243,20 +240,6 @@ void berichte(std::string_view bytes) {
     verlangeUtf8(http.gesendet.back().koerper);
 }
 
-void befehle(std::string_view bytes) {
-    const std::string zeile = alsUtf8(bytes);
-    Zustand z;
-    z.experte = zeichenzahl(zeile) % 2 != 0;
-    z.profil = zeichenzahl(zeile) % 4 < 2 ? "vpn" : "reise";
-    z.browserOhne = {{"Chrome", "c", false, "/c"}, {"Edge", "e", false, "/e"}};
-    const auto verstanden = verstehe(zeile, inhalt(z, false));
-    verlange(verstanden.aktion.has_value() != !verstanden.antwort.empty(), "an action or an answer");
-    verlangeUtf8(verstanden.antwort);
-    z.handy = z.meldung = zeile;
-    z.phase = Phase::proxyFehler(zeile);
-    verlangeUtf8(alsText(inhalt(z, false)));
-}
-
 void eingabe(std::string_view bytes) {
     std::string getippt; // the byte 1 stands for what a fuzzer is too slow to type
     for (const char c : bytes)
@@ -349,7 +332,6 @@ std::span<const Pruefung> pruefungen() {
          R"({"IP":"kabel:Mac","BytesUp":#,"BytesDown":1},)",
          R"({"IP":"","BytesUp":0,"BytesDown":0}],"paths":[]}})"},
         {"austritt", austritt, "", " #", ""},
-        {"befehle", befehle, "browser ", "Chrome# ", ""},
         {"berichte", berichte, R"({"bericht.stand":{)", R"("log#":#,)",
          "\"x\":0}}\n====\neine Zeile\n====\ndefault  10.0.0.1\n"},
         {"eingabe", eingabe, "", "befehl #\n", ""},

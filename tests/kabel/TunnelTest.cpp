@@ -162,21 +162,6 @@ TEST(Volltunnel, geaenderteArtStartetNeu) {
                       "Volltunnel läuft: nur VPN-Server fahren durchs Handy, Standardroute bleibt"}));
 }
 
-TEST(Volltunnel, einToterHelferHindertWederTakteNochDenNaechstenStart) {
-    TunnelWelt w;
-    w.starteMitTunnel();
-    w.helferleben.back().reset(); // killed: its mark stays, and nobody answers
-    w.helfer = 0;
-    w.handys.clear();
-    w.welt.laufe(45s);
-    w.aufrufe.clear();
-    w.welt.laufe(30s);
-    EXPECT_THAT(w.aufrufe, Contains("adb devices -l").Times(10));
-    w.handys = {Modellhandy{}};
-    w.welt.laufe(9s);
-    EXPECT_EQ(w.helfer, 1);
-}
-
 /// The stop waits ten seconds for it, and the new start ten more.
 TEST(Volltunnel, derNeustartKommtAuchNachEinemHelferDerSichZeitLaesst) {
     for (Dauer bisWeg = 9900ms; bisWeg < 14s; bisWeg += 100ms) {

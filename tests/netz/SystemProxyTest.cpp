@@ -161,25 +161,6 @@ TEST(SystemProxy, vergisstKeinenDienstDessenProxyNochAnSeinKann) {
     EXPECT_FALSE(e.text("proxy.dienst"));
 }
 
-TEST(SystemProxy, dieNotizEinesFrueherenLaufsUeberdauertDenEigenenProxy) {
-    SpeicherEinstellungen e;
-    e.setzeText("proxy.ungewiss", "LAN\n"); // its tool may switch the proxy on at any moment
-    Lauf lauf(e, {{route, gut},
-                  {liste, {0, "(1) LAN", ""}},
-                  {setze, {0, "", "what a success says does not count"}},
-                  {an, gut},
-                  {aus, gut},
-                  {frage, zeigtAufUns},
-                  {aus, gut}});
-    EXPECT_EQ(lauf.proxy.setze().ausgang, SystemProxy::Ausgang::gesetzt);
-    EXPECT_TRUE(lauf.proxy.klaereUngewisse(false).empty()) << "our own stays on";
-    EXPECT_EQ(lauf.proxy.nimmWeg().value().grund, std::nullopt);
-    EXPECT_FALSE(lauf.proxy.nimmWeg()) << "nothing to take away: no tool runs";
-    EXPECT_EQ(lauf.proxy.gesetzterDienst(), "LAN");
-    EXPECT_EQ(e.text("proxy.ungewiss"), "LAN\n");
-    EXPECT_TRUE(lauf.proxy.klaereUngewisse().empty() && e.werte.empty());
-}
-
 TEST(Variante, ausgabeUndProfilEntscheiden) {
     for (const auto& [kennung, profil, soll] : std::vector<std::tuple<std::string, Vielleicht, std::string>>{
              {"de.mobilsteg.vpnlotse", std::nullopt, "vpn: Mobilsteg VPN-Lotse braucht einmal "},
