@@ -60,8 +60,9 @@ public:
         std::function<void(const std::string&)> abbruch;
         /// Told at each step that the adb server runs: who listens to it then calls `siehNach`. May be empty.
         std::function<void()> haltGeraetewache = {};
-        /// Asked at each step, before anything is changed: sees to it that somebody takes everything back if
-        /// the process dies; and, once everything is taken back, told that nobody needs to. May be empty.
+        /// Asked at the start and at each step, before anything is changed: sees to it that somebody takes
+        /// everything back if the process dies; and, once everything is taken back, told that nobody needs
+        /// to. May be empty.
         std::function<void()> halteWaechter{}, entlasseWaechter{};
         Adb::Forwardliste forwardliste{}; ///< on q; may be empty
     };

@@ -68,6 +68,7 @@ Verbindung::Fund Verbindung::sucheHandy() {
 
 void Verbindung::vergissHandy() {
     serial_.reset();
+    forwards_ = false;
     belegtePorts_.clear();
 }
 

@@ -21,6 +21,8 @@ void schlangenFehler(const Schlange& schlange, const char* was) {
 }
 
 Dauer naechsterTakt(Dauer letzte, Dauer periode, Dauer jetzt) {
+    if (jetzt < letzte)
+        return letzte + periode;
     return letzte + periode * ((jetzt - letzte) / periode + 1);
 }
 

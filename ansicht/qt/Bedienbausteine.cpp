@@ -262,7 +262,7 @@ private:
                 zeilen->addLayout(zeile);
                 belegt = 0;
             }
-            zeile->addWidget(teil.flaeche);
+            zeile->addWidget(teil.flaeche, 0, Qt::AlignVCenter);
             belegt += breite(teil) + Masse::abstand;
         }
         for (int i = 0; i < zeilen->count(); ++i)

@@ -18,7 +18,6 @@ Fragefenster::Fragefenster(const Frage& frage) {
     setObjectName("frage");
     setWindowTitle(QCoreApplication::applicationName());
     setIcon(QMessageBox::Information);
-    setTextFormat(Qt::PlainText);
     setText(qtText(frage.nachricht));
     if (auto* nachricht = findChild<QLabel*>("qt_msgbox_label")) {
         QFont fett = nachricht->font();
@@ -26,6 +25,8 @@ Fragefenster::Fragefenster(const Frage& frage) {
         nachricht->setFont(fett);
     }
     setInformativeText(qtText(frage.erlaeuterung));
+    for (auto* text : findChildren<QLabel*>())
+        text->setTextFormat(Qt::PlainText);
 
     // All of one role: each platform puts these in the order of their adding, the first where its default
     // button belongs.

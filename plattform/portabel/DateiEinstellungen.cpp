@@ -152,13 +152,15 @@ private:
         if (steht || (frei && schreibeAuchWennVoll(pfad_, bytes, Haltbarkeit::dauerhaft)))
             offen_ = json::object();
         grund_ = errno;
-        fegeReste(pfad_); // under the lock nobody else is in the middle of it
+        if (!std::exchange(gefegt_, true))
+            fegeReste(pfad_); // under the lock nobody else is in the middle of it
     }
 
     const std::string pfad_;
     mutable std::mutex schloss_;          // guards all below
     mutable json werte_ = json::object(); ///< as the file was read last
     int grund_ = 0;                       ///< the last failure's errno
+    bool gefegt_ = false;
     std::optional<std::string> beiseite_;
     json offen_ = json::object(); ///< changes of this run that no disk has taken yet; null means removed
 };

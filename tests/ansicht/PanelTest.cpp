@@ -312,7 +312,8 @@ TEST_F(Panel, eineFrageHatDieAntwortIhresKnopfesUndGeschlossenKeine) {
             auto* f = QApplication::activeModalWidget();
             fenster = f->windowTitle().toStdString();
             for (const auto* text : f->findChildren<QLabel*>())
-                fenster += "|" + text->text().toStdString() + (text->font().bold() ? "!" : "");
+                fenster += "|" + text->text().toStdString() + (text->font().bold() ? "!" : "") +
+                           (text->textFormat() == Qt::PlainText ? "" : "#");
             tue(f);
         });
         EXPECT_EQ(qt.dialog().frage({"<b>?", "Darum.", {"Ja & gern", "Nein"}}), soll);
@@ -391,6 +392,8 @@ TEST_F(Panel, mitMenueleisteKlapptEsNebenDemKlickAuf) {
 
 TEST_F(Panel, einAnderesBildLaesstFokusUndAuswahlStehen) {
     zeichne("reise", false);
+    const auto mitte = [&](const char* k) { return knopf(k)->mapTo(&panel, knopf(k)->rect().center()).y(); };
+    EXPECT_NEAR(mitte("schalter.experte"), mitte("knopf.beenden"), 2) << "side by side";
     auto* kasten = knopf("schalter.experte");
     kasten->setFocus();
     wert("zeile.Handy")->setSelection(0, 3);

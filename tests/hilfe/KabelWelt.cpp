@@ -20,11 +20,12 @@ Kabel& KabelWelt::baue() {
                                 double sekunden) { return werkzeug(programm, argumente, sekunden); };
     const Buendel buendel{buendelkennung, ordner.pfad() + "/Resources", version, bauversion};
     const Orte orte{ordner.pfad() + "/heim", ordner.pfad() + "/wurzel"};
-    kabel = std::make_unique<Kabel>(Kabel::Anschluesse{
-        haupt, *q, welt.schlange("volltunnel.start"), welt.uhr(), laeufer, *this, einstellungen, standdienst,
-        *this, *this, [this] { return browser; },
-        [this](const BrowserFund& fund) { geoeffnet.push_back(fund.name); }, buendel, orte, "Testmac",
-        [this](const std::string& warum) { abgebrochen = warum; }, haltGeraetewache});
+    kabel = std::make_unique<Kabel>(
+        Kabel::Anschluesse{haupt, *q, welt.schlange("volltunnel.start"), welt.uhr(), laeufer, *this,
+                           einstellungen, standdienst, *this, *this, [this] { return browser; },
+                           [this](const BrowserFund& fund) { geoeffnet.push_back(fund.name); }, buendel, orte,
+                           "Testmac", [this](const std::string& warum) { abgebrochen = warum; },
+                           haltGeraetewache, [this] { bewacht = true; }, [this] { bewacht = false; }});
     return *kabel;
 }
 

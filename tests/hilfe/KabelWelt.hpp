@@ -101,6 +101,7 @@ public:
     int helfer = 0, meisteHelfer = 0;      ///< that live now; that lived at the same time, ever
     std::vector<std::string> geoeffnet;    ///< browsers opened at the extension's page
     std::vector<std::pair<std::string, std::string>> berichte; ///< uploads: encoded name and body
+    bool bewacht = false;    ///< somebody takes everything back if the process dies
     std::string abgebrochen; ///< the programming error that ended the program
 
     Ordner ordner;

@@ -33,7 +33,11 @@ TEST(Ende, woDerProzessAuchStirbtDerNaechsteStartNimmtAllesVorDemErstenTakt) {
         ASSERT_TRUE(w.socksAn["Wi-Fi"]);
         ASSERT_EQ(w.helfer, beim.starts_with("adb") ? 1 : 0);
         w.stuerzeAb();
-        w.stattWerkzeug = nullptr;
+        w.bewacht = false;
+        w.stattWerkzeug = [&](const std::string& aufruf) {
+            EXPECT_TRUE(w.bewacht) << aufruf;
+            return std::optional<Ergebnis>();
+        };
         const auto rest = w.ordner.lege(standdatei + ".neu-x", "a file half written");
         w.starte();
         w.welt.laufe(150ms);
@@ -73,6 +77,7 @@ TEST(Ende, aufraeumenNimmtAllesZurueckUndLaesstNichtsMehrZu) {
     w.raeumeAuf();
     w.raeumeAuf();
     EXPECT_EQ(w.zustand().phase.text() + w.zustand().austritt + w.zustand().klasse, "Beendet");
+    EXPECT_FALSE(w.bewacht);
     EXPECT_THAT(w.aufrufe, ElementsAre("networksetup -setsocksfirewallproxystate Wi-Fi off",
                                        "adb -s R5CT1 forward --remove tcp:1080",
                                        "adb -s R5CT1 forward --remove tcp:18080"));
