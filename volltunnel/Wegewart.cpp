@@ -119,9 +119,12 @@ void Wegewart::gleicheAb() {
         return;
     std::map<std::string, Ausweg> soll;
     for (const bool sechs : {false, true}) {
+        const auto frage = a_.nurVPN ? Ergebnis{} : laufBefristet(wege_.frageAusweg(sechs), frist);
+        if (frage.abgelaufen) // a busy machine; what is set stays until there is an answer
+            return;
         const auto ausweg = a_.nurVPN
                                 ? (sechs && !sechs_ ? std::nullopt : std::optional<Ausweg>({"", geraet_}))
-                                : wege_.liesAusweg(laufBefristet(wege_.frageAusweg(sechs), frist).ausgabe);
+                                : wege_.liesAusweg(frage.ausgabe);
         if (!ausweg)
             continue;
         for (const auto& netz : server_)

@@ -219,14 +219,14 @@ TEST(Lauf, bittetAmLimitUmDasEndeUndErzwingtEsNicht) {
     for (const auto& [text, soll] : std::map<std::string, Ergebnis>{
              {"trap 'printf nachher; exit 4' TERM; while :; do sleep 0.01; done", {4, "nachher", "", true}},
              {"printf halt; kill -STOP $$", {SIGTERM, "halt", "", true}},
-             {"trap '' TERM; sleep 2.1; printf fertig; exit 7", {7, "fertig", "", true}},
-             {"trap '' TERM; exec >&- 2>&-; sleep 4", {SIGTERM, "", "", true}}}) // nobody waits for this one
-        EXPECT_EQ(skript(text, 0.05), soll) << text;
+             {"trap '' TERM; sleep 2.6; printf fertig; exit 7", {7, "fertig", "", true}},
+             {"trap '' TERM; exec >&- 2>&-; sleep 5", {SIGTERM, "", "", true}}}) // nobody waits for this one
+        EXPECT_EQ(skript(text, 0.45), soll) << text;                             // time enough to set a trap
     // One that may not hold anybody up is left behind, and so is who keeps its outputs.
     for (const auto& [text, soll] : std::map<std::string, Ergebnis>{
              {"trap '' TERM; sleep 9", {SIGTERM, "", "/bin/sh: keine Antwort in 0 s", true}},
              {"sleep 9 & printf da", {0, "da", ""}}})
-        EXPECT_EQ(laufBefristet({"/bin/sh", "-c", text}, text.starts_with('t') ? 0.05 : 5), soll) << text;
+        EXPECT_EQ(laufBefristet({"/bin/sh", "-c", text}, text.starts_with('t') ? 0.45 : 5), soll) << text;
 }
 
 TEST(Lauf, gibtDemWerkzeugDieUeblichenSignaleZurueck) {
