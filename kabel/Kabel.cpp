@@ -25,8 +25,8 @@ constexpr std::int64_t browserTakte = 10;
 // --- the clock -------------------------------------------------------------------------------------------
 
 void Kabel::start() {
-    if (anschluesse_
-            .halteWaechter) // the clean-up after a dead run may take long, and it must not be the last
+    // The clean-up after a dead run may take long, and this run may die in it.
+    if (anschluesse_.halteWaechter)
         anschluesse_.halteWaechter();
     const auto& buendel = anschluesse_.buendel;
     protokoll(variante_.anzeigename() + " " + buendel.version.value_or("?") + " (" +

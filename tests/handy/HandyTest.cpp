@@ -221,7 +221,7 @@ TEST(Lauf, bittetAmLimitUmDasEndeUndErzwingtEsNicht) {
              {"printf halt; kill -STOP $$", {SIGTERM, "halt", "", true}},
              {"trap '' TERM; sleep 2.6; printf fertig; exit 7", {7, "fertig", "", true}},
              {"trap '' TERM; exec >&- 2>&-; sleep 5", {SIGTERM, "", "", true}}}) // nobody waits for this one
-        EXPECT_EQ(skript(text, 0.45), soll) << text;                             // time enough to set a trap
+        EXPECT_EQ(skript(text, 0.45), soll) << text;
     // One that may not hold anybody up is left behind, and so is who keeps its outputs.
     for (const auto& [text, soll] : std::map<std::string, Ergebnis>{
              {"trap '' TERM; sleep 9", {SIGTERM, "", "/bin/sh: keine Antwort in 0 s", true}},
